@@ -1,0 +1,1 @@
+// Carries the precompiled headers that the rooms with widgets share.

@@ -1,0 +1,146 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// Listeners: small objects that a widget holds. Each is given an identifier, keeps the properties
+// of that thing ready to paint, and emits one signal when one of them really changed. The manager
+// routes each change to the listeners concerned. User-interface thread only.
+
+#include "dis_changes.h"
+#include "dis_types.h"
+
+#include <QColor>
+#include <QObject>
+#include <QString>
+#include <QVector>
+
+#include <memory>
+
+namespace DisListen {
+
+struct UserParams {
+    FlakeId userId;
+    FlakeId guildId; // for nick and role colour; may be invalid
+    int avatarSize = -1; // pixels; -1 for none
+
+    friend bool operator==(UserParams const& a, UserParams const& b)
+    {
+        return a.userId == b.userId && a.guildId == b.guildId && a.avatarSize == b.avatarSize;
+    }
+};
+
+struct ChannelParams {
+    FlakeId channelId;
+    FlakeId ownUserId;
+
+    friend bool operator==(ChannelParams const& a, ChannelParams const& b)
+    {
+        return a.channelId == b.channelId && a.ownUserId == b.ownUserId;
+    }
+};
+
+namespace UserProps {
+enum Type : quint32 { Name = 1, Discriminator = 2, Nick = 4, Avatar = 8, RoleColor = 16, Status = 32 };
+}
+namespace ChannelProps {
+enum Type : quint32 { Name = 1, Image = 2 };
+}
+
+} // namespace DisListen
+
+class DisUserListener : public QObject {
+    Q_OBJECT
+public:
+    explicit DisUserListener(QObject* parent = nullptr);
+    ~DisUserListener() override;
+
+    // Reads the properties at once and emits nothing for this first fill.
+    void setParams(DisListen::UserParams const& params);
+    void clear();
+    DisListen::UserParams const& params() const { return m_params; }
+    bool isNull() const { return !m_params.userId.isValid(); }
+
+    QString userName() const { return m_name; }
+    QString userDiscrim() const { return m_discrim; } // with its hash sign
+    QString userNick() const { return m_nick; } // null if none
+    QColor userRoleColor() const { return m_roleColor; } // invalid if none
+    DisUserStatusCode userStatusCode() const { return m_status; }
+
+signals:
+    void propertiesChanged(quint32 userProps);
+
+private:
+    friend class DisListenManager;
+    DisListen::UserParams m_params;
+    QString m_name;
+    QString m_discrim;
+    QString m_nick;
+    QColor m_roleColor;
+    DisUserStatusCode m_status = DisUserStatusCode::Unknown;
+};
+
+class DisChannelListener : public QObject {
+    Q_OBJECT
+public:
+    explicit DisChannelListener(QObject* parent = nullptr);
+    ~DisChannelListener() override;
+
+    void setParams(DisListen::ChannelParams const& params);
+    void clear();
+    DisListen::ChannelParams const& params() const { return m_params; }
+    bool isNull() const { return !m_params.channelId.isValid(); }
+
+    QString channelName() const { return m_name; } // as a tab shows it
+    DisChannelType channelType() const { return m_type; }
+    FlakeId guildId() const { return m_guildId; }
+    FlakeId otherUserId() const { return m_otherUserId; } // of a pair; else invalid
+
+signals:
+    void propertiesChanged(quint32 channelProps);
+
+private:
+    friend class DisListenManager;
+    DisListen::ChannelParams m_params;
+    QString m_name;
+    DisChannelType m_type = DisChannelType::Unknown;
+    FlakeId m_guildId;
+    FlakeId m_otherUserId;
+};
+
+class DisTypingUsersListener : public QObject {
+    Q_OBJECT
+public:
+    explicit DisTypingUsersListener(QObject* parent = nullptr);
+    ~DisTypingUsersListener() override;
+
+    FlakeId channelId() const { return m_channelId; }
+    void setChannelId(FlakeId channel);
+    void clear();
+
+    // In the order in which they began, without the own user.
+    QVector<FlakeId> typingUsers() const;
+    static constexpr int maxTrackedUsers() { return 10; }
+
+signals:
+    void typingUsersChanged();
+
+private:
+    friend class DisListenManager;
+    FlakeId m_channelId;
+};
+
+class DisListenManager : public QObject {
+    Q_OBJECT
+public:
+    explicit DisListenManager(QObject* parent);
+    ~DisListenManager() override;
+
+    struct Impl;
+    Impl& impl() { return *m_impl; }
+
+private:
+    std::unique_ptr<Impl> m_impl;
+};
+
+// Set and cleared in src/app.
+extern DisListenManager* g_disListenManager;

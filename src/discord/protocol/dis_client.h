@@ -1,0 +1,119 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// The one object that the user interface talks to for Discord: it owns the sessions, the
+// user-interface thread's connection to the store, and the messages that are being sent.
+// User-interface thread only. Most operations take the acting own user, look up that user's
+// session and issue one HTTP request; what it changes comes back through the gateway.
+
+#include "dis_changes.h"
+#include "dis_types.h"
+
+#include <QHash>
+#include <QMap>
+#include <QObject>
+#include <QSet>
+#include <QString>
+#include <QVector>
+
+#include <functional>
+#include <memory>
+
+struct NakDeployment;
+struct sqlite3;
+class DisSession;
+struct DisDbPrepared;
+
+// Fixed at program start.
+struct DisClientConstants {
+    QString baseUrl; // path /api/v6, without a slash at the end
+    QString loginUrl; // known to the service; there is no password login, so nothing calls it
+    QString logoutUrl; // the same
+    QString gatewayQueryUrl;
+    QString appName;
+    QString libUrl;
+    QString userAgent;
+
+    static DisClientConstants fromDeployment(NakDeployment const& deployment);
+};
+
+// A message that has been sent and not yet been confirmed by the gateway.
+struct DisPendingMsg {
+    FlakeId channelId;
+    FlakeId authorId;
+    QString text;
+    qint64 timestamp = 0; // milliseconds since the Unix epoch
+};
+
+class DisClient : public QObject {
+    Q_OBJECT
+public:
+    // Removes an old store at dbPath, creates a new one and prepares its statements; a failure
+    // ends the program, since nothing works without the store.
+    DisClient(DisClientConstants const& constants, QString const& dbPath, QObject* parent);
+    ~DisClient() override;
+
+    DisClientConstants const& constants() const;
+    QString dbPath() const;
+    sqlite3* db() const; // the user-interface thread's connection
+    DisDbPrepared& prepared() const;
+
+    // --- sessions ---
+    DisSession* addSessionWithAuthToken(QString const& token, QString const& gatewayUrl);
+    void disconnectSession(DisSession* session);
+    void disconnectAllSessions();
+    QVector<DisSession*> sessions() const;
+    DisSession* findSessionForOwnUserId(FlakeId userId) const; // null if none
+    bool hasSessionForOwnUserId(FlakeId userId) const;
+    FlakeId hack_getDefaultUserId() const; // own user of the first session; invalid if none
+
+    // --- what has been fetched, over all sessions ---
+    QSet<FlakeId> channelsWithFetchedHistory() const;
+    QSet<FlakeId> channelsWithOldestMessageFetched() const;
+
+    // --- messages ---
+    // Returns the nonce, under which the pending entry stands, or the invalid id without a session.
+    FlakeId sendMessageAsUser(FlakeId userId, FlakeId channelId, QString const& text);
+    void editMessageAsUser(FlakeId channelId, FlakeId messageId, FlakeId userId, QString const& text);
+    void deleteChannelMessage(FlakeId channelId, FlakeId messageId, FlakeId userId);
+    // Ordered by nonce, which is the order of sending.
+    QMap<FlakeId, DisPendingMsg>& pendingMessages_hack();
+    // Tells listeners of changes that this side made itself, such as a cancelled pending message.
+    void postLocalChanges(DisChanges const& changes);
+
+    void addEmojiReaction(FlakeId channelId, FlakeId messageId, FlakeId userId, FlakeId emojiId, QString const& emojiName);
+    void deleteEmojiReaction(FlakeId channelId, FlakeId messageId, FlakeId userId, FlakeId emojiId, QString const& emojiName);
+
+    // --- history: served one request a second per session; answered by channelHistoryFetched ---
+    void fetchRecentHistoryForChannel(FlakeId channelId);
+    void fetchChannelHistoryEarlierThanMessage(FlakeId channelId, FlakeId messageId);
+
+    // A key was pressed in the channel's input: at most one POST every 8 seconds follows.
+    void sendTyping(FlakeId userId, FlakeId channelId);
+
+signals:
+    void sessionsChanged();
+    // The caches have dropped what is stale before anyone else sees the record.
+    void disChanges(DisChanges const& changes);
+    void messageCreated(FlakeId const& messageId, FlakeId const& channelId, FlakeId const& authorId, FlakeId const& nonce);
+    void messageAckReceived(FlakeId const& userId, FlakeId const& channelId, FlakeId const& messageId);
+    void directMessageChannelCreated(FlakeId const& channelId);
+    void channelHistoryFetched(FlakeId const& channelId);
+    void typingStarts(QVector<DisTypingStart> const& starts);
+    void userUnreadCountersInitialized(FlakeId const& userId, QHash<FlakeId, int> const& counts);
+    void authTokenRejected(QString const& token);
+    void authTokenAcquiredGatewayUrl(QString const& token, QString const& url);
+    void authTokenAcquiredUserInfo(QString const& token, FlakeId const& userId, QString const& userName,
+                                   QString const& discriminator, QString const& email, QString const& avatar);
+    // For the one who shows boxes: text the user must see, such as a refused bot account.
+    void userMustSee(QString const& title, QString const& text, bool fatal);
+
+private:
+    friend class DisSession;
+    struct Impl;
+    std::unique_ptr<Impl> m_impl;
+};
+
+// Set and cleared in src/app.
+extern DisClient* g_disClient;

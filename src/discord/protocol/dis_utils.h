@@ -1,0 +1,54 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// Questions about messages, roles, channels and emoji that are asked seldom enough to go to the
+// store each time. User-interface thread only; needs g_disClient.
+
+#include "dis_types.h"
+#include "flake_id.h"
+
+#include <QColor>
+#include <QString>
+#include <QVector>
+
+struct DisUsableEmoji {
+    FlakeId id;
+    QString name;
+    bool animated = false;
+    FlakeId guildId;
+};
+
+struct DisRoleNameAndColor {
+    bool found = false;
+    QString name;
+    QColor color; // invalid when the role has none
+};
+
+namespace DisUtils {
+
+FlakeId findChannelOfMessage(FlakeId message);
+FlakeId authorOfMessage(FlakeId message);
+QString contentOfMessage(FlakeId message); // as stored, markup and all
+bool isMessageDeleted(FlakeId message);
+bool isMessagePinned(FlakeId message);
+bool anyOwnUsersCanEditMessage(FlakeId channel, FlakeId message);
+bool userCanDeleteMessage(FlakeId user, FlakeId message);
+bool userCanSeeDeletedMessagesInGuildChannel(FlakeId user, FlakeId channel);
+// The newest message of the user that is not deleted; invalid if none.
+FlakeId findMostRecentMessageSentByUserInChannel(FlakeId user, FlakeId channel);
+
+QString guildChannelName(FlakeId channel); // without "#"; empty if unknown
+// What a tab or a row calls the channel: "#name", the other user, the group's name or its people.
+QString channelDisplayName(FlakeId channel, FlakeId ownUser);
+QString channelTopic(FlakeId channel);
+bool isChannelNsfw(FlakeId channel);
+
+DisRoleNameAndColor findRoleNameAndColor(FlakeId role);
+
+// The user by name, without regard to case; discriminator empty for any. Invalid if none.
+FlakeId findUserByName(QString const& name, QString const& discriminator);
+
+QVector<DisUsableEmoji> getUsableEmojiWithNamesForUserInChannel(FlakeId user, FlakeId channel);
+
+} // namespace DisUtils
