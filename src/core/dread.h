@@ -11,6 +11,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <cstring>
+
 namespace Dread {
 
 // The arena. Its block may move while the tree is built, so everything inside a tree is addressed
@@ -73,10 +75,14 @@ struct Val {
         VList list;
         VMap map;
     };
-    quint64 stringLength;
-    Tag tag;
+    quint64 stringLength = 0;
+    Tag tag = Tag::Nil;
 
-    VString string() const { return {stringData, static_cast<quint32>(stringLength)}; }
+    Val()
+        : uint64(0)
+    {
+    }
+    VString string() const { return { stringData, static_cast<quint32>(stringLength) }; }
 };
 static_assert(sizeof(Val) == 24, "cells stay at 24 bytes");
 
@@ -90,22 +96,68 @@ void init(Ctx* ctx, quint32 capacity);
 void clear(Ctx* ctx); // the block stays
 void destroy(Ctx* ctx);
 void setCapacity(Ctx* ctx, quint32 capacity);
+// The unusual half of ensureMoreCapacity: moves the block, or refuses.
+bool growCapacity(Ctx* ctx, quint32 n);
 // Makes room for n more bytes; false if that would pass 32 bits or memory ran out.
-bool ensureMoreCapacity(Ctx* ctx, quint32 n);
+inline bool ensureMoreCapacity(Ctx* ctx, quint32 n)
+{
+    return quint64(ctx->used) + n <= ctx->capacity || growCapacity(ctx, n);
+}
 
 // --- writing a cell ---
-void setNil(Ctx* ctx, quint32 offset);
-void setBool(Ctx* ctx, quint32 offset, bool value);
-void setUint8(Ctx* ctx, quint32 offset, quint8 value);
-void setInt32(Ctx* ctx, quint32 offset, qint32 value);
-void setInt64(Ctx* ctx, quint32 offset, qint64 value);
-void setUint64(Ctx* ctx, quint32 offset, quint64 value);
-void setFloat64(Ctx* ctx, quint32 offset, double value);
-void setString(Ctx* ctx, quint32 offset, char const* data, quint32 length);
-// Reserve the elements, which the caller then fills. Return 0, or 1 on failure.
+inline Val& cellAt(Ctx* ctx, quint32 offset)
+{
+    return *reinterpret_cast<Val*>(ctx->buf + offset);
+}
+inline void setNil(Ctx* ctx, quint32 offset)
+{
+    cellAt(ctx, offset).tag = Tag::Nil;
+}
+inline void setBool(Ctx* ctx, quint32 offset, bool value)
+{
+    cellAt(ctx, offset).boolean = value;
+    cellAt(ctx, offset).tag = Tag::Bool;
+}
+inline void setUint8(Ctx* ctx, quint32 offset, quint8 value)
+{
+    cellAt(ctx, offset).uint8 = value;
+    cellAt(ctx, offset).tag = Tag::Uint8;
+}
+inline void setInt32(Ctx* ctx, quint32 offset, qint32 value)
+{
+    cellAt(ctx, offset).int32 = value;
+    cellAt(ctx, offset).tag = Tag::Int32;
+}
+inline void setInt64(Ctx* ctx, quint32 offset, qint64 value)
+{
+    cellAt(ctx, offset).int64 = value;
+    cellAt(ctx, offset).tag = Tag::Int64;
+}
+inline void setUint64(Ctx* ctx, quint32 offset, quint64 value)
+{
+    cellAt(ctx, offset).uint64 = value;
+    cellAt(ctx, offset).tag = Tag::Uint64;
+}
+inline void setFloat64(Ctx* ctx, quint32 offset, double value)
+{
+    cellAt(ctx, offset).float64 = value;
+    cellAt(ctx, offset).tag = Tag::Float64;
+}
+inline void setString(Ctx* ctx, quint32 offset, char const* data, quint32 length)
+{
+    cellAt(ctx, offset).stringData = data;
+    cellAt(ctx, offset).stringLength = length;
+    cellAt(ctx, offset).tag = Tag::String;
+}
+// Reserve the elements, which the caller then fills, every one. Return 0, or 1 on failure.
 int setList(Ctx* ctx, quint32 offset, quint32 count, VList* out);
 int setMap(Ctx* ctx, quint32 offset, quint32 count, VMap* out);
-void setMapKey(Ctx* ctx, VMap const& map, quint32 index, char const* data, quint16 length);
+inline void setMapKey(Ctx* ctx, VMap const& map, quint32 index, char const* data, quint16 length)
+{
+    auto& key = *reinterpret_cast<Key*>(ctx->buf + map.offset + 16U * index);
+    key.data = data;
+    key.length = length;
+}
 
 // --- reading ---
 inline Val const& listAt(Ctx const& ctx, VList const& list, quint32 index)
@@ -121,21 +173,56 @@ inline Val const& mapValueAt(Ctx const& ctx, VMap const& map, quint32 index)
     return *reinterpret_cast<Val const*>(ctx.buf + map.offset + 16U * map.count + 24U * index);
 }
 
-// The value of the first entry with this key, or null.
-Val const* findVal(Ctx const& ctx, VMap const& map, char const* key);
+constexpr std::size_t keyLengthLimit = 65536; // bytes; a key this long or longer is nowhere
+
+// The scan behind findVal, by a key of known length.
+Val const* findKey(Ctx const& ctx, VMap const& map, char const* key, std::size_t length);
+// The value of the first entry with this key, or null. Inline so that the length of a literal is
+// worked out by the compiler.
+inline Val const* findVal(Ctx const& ctx, VMap const& map, char const* key)
+{
+    return findKey(ctx, map, key, strnlen(key, keyLengthLimit));
+}
+
+// A value in hand, such as a list's element, in the wanted form; null is not found. Where nothing
+// is found, *out is the empty value, false for a bool, and left alone for numbers and ids.
+bool toString(Val const* value, VString* out);
+bool toList(Val const* value, VList* out);
+bool toMap(Val const* value, VMap* out);
+bool toBool(Val const* value, bool* out);
+bool toInt32(Val const* value, qint32* out); // any whole number that fits
+bool toFlakeId(Val const* value, FlakeId* out); // any whole number, or a string of 1 to 20 digits
+inline bool toFlakeId(Val const& value, FlakeId* out)
+{
+    return toFlakeId(&value, out);
+}
 
 // The first entry with this key decides: if its value is not of the wanted form, nothing is found,
-// whatever a later duplicate holds. Where nothing is found, *out is the empty value, false for a
-// bool, and left alone for numbers and ids.
-bool find(Ctx const& ctx, VMap const& map, char const* key, VString* out);
-bool find(Ctx const& ctx, VMap const& map, char const* key, VList* out);
-bool find(Ctx const& ctx, VMap const& map, char const* key, VMap* out);
-bool find(Ctx const& ctx, VMap const& map, char const* key, bool* out);
-bool find(Ctx const& ctx, VMap const& map, char const* key, qint32* out);
-// A number of any width, or a string of 1 to 20 digits.
-bool find(Ctx const& ctx, VMap const& map, char const* key, FlakeId* out);
-// The same conversion for a value in hand, such as a list's element.
-bool toFlakeId(Val const& value, FlakeId* out);
+// whatever a later duplicate holds.
+inline bool find(Ctx const& ctx, VMap const& map, char const* key, VString* out)
+{
+    return toString(findVal(ctx, map, key), out);
+}
+inline bool find(Ctx const& ctx, VMap const& map, char const* key, VList* out)
+{
+    return toList(findVal(ctx, map, key), out);
+}
+inline bool find(Ctx const& ctx, VMap const& map, char const* key, VMap* out)
+{
+    return toMap(findVal(ctx, map, key), out);
+}
+inline bool find(Ctx const& ctx, VMap const& map, char const* key, bool* out)
+{
+    return toBool(findVal(ctx, map, key), out);
+}
+inline bool find(Ctx const& ctx, VMap const& map, char const* key, qint32* out)
+{
+    return toInt32(findVal(ctx, map, key), out);
+}
+inline bool find(Ctx const& ctx, VMap const& map, char const* key, FlakeId* out)
+{
+    return toFlakeId(findVal(ctx, map, key), out);
+}
 
 QString toQString(VString const& string);
 QString toQString(Key const& key);
