@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// The place that a tab or a side bar row points at. Plain value, any thread.
+// The place that a tab or a side bar row points at. Plain value, any thread. A field that its
+// kind has no use for keeps its default, so places compare field by field.
 
 #include "flake_id.h"
 
@@ -25,12 +26,17 @@ enum class SlackKind : qint32 { Channel = 0, Thread = 1, AllThreads = 2 };
 
 class NakNavLoc {
 public:
-    constexpr NakNavLoc() = default;
+    NakNavLoc() = default;
 
     static NakNavLoc builtin(NakNav::BuiltinView::Type view);
     static NakNavLoc discordChannel(FlakeId channelId);
     static NakNavLoc discordFriends();
     static NakNavLoc discordMentions();
+    // The ids as the service writes them.
+    static NakNavLoc slackChannel(quint64 world, QString const& channelId);
+    static NakNavLoc slackThread(quint64 world, QString const& channelId,
+                                 QString const& threadTime);
+    static NakNavLoc slackAllThreads(quint64 world);
 
     NakNav::Type type() const { return m_type; }
     bool isNone() const { return m_type == NakNav::Type::None; }
@@ -39,6 +45,10 @@ public:
     NakNav::BuiltinView::Type builtinView() const;
     NakNav::DiscordKind discordKind() const;
     FlakeId discordChannelId() const; // invalid unless the kind is Channel
+    NakNav::SlackKind slackKind() const;
+    quint64 slackWorld() const;
+    QString slackChannelId() const; // empty for AllThreads
+    QString slackThreadTime() const; // empty unless the kind is Thread
 
     // Equal by type and by what the type's kind tells places apart with.
     friend bool operator==(NakNavLoc const& a, NakNavLoc const& b);
@@ -47,8 +57,10 @@ public:
 private:
     NakNav::Type m_type = NakNav::Type::None;
     qint32 m_kind = 0; // the built-in view, or the service's kind
-    // Discord: the channel. Slack: world, channel and thread time.
-    quint64 m_words[3] = {};
+    quint64 m_word = 0; // Discord: the channel. Slack: the world.
+    // Slack: channel and thread time. Empty where the kind does not tell places apart with them.
+    QString m_channel;
+    QString m_time;
 };
 
 Q_DECLARE_METATYPE(NakNavLoc)
