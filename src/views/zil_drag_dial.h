@@ -47,25 +47,22 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
-    void changeEvent(QEvent* event) override;
     void hideEvent(QHideEvent* event) override;
 
 private:
     void applyFloatMovement(double delta);
-    void applyDrag(QPoint const& globalPos);
-    bool warpIfOutside(QPoint const& globalPos);
+    void warpIfOutside(QPoint const& globalPos);
     void endPress();
     void setHovered(bool hovered);
     void paintAsMinimal(QPainter& painter) const;
-    void paintAsRaised(QPainter& painter) const;
-    QRect gripRect() const;
+    void paintAsProminent(QPainter& painter) const;
+    QRect gripRect(int width) const;
 
     double m_dragScale = 1.0;
     double m_wheelScale = 1.0;
     double m_remainder = 0.0; // motion not yet told by movedInt
     QPoint m_pressPos; // global, as are all positions here
     QPoint m_lastPos;
-    QPoint m_screenCentre;
     QRect m_innerRect; // of the screen, within the warp margins
     bool m_relativeCursorMode = false;
     bool m_invertDrag = false;

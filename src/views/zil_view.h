@@ -7,6 +7,7 @@
 // neither time nor memory depends on the length of the sequence. User-interface thread only.
 
 #include <QElapsedTimer>
+#include <QVarLengthArray>
 #include <QVector>
 #include <QWidget>
 
@@ -73,26 +74,25 @@ protected:
     void childEvent(QChildEvent* event) override;
 
 private:
-    struct Run;
+    using Run = QVarLengthArray<ZilViewItem, 64>;
 
-    int measure(QWidget* widget, bool fresh);
-    void appendMeasured(Run& run, QWidget* widget);
-    void prependMeasured(Run& run, QWidget* widget);
-    bool growUp(Run& run);
-    bool growDown(Run& run);
+    void adapt(QWidget* widget, double itemFraction, double viewPosition);
+    int measure(QWidget* widget);
+    void takeIn(QWidget* widget);
+    void growUp(Run& run, int limit);
+    void growDown(Run& run, int limit);
     void fillView(Run& run);
-    void cropToView(Run& run);
+    Run cropToView(Run& run) const;
+    void place(Run const& run);
     int shiftOfMost(Run const& run) const;
-    bool place(Run const& run);
-    void releaseAbsent(Run const& run);
+    void releaseLeft(Run const& left);
+    void keep(Run const& run);
+    void layOutNow();
     void emitLayoutChanged();
 
     ZilSource* m_source;
-    // The shown run in order, as three lists of the same length.
-    QVector<QWidget*> m_widgets;
-    QVector<int> m_tops;
-    QVector<int> m_heights;
-    int m_anchor = -1; // index into the lists
+    QVector<ZilViewItem> m_items; // the shown run, in order
+    int m_anchor = -1; // index into it
     int m_layoutLocks = 0;
     int m_postponedLayouts = 0;
     QElapsedTimer m_sinceLastLayout;
