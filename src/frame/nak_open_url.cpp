@@ -7,8 +7,8 @@
 
 bool NakOpenUrl::isAllowed(QUrl const& url)
 {
-    bool const web
-        = url.scheme() == QLatin1String("http") || url.scheme() == QLatin1String("https");
+    bool const web =
+        url.scheme() == QLatin1String("http") || url.scheme() == QLatin1String("https");
     return web && url.isValid() && !url.host().isEmpty() && url.userInfo().isEmpty();
 }
 

@@ -16,12 +16,12 @@ QRegularExpression compiled(QString const& pattern)
 // The animated mark of emojiRe is matched and thrown away: nothing on screen depends on it.
 QRegularExpression const emojiRe = compiled(QStringLiteral(R"(\<a?\:([a-zA-Z0-9_]+)\:(\d+)\>)"));
 QRegularExpression const mentionedIdRe = compiled(QStringLiteral(R"(\<(\@|\@\!|\#|\@\&)(\d+)\>)"));
-QRegularExpression const emojiColonInputRe
-    = compiled(QStringLiteral(R"(\:([a-zA-Z0-9_-]{1,50})\:)"));
-QRegularExpression const mentionInputWithIdRe
-    = compiled(QStringLiteral(R"(\@([^\#\@]{1,50})\#(\d*))"));
-QRegularExpression const cheapUrlRe
-    = compiled(QStringLiteral(R"((?:\s|^|\n)(https?\:\/\/[^\s]+))"));
+QRegularExpression const emojiColonInputRe =
+    compiled(QStringLiteral(R"(\:([a-zA-Z0-9_-]{1,50})\:)"));
+QRegularExpression const mentionInputWithIdRe =
+    compiled(QStringLiteral(R"(\@([^\#\@]{1,50})\#(\d*))"));
+QRegularExpression const cheapUrlRe =
+    compiled(QStringLiteral(R"((?:\s|^|\n)(https?\:\/\/[^\s]+))"));
 QRegularExpression const inlineCodeRe = compiled(QStringLiteral(R"(`([^`]+)`)"));
 
 // The matches of one expression, of which the next can be looked at before it is taken.
@@ -116,8 +116,8 @@ void appendUrl(DisplayMessageRun& run, QStringRef const& stretch,
 void appendInlineCode(DisplayMessageRun& run, QStringRef const& stretch,
                       QRegularExpressionMatch const& match)
 {
-    run.append(piece(DisplayMessagePiece::Kind::Text,
-                     QStringView(stretch).mid(match.capturedStart(), 0)));
+    run.append(
+        piece(DisplayMessagePiece::Kind::Text, QStringView(stretch).mid(match.capturedStart(), 0)));
     run.append(piece(DisplayMessagePiece::Kind::InlineCode, match.capturedView(1)));
 }
 
@@ -129,10 +129,10 @@ struct RegularRule {
 
 // In the order of priority: of two matches at one place the earlier rule's counts.
 RegularRule const regularRules[] = {
-    {emojiRe, QLatin1String("<"), appendEmoji},
-    {mentionedIdRe, QLatin1String("<"), appendMention},
-    {cheapUrlRe, QLatin1String("://"), appendUrl},
-    {inlineCodeRe, QLatin1String("`"), appendInlineCode},
+    { emojiRe, QLatin1String("<"), appendEmoji },
+    { mentionedIdRe, QLatin1String("<"), appendMention },
+    { cheapUrlRe, QLatin1String("://"), appendUrl },
+    { inlineCodeRe, QLatin1String("`"), appendInlineCode },
 };
 constexpr int ruleCount = 4;
 
@@ -267,7 +267,7 @@ void DisMessageParse::parseInputMessage(InputMessageRun& run, QChar const* text,
         int boundary = length;
         if (emoji.hasNext()) {
             if (emoji.start() == pos) {
-                run.append({InputMessagePiece::Kind::Shortcode, captured(emoji.peek(), 1), {}});
+                run.append({ InputMessagePiece::Kind::Shortcode, captured(emoji.peek(), 1), {} });
                 pos = emoji.peek().capturedEnd();
                 emoji.advance();
                 continue;
@@ -277,17 +277,17 @@ void DisMessageParse::parseInputMessage(InputMessageRun& run, QChar const* text,
         if (mentions.hasNext()) {
             if (mentions.start() == pos) {
                 QStringView const discrim = captured(mentions.peek(), 2);
-                run.append({discrim.isEmpty() ? InputMessagePiece::Kind::UserByName
-                                              : InputMessagePiece::Kind::UserWithDiscrim,
-                            captured(mentions.peek(), 1), discrim});
+                run.append({ discrim.isEmpty() ? InputMessagePiece::Kind::UserByName
+                                               : InputMessagePiece::Kind::UserWithDiscrim,
+                             captured(mentions.peek(), 1), discrim });
                 pos = mentions.peek().capturedEnd();
                 mentions.advance();
                 continue;
             }
             boundary = std::min(boundary, mentions.start());
         }
-        run.append({InputMessagePiece::Kind::Text,
-                    view.mid(pos, std::max(0, boundary - pos)), {}});
+        run.append(
+            { InputMessagePiece::Kind::Text, view.mid(pos, std::max(0, boundary - pos)), {} });
         pos = boundary;
     }
 }

@@ -18,7 +18,6 @@ class DisTextDocumentManager;
 struct DisChanges;
 struct DisTextDocumentManagerPriv;
 class QTextCharFormat;
-class QTextBlockFormat;
 
 namespace DisText {
 
@@ -80,7 +79,6 @@ public:
     void lazySetup();
 
     QTextCharFormat const& selectionFormat() const;
-    QTextBlockFormat const& codeBlockFormat() const;
 
 public slots:
     // Tells each document that mentions a changed user to be filled again.

@@ -38,8 +38,9 @@ public:
     // Shows the menu of the link at the point; false if there is none.
     bool popupLinkMenu(QPoint const& pos, QPoint const& globalPos);
 
-    // The height of the text at that width. Lays the document out for the width, so that a resize
-    // to it that follows costs nothing.
+    // The height of the text at that width, for an owner who lays out by hand: the view's layout is
+    // done for the width, so that a resize to it that follows costs nothing. In a QLayout the view
+    // has a fixed height from its first resize on.
     int heightForWidth(int width) const override;
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -57,7 +58,6 @@ protected:
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
-    void changeEvent(QEvent* event) override;
 
 private:
     struct Impl;
