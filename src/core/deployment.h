@@ -7,6 +7,8 @@
 
 #include <QString>
 
+#include <vector>
+
 struct NakDeployment {
     // Discord
     QString discordApiUrl; // REST base including /api/v6, without a slash at the end
@@ -26,11 +28,19 @@ struct NakDeployment {
     QString programProjectUrl;
 };
 
+// The one list of what can be replaced, and by which key; docs/deployment.md shows it to the user.
+struct NakDeploymentEntry {
+    char const* key;
+    QString NakDeployment::*field;
+    char const* publicValue;
+};
+std::vector<NakDeploymentEntry> const& deploymentEntries();
+
 // The public services.
 NakDeployment publicDeployment();
 
-// The public services with what the INI file at path replaces; keys are as in docs/deployment.md.
-// An unreadable file replaces nothing. readOk (may be null) says whether the file could be read.
+// The public services with what the INI file at path replaces. An unreadable file replaces
+// nothing; readOk (may be null) says whether it could be read.
 NakDeployment loadDeployment(QString const& path, bool* readOk);
 
 // Set and cleared in src/app; null before the application is built and after it is gone.

@@ -7,6 +7,7 @@
 
 #include <QFontDatabase>
 
+#include <type_traits>
 #include <variant>
 
 NakPreferences* g_preferences = nullptr;
@@ -179,6 +180,14 @@ void saveFonts(QSettings& settings, NakPreferences const& preferences)
         settings.remove(textOf("text_style/app_override"));
         settings.remove(strategyKey("text_style/app_override"));
     }
+}
+
+template <typename T> QVariant storedForm(T const& value)
+{
+    if constexpr (std::is_same_v<T, float>)
+        return static_cast<double>(value); // a float would be stored as bytes that nobody can edit
+    else
+        return QVariant::fromValue(value);
 }
 
 bool carriesSomething(QVariant const& value)
