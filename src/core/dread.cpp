@@ -13,9 +13,6 @@ VMap const emptyMap{};
 
 namespace {
 
-constexpr quint32 maxListCount = 0xAAAAAAA;
-constexpr quint32 maxMapCount = 0xFFFFFFF;
-
 // The smallest power of two that holds n bytes; at the top of the range, all there is.
 quint32 roundUpCapacity(quint32 n)
 {

@@ -149,6 +149,9 @@ inline void setString(Ctx* ctx, quint32 offset, char const* data, quint32 length
     cellAt(ctx, offset).stringLength = length;
     cellAt(ctx, offset).tag = Tag::String;
 }
+// Counts that may be reserved at all, so that offsets stay within 32 bits.
+constexpr quint32 maxListCount = 0xAAAAAAA;
+constexpr quint32 maxMapCount = 0xFFFFFFF;
 // Reserve the elements, which the caller then fills, every one. Return 0, or 1 on failure.
 int setList(Ctx* ctx, quint32 offset, quint32 count, VList* out);
 int setMap(Ctx* ctx, quint32 offset, quint32 count, VMap* out);
