@@ -59,7 +59,7 @@ private:
             return readMap();
         }
         if (take("<<")) {
-            return quoted(readBinary());
+            return quotedBytes(readBinary());
         }
         if (take("[")) {
             return readList();
@@ -81,7 +81,7 @@ private:
             m_failed = m_failed || name.empty();
         }
         bool const isWord = name == "nil" || name == "true" || name == "false";
-        return isWord && !isKey ? name : quoted(name);
+        return isWord && !isKey ? name : quotedBytes(name);
     }
 
     std::string readBinary()
@@ -156,7 +156,7 @@ private:
             }
             joined += (joined.empty() ? "" : ", ") + item;
         }
-        return !improper && bytes.size() == items.size() ? quoted(bytes) : "[" + joined + "]";
+        return !improper && bytes.size() == items.size() ? quotedBytes(bytes) : "[" + joined + "]";
     }
 
     std::string readMap()
@@ -165,7 +165,7 @@ private:
         while (!take("}") && !m_failed) {
             bool const isBinary = take("<<");
             m_failed = m_failed || (!isBinary && strchr("-0123456789[#{", peek()));
-            std::string const key = isBinary ? quoted(readBinary()) : readAtom(true);
+            std::string const key = isBinary ? quotedBytes(readBinary()) : readAtom(true);
             expect(" => ");
             joined += (joined.empty() ? "" : ", ") + key + ": " + readTerm();
             take(",");
@@ -192,7 +192,7 @@ std::string dumpMap(Dread::Ctx const& ctx, Dread::VMap const& map)
     std::string text;
     for (quint32 i = 0; i < map.count; ++i) {
         Dread::Key const& key = Dread::mapKeyAt(ctx, map, i);
-        text += (i ? ", " : "") + quoted({ key.data, key.length }) + ": "
+        text += (i ? ", " : "") + quotedBytes({ key.data, key.length }) + ": "
             + dump(ctx, Dread::mapValueAt(ctx, map, i));
     }
     return "{" + text + "}";
@@ -200,7 +200,7 @@ std::string dumpMap(Dread::Ctx const& ctx, Dread::VMap const& map)
 
 } // namespace
 
-std::string quoted(std::string const& bytes)
+std::string quotedBytes(std::string const& bytes)
 {
     std::string text = "\"";
     for (char const c : bytes) {
@@ -230,7 +230,7 @@ std::string dump(Dread::Ctx const& ctx, Dread::Val const& value)
     case Dread::Tag::Float64:
         return floatText(value.float64);
     case Dread::Tag::String:
-        return quoted({ value.stringData, static_cast<std::size_t>(value.stringLength) });
+        return quotedBytes({ value.stringData, static_cast<std::size_t>(value.stringLength) });
     case Dread::Tag::List:
         return dumpList(ctx, value.list);
     case Dread::Tag::Map:

@@ -13,7 +13,7 @@
 // nil, true, u8:1, i32:-1, i64:, u64:, f64: followed by the number, "text" with everything but
 // plain ASCII as \xx, [a, b] and {"k": v}.
 std::string dump(Dread::Ctx const& ctx, Dread::Val const& value);
-std::string quoted(std::string const& bytes);
+std::string quotedBytes(std::string const& bytes);
 
 // What a term of tests/data/etf reads as, from the way that Erlang prints it: the same text that
 // dump gives. Follows Erlang's rules for which tags its encoder picks. Throws nothing; a term of no

@@ -194,10 +194,10 @@ TEST(ErfJson, WritesTerms)
         { "[1,[2]]", raw("l\0\0\0\2a\1l\0\0\0\1a\2jj") },
         { "{}", raw("t\0\0\0\0") },
         { "{\"op\":1,\"d\":\"175928847299117063\"}",
-          raw("t\0\0\0\2m\0\0\0\1dm\0\0\0\22175928847299117063m\0\0\0\2opa\1") },
+          raw("t\0\0\0\2m\0\0\0\1dm\0\0\0\022175928847299117063m\0\0\0\2opa\1") },
     };
     for (Case const& one : cases) {
-        EXPECT_EQ(quoted(toEtf(json(one.json))), quoted("\x83" + one.bytes)) << one.json;
+        EXPECT_EQ(quotedBytes(toEtf(json(one.json))), quotedBytes("\x83" + one.bytes)) << one.json;
     }
     EXPECT_EQ(toEtf(QJsonValue::Undefined), "error: Cannot encode JSON 'undefined' value");
 }

@@ -83,7 +83,11 @@ std::string expectedOf(IndexRow const& row)
     }
     std::string const channel = "{\"id\": \"175928847299117063\", \"name\": \"general\", "
                                 "\"nsfw\": false, \"type\": u8:0}";
-    std::vector<std::pair<std::string, std::string>> const special{
+    struct Special {
+        std::string name;
+        std::string expected;
+    };
+    std::vector<Special> const cases{
         { "big_minus_2p63_1", "Value out of range" },
         { "big_2p64", "Value out of range" },
         { "map_int_key", "Invalid map key" },
@@ -94,14 +98,14 @@ std::string expectedOf(IndexRow const& row)
         // The tail of the improper list is read as the next key, and what follows as its value.
         { "list_improper_in_map", "{\"l\": [\"a\"], \"b\": \"n\"}" },
         { "binary_70000", '"' + std::string(70000, 'x') + '"' },
-        { "string_ext_255", quoted(bytes1to255) },
+        { "string_ext_255", quotedBytes(bytes1to255) },
         { "nest_list_256", repeated("[", 256) + "\"x\"" + repeated("]", 256) },
         { "nest_map_256", repeated("{\"k\": ", 255) + "{}" + repeated("}", 255) },
         { "compressed_list", "[" + repeated(channel + ", ", 199) + channel + "]" },
     };
-    for (auto const& [name, expected] : special) {
-        if (name == row.name) {
-            return expected;
+    for (Special const& one : cases) {
+        if (one.name == row.name) {
+            return one.expected;
         }
     }
     return expectedFromErlang(row.printed);
@@ -175,8 +179,8 @@ TEST(Etf, ReadsTermsByHand)
         { raw("\x83P\0\0\0"), "Unknown term type 80" },
     };
     for (Case const& one : cases) {
-        EXPECT_EQ(decode(one.bytes), one.expected) << quoted(one.bytes.substr(0, 40));
-        EXPECT_STREQ(disagreementExact(one.bytes), "") << quoted(one.bytes.substr(0, 40));
+        EXPECT_EQ(decode(one.bytes), one.expected) << quotedBytes(one.bytes.substr(0, 40));
+        EXPECT_STREQ(disagreementExact(one.bytes), "") << quotedBytes(one.bytes.substr(0, 40));
     }
 }
 
@@ -273,7 +277,7 @@ TEST(Etf, PrintsNumbersAndErrors)
         { raw("n\x08\0\xff\xff\xff\xff\xff\xff\xff\xff"), "Event: Uint64 (18446744073709551615)" },
         // 0x4640000000000000 is 2 to the 101st.
         { raw("F\x40\0\0\0\0\0\0\1"), "Event: Float64 (2535301200456458802993406410752)" },
-        { raw("n\x09\0123456789"), "Error: Value out of range" },
+        { raw("n\x09\000123456789"), "Error: Value out of range" },
         { raw("z"), "Error: Unknown term type 122" },
     };
     for (Case const& one : cases) {
