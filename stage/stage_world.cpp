@@ -1,0 +1,493 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "stage_world.h"
+
+#include "stage_words.h"
+
+#include <algorithm>
+
+namespace stage {
+
+namespace {
+
+constexpr int kBlock = 16; // messages of one conversation
+constexpr qint64 kMinuteMs = 60 * 1000;
+constexpr qint64 kDayMs = 24 * 60 * kMinuteMs;
+constexpr qint64 kUsualSpacingMs = 40 * kMinuteMs; // from one conversation to the next
+constexpr qint64 kLongestPastMs = 600 * kDayMs; // channels are older than that
+constexpr size_t kMaxLivePerChannel = 20000;
+constexpr int kMaxReplaced = 50000;
+
+constexpr int kEveryonePermissions = 0x400 | 0x800 | 0x40 | 0x4000 | 0x8000 | 0x10000 | 0x40000
+    | 0x100000 | 0x200000 | 0x2000000 | 0x4000000;
+constexpr int kModeratorPermissions = kEveryonePermissions | 0x2000 | 0x2 | 0x10 | 0x10000000;
+
+// Distinguishes the generators of different things that share a number.
+enum Salt : quint64 { SaltUser = 1, SaltGuild, SaltMember, SaltBlock, SaltText, SaltLive, SaltId };
+
+QString pickStatus(Rng& rng)
+{
+    int const dice = rng.below(100);
+    if (dice < 45)
+        return QStringLiteral("online");
+    if (dice < 60)
+        return QStringLiteral("idle");
+    return dice < 68 ? QStringLiteral("dnd") : QStringLiteral("offline");
+}
+
+void addUsers(World& world, int count)
+{
+    qint64 const bornMs = world.size.endMs - 1400 * kDayMs;
+    world.users.reserve(size_t(count));
+    for (int n = 0; n < count; ++n) {
+        Rng rng(world.seed, SaltUser, quint64(n));
+        User user;
+        user.id = nextId(world, bornMs + n * 500);
+        user.name = n == 0 ? QStringLiteral("Robin") : personName(rng);
+        user.discriminator = QStringLiteral("%1").arg(rng.below(9999) + 1, 4, 10, QLatin1Char('0'));
+        if (rng.chance(70))
+            user.avatar = QStringLiteral("%1%2")
+                              .arg(rng.next(), 16, 16, QLatin1Char('0'))
+                              .arg(rng.next(), 16, 16, QLatin1Char('0'));
+        user.status = n == 0 ? QStringLiteral("online") : pickStatus(rng);
+        if (n > 0 && user.status != QLatin1String("offline") && rng.chance(20))
+            user.game = gameName(rng);
+        world.userIndex.insert(user.id, quint32(n));
+        world.users.push_back(std::move(user));
+    }
+}
+
+void addRoles(World& world, Guild& guild, qint64 bornMs)
+{
+    guild.roles.push_back(
+        { guild.id, QStringLiteral("@everyone"), 0, 0, kEveryonePermissions, false });
+    int const count = world.size.rolesPerGuild;
+    for (int n = 0; n < count; ++n) {
+        Role role;
+        role.id = nextId(world, bornMs);
+        role.name = roleName(n);
+        role.color = roleColor(n);
+        role.position = count - n;
+        role.permissions = n < 2 ? kModeratorPermissions : kEveryonePermissions;
+        role.hoist = n < 3;
+        guild.roles.push_back(role);
+    }
+}
+
+// The account's own user is in every guild; the others come round the table of users.
+void addMembers(World& world, Guild& guild, int guildNumber)
+{
+    int const others = int(world.users.size()) - 1;
+    int const count = std::min(world.size.membersPerGuild, others + 1);
+    for (int n = 0; n < count; ++n) {
+        Rng rng(world.seed, SaltMember, quint64(guildNumber) << 32 | quint64(n));
+        Member member;
+        member.user = n == 0 ? 0 : quint32(1 + (guildNumber * (count / 2) + n - 1) % others);
+        if (n > 0 && rng.chance(25))
+            member.nick = nickName(rng, world.users[member.user].name);
+        for (size_t role = 1; role < guild.roles.size(); ++role) {
+            if (rng.chance(role < 3 ? 8 : 30))
+                member.roles.push_back(guild.roles[role].id);
+        }
+        guild.members.push_back(std::move(member));
+    }
+    guild.owner = guild.members[guild.members.size() > 1 ? 1 : 0].user;
+}
+
+quint32 addChannel(World& world, Channel channel, qint64 bornMs)
+{
+    channel.id = nextId(world, bornMs);
+    auto const index = quint32(world.channels.size());
+    world.channelIndex.insert(channel.id, index);
+    world.channels.push_back(std::move(channel));
+    return index;
+}
+
+int unreadOf(Rng& rng, int historyCount)
+{
+    return rng.chance(20) ? std::min(historyCount, 1 + rng.below(12)) : 0;
+}
+
+void addTextChannel(World& world, Guild& guild, int guildNumber, int n, quint64 parent, qint64 born)
+{
+    Rng rng(world.seed, SaltGuild, quint64(guildNumber) << 32 | quint64(n));
+    bool const busy = guildNumber == 0 && n == 0;
+    Channel channel;
+    channel.guild = guildNumber;
+    channel.parent = parent;
+    channel.name = textChannelName(n);
+    channel.topic = textChannelTopic(n);
+    channel.position = n;
+    channel.hidden = n > 0 && n % 17 == 16;
+    channel.nsfw = n > 0 && n % 23 == 22;
+    channel.historyCount = busy ? world.size.messagesInBusyChannel : world.size.messagesPerChannel;
+    channel.unread = busy ? 0 : unreadOf(rng, channel.historyCount);
+    guild.channels.push_back(addChannel(world, std::move(channel), born));
+}
+
+// A category for every six text channels, each with a voice channel of its own.
+void addChannels(World& world, Guild& guild, int guildNumber, qint64 bornMs)
+{
+    quint64 parent = 0;
+    for (int n = 0; n < world.size.channelsPerGuild; ++n) {
+        if (n % 6 == 0) {
+            Channel category;
+            category.guild = guildNumber;
+            category.type = ChannelType::Category;
+            category.name = categoryName(n / 6);
+            category.position = n / 6;
+            guild.channels.push_back(addChannel(world, std::move(category), bornMs));
+            parent = world.channels[guild.channels.back()].id;
+            Channel voice;
+            voice.guild = guildNumber;
+            voice.type = ChannelType::Voice;
+            voice.parent = parent;
+            voice.name = voiceChannelName(n / 6);
+            voice.position = n / 6;
+            guild.channels.push_back(addChannel(world, std::move(voice), bornMs));
+        }
+        addTextChannel(world, guild, guildNumber, n, parent, bornMs);
+    }
+}
+
+void addGuild(World& world, int number)
+{
+    static constexpr char const* kEmojiNames[] = { "party_owl", "nice", "coffeecat", "shipit" };
+    qint64 const bornMs = world.size.endMs - 700 * kDayMs + number * kMinuteMs;
+    Guild guild;
+    guild.id = nextId(world, bornMs);
+    guild.name = guildName(number);
+    addRoles(world, guild, bornMs);
+    addMembers(world, guild, number);
+    addChannels(world, guild, number, bornMs);
+    for (char const* name : kEmojiNames)
+        guild.emojis.push_back({ nextId(world, bornMs), QString::fromLatin1(name), false });
+    world.guildIndex.insert(guild.id, quint32(number));
+    world.guilds.push_back(std::move(guild));
+}
+
+void addPrivateChannels(World& world)
+{
+    qint64 const bornMs = world.size.endMs - 650 * kDayMs;
+    int const others = int(world.users.size()) - 1;
+    for (int n = 0; n < world.size.privateChannels && n < others; ++n) {
+        Channel channel;
+        bool const group = n % 4 == 3 && others > 3;
+        channel.type = group ? ChannelType::Group : ChannelType::Direct;
+        for (int who = 0; who < (group ? 3 : 1); ++who)
+            channel.recipients.push_back(quint32(1 + (n + who) % others));
+        channel.name = group ? QStringLiteral("Weekend plans") : QString();
+        channel.historyCount = world.size.messagesPerChannel;
+        channel.unread = n == 1 ? std::min(2, channel.historyCount) : 0;
+        world.privateChannels.push_back(addChannel(world, std::move(channel), bornMs));
+    }
+}
+
+int blockCount(Channel const& channel)
+{
+    return (channel.historyCount + kBlock - 1) / kBlock;
+}
+
+qint64 spacingMs(Channel const& channel)
+{
+    return std::min(kUsualSpacingMs, kLongestPastMs / std::max(1, blockCount(channel)));
+}
+
+// Somebody who can speak in the channel.
+quint32 pickPerson(World const& world, Channel const& channel, Rng& rng)
+{
+    if (channel.guild >= 0) {
+        auto const& members = world.guilds[size_t(channel.guild)].members;
+        int const others = int(members.size()) - 1;
+        return others <= 0 ? 0 : members[size_t(1 + rng.below(others))].user;
+    }
+    int const which = rng.below(int(channel.recipients.size()) + 1);
+    return which == 0 ? 0 : channel.recipients[size_t(which - 1)];
+}
+
+// One conversation: who says something when, for each of its messages.
+struct Block {
+    int topic = 0;
+    qint64 ms[kBlock] = {};
+    quint32 author[kBlock] = {};
+};
+
+Block makeBlock(World const& world, Channel const& channel, int number)
+{
+    Rng rng(world.seed, channel.id * 8 + SaltBlock, quint64(number));
+    Block block;
+    qint64 const spacing = spacingMs(channel);
+    qint64 at =
+        world.size.endMs - (blockCount(channel) - number) * spacing + rng.below(int(spacing / 8));
+    // All gaps together stay below what is left of the spacing, so blocks never overlap.
+    int const longestGap = std::max(2, int(spacing * 3 / 4 / kBlock));
+    quint32 people[4];
+    for (quint32& person : people)
+        person = pickPerson(world, channel, rng);
+    int const heads = 2 + rng.below(3);
+    block.topic = rng.below(topicCount());
+    quint32 speaker = people[0];
+    for (int n = 0; n < kBlock; ++n) {
+        if (n > 0 && !rng.chance(45))
+            speaker = people[rng.below(heads)];
+        at += 1 + rng.below(rng.chance(70) ? longestGap / 4 : longestGap);
+        block.ms[n] = at;
+        block.author[n] = speaker;
+    }
+    return block;
+}
+
+TalkContext talkContext(World const& world, Channel const& channel, Rng& rng)
+{
+    TalkContext context;
+    context.people.push_back(world.users[pickPerson(world, channel, rng)].id);
+    if (channel.guild < 0)
+        return context;
+    Guild const& guild = world.guilds[size_t(channel.guild)];
+    for (Emoji const& emoji : guild.emojis)
+        context.emoji.push_back(QStringLiteral("<:%1:%2>").arg(emoji.name).arg(emoji.id));
+    Channel const& other =
+        world.channels[guild.channels[size_t(rng.below(int(guild.channels.size())))]];
+    if (other.type == ChannelType::Text)
+        context.channels.push_back(other.id);
+    return context;
+}
+
+quint64 idOfBlock(World const& world, Channel const& channel, Block const& block, int index)
+{
+    Rng rng(world.seed, channel.id * 8 + SaltId, quint64(index));
+    return quint64(block.ms[index % kBlock] - kDiscordEpochMs) << 22 | (rng.next() & 0x3fffff);
+}
+
+Message messageOfBlock(World const& world, Channel const& channel, Block const& block, int index)
+{
+    Rng rng(world.seed, channel.id * 8 + SaltText, quint64(index));
+    Message message;
+    qint64 const ms = block.ms[index % kBlock];
+    message.id = idOfBlock(world, channel, block, index);
+    message.channel = channel.id;
+    message.author = block.author[index % kBlock];
+    message.content = talk(rng, block.topic, talkContext(world, channel, rng));
+    if (rng.chance(4))
+        message.editedMs = ms + 5000 + rng.below(120000);
+    if (rng.chance(5)) {
+        Reaction reaction;
+        reaction.name = unicodeEmoji(rng);
+        for (int n = 1 + rng.below(3); n > 0; --n) {
+            quint32 const who = pickPerson(world, channel, rng);
+            if (std::find(reaction.users.begin(), reaction.users.end(), who)
+                == reaction.users.end())
+                reaction.users.push_back(who);
+        }
+        message.reactions.push_back(reaction);
+    }
+    return message;
+}
+
+quint64 historyId(World const& world, Channel const& channel, int index)
+{
+    return idOfBlock(world, channel, makeBlock(world, channel, index / kBlock), index);
+}
+
+// The number of generated messages with an identifier below `id`.
+int historyBelow(World const& world, Channel const& channel, quint64 id)
+{
+    int low = 0;
+    int high = channel.historyCount;
+    while (low < high) {
+        int const middle = low + (high - low) / 2;
+        if (historyId(world, channel, middle) < id)
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    return low;
+}
+
+auto liveBelow(Channel const& channel, quint64 id)
+{
+    return std::lower_bound(channel.live.begin(), channel.live.end(), id,
+                            [](Message const& m, quint64 wanted) { return m.id < wanted; });
+}
+
+// Lays what happened over the message; false if it is deleted.
+bool overlay(World const& world, Message& message)
+{
+    if (world.deleted.contains(message.id))
+        return false;
+    auto const it = world.replaced.constFind(message.id);
+    if (it != world.replaced.constEnd())
+        message = *it;
+    return true;
+}
+
+template <class Map> auto* lookup(Map const& index, quint64 id)
+{
+    auto const it = index.constFind(id);
+    return it == index.constEnd() ? nullptr : &*it;
+}
+
+} // namespace
+
+World makeWorld(WorldSize const& size, quint64 seed)
+{
+    World world;
+    world.seed = seed;
+    world.size = size;
+    world.size.membersPerGuild = std::max(1, size.membersPerGuild);
+    // Guilds overlap by half, as circles of people do.
+    int const users = 1 + world.size.membersPerGuild * (1 + std::max(0, size.guilds - 1)) / 2
+        + world.size.membersPerGuild / 2 + size.privateChannels;
+    addUsers(world, users);
+    for (int n = 0; n < size.guilds; ++n)
+        addGuild(world, n);
+    addPrivateChannels(world);
+    return world;
+}
+
+Channel const* findChannel(World const& world, quint64 id)
+{
+    quint32 const* index = lookup(world.channelIndex, id);
+    return index ? &world.channels[*index] : nullptr;
+}
+
+Channel* findChannel(World& world, quint64 id)
+{
+    quint32 const* index = lookup(world.channelIndex, id);
+    return index ? &world.channels[*index] : nullptr;
+}
+
+Guild const* findGuild(World const& world, quint64 id)
+{
+    quint32 const* index = lookup(world.guildIndex, id);
+    return index ? &world.guilds[*index] : nullptr;
+}
+
+User const* findUser(World const& world, quint64 id)
+{
+    quint32 const* index = lookup(world.userIndex, id);
+    return index ? &world.users[*index] : nullptr;
+}
+
+Member const* findMember(Guild const& guild, quint32 user)
+{
+    for (Member const& member : guild.members) {
+        if (member.user == user)
+            return &member;
+    }
+    return nullptr;
+}
+
+quint64 busyChannel(World const& world)
+{
+    for (Channel const& channel : world.channels) {
+        if (channel.type == ChannelType::Text && channel.guild == 0)
+            return channel.id;
+    }
+    return 0;
+}
+
+quint64 nextId(World& world, qint64 nowMs)
+{
+    quint64 const now = quint64(std::max<qint64>(0, nowMs - kDiscordEpochMs)) << 22;
+    world.lastId = std::max(world.lastId + 1, now);
+    return world.lastId;
+}
+
+qint64 idTimeMs(quint64 id)
+{
+    return qint64(id >> 22) + kDiscordEpochMs;
+}
+
+Message historyMessage(World const& world, Channel const& channel, int index)
+{
+    return messageOfBlock(world, channel, makeBlock(world, channel, index / kBlock), index);
+}
+
+quint64 lastMessageId(World const& world, Channel const& channel)
+{
+    if (!channel.live.empty())
+        return channel.live.back().id;
+    return channel.historyCount > 0 ? historyId(world, channel, channel.historyCount - 1) : 0;
+}
+
+quint64 readMessageId(World const& world, Channel const& channel)
+{
+    int const index = channel.historyCount - 1 - channel.unread;
+    return index >= 0 ? historyId(world, channel, index) : 0;
+}
+
+std::vector<Message> messagesBefore(World const& world, Channel const& channel, quint64 before,
+                                    int limit)
+{
+    std::vector<Message> out;
+    auto const full = [&] { return int(out.size()) >= limit; };
+    auto const keep = [&](Message message) {
+        if (overlay(world, message))
+            out.push_back(std::move(message));
+    };
+    auto live = before == 0 ? channel.live.end() : liveBelow(channel, before);
+    while (live != channel.live.begin() && !full())
+        keep(*--live);
+    int index = before == 0 ? channel.historyCount : historyBelow(world, channel, before);
+    while (index > 0 && !full()) {
+        Block const block = makeBlock(world, channel, (index - 1) / kBlock);
+        int const first = (index - 1) / kBlock * kBlock;
+        for (; index > first && !full(); --index)
+            keep(messageOfBlock(world, channel, block, index - 1));
+    }
+    return out;
+}
+
+std::optional<Message> findMessage(World const& world, Channel const& channel, quint64 id)
+{
+    Message message;
+    auto const live = liveBelow(channel, id);
+    if (live != channel.live.end() && live->id == id) {
+        message = *live;
+    } else {
+        int const index = historyBelow(world, channel, id);
+        if (index == channel.historyCount)
+            return std::nullopt;
+        message = historyMessage(world, channel, index);
+    }
+    if (message.id != id || !overlay(world, message))
+        return std::nullopt;
+    return message;
+}
+
+Message appendMessage(World& world, Channel& channel, quint32 author, QString const& content,
+                      qint64 nowMs)
+{
+    Message message;
+    message.id = nextId(world, nowMs);
+    message.channel = channel.id;
+    message.author = author;
+    message.content = content;
+    channel.live.push_back(message);
+    if (channel.live.size() > kMaxLivePerChannel)
+        channel.live.pop_front();
+    return message;
+}
+
+void replaceMessage(World& world, Message const& message)
+{
+    if (world.replaced.size() < kMaxReplaced || world.replaced.contains(message.id))
+        world.replaced.insert(message.id, message);
+}
+
+void removeMessage(World& world, quint64 id)
+{
+    world.replaced.remove(id);
+    if (world.deleted.size() < kMaxReplaced)
+        world.deleted.insert(id);
+}
+
+QString talkIn(World const& world, Channel const& channel, quint64 salt)
+{
+    Rng rng(world.seed, channel.id * 8 + SaltLive, salt);
+    int const topic = int((salt / kBlock) % quint64(topicCount()));
+    return talk(rng, topic, talkContext(world, channel, rng));
+}
+
+} // namespace stage

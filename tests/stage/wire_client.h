@@ -1,0 +1,119 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// A bare gateway client for the tests: a web socket, one inflate stream, and the frames it saw.
+
+#include "stage_etf.h"
+
+#include <QDeadlineTimer>
+#include <QEventLoop>
+#include <QJsonObject>
+#include <QTimer>
+#include <QUrl>
+#include <QVector>
+#include <QWebSocket>
+
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <functional>
+
+constexpr int kWaitMs = 10000; // only a failing test waits that long
+
+// Runs the event loop until the condition holds.
+inline bool waitUntil(std::function<bool()> const& condition)
+{
+    QDeadlineTimer const deadline(kWaitMs);
+    QTimer wake;
+    QEventLoop loop;
+    QObject::connect(&wake, &QTimer::timeout, &loop, &QEventLoop::quit);
+    wake.start(2);
+    while (!condition() && !deadline.hasExpired())
+        loop.exec();
+    return condition();
+}
+
+struct WireClient {
+    QWebSocket socket;
+    z_stream inflater{};
+    QVector<QJsonObject> frames;
+    int broken = 0; // messages that did not inflate or were no term
+
+    WireClient()
+    {
+        inflateInit(&inflater);
+        QObject::connect(&socket, &QWebSocket::binaryMessageReceived, &socket,
+                         [this](QByteArray const& message) { receive(message); });
+    }
+    ~WireClient()
+    {
+        socket.disconnect(&socket);
+        socket.abort();
+        inflateEnd(&inflater);
+    }
+
+    void open(QString const& url, char const* query = "/?encoding=etf&v=6&compress=zlib-stream")
+    {
+        inflateReset(&inflater);
+        socket.open(QUrl(url + QString::fromLatin1(query)));
+    }
+
+    void receive(QByteArray message)
+    {
+        QByteArray out;
+        inflater.next_in = reinterpret_cast<Bytef*>(message.data());
+        inflater.avail_in = uInt(message.size());
+        int status = Z_OK;
+        while (status == Z_OK && inflater.avail_in > 0) {
+            QByteArray part(1 << 16, Qt::Uninitialized);
+            inflater.next_out = reinterpret_cast<Bytef*>(part.data());
+            inflater.avail_out = uInt(part.size());
+            status = inflate(&inflater, Z_NO_FLUSH);
+            out += part.left(part.size() - int(inflater.avail_out));
+        }
+        auto const term = stage::decodeTerm(out);
+        if (term)
+            frames.append(stage::toJson(*term).toObject());
+        else
+            ++broken;
+    }
+
+    void send(QJsonObject const& frame)
+    {
+        socket.sendBinaryMessage(stage::encodeTerm(stage::fromJson(frame)));
+    }
+
+    void identify(char const* token = "secret")
+    {
+        send({ { QStringLiteral("op"), 2 },
+               { QStringLiteral("d"),
+                 QJsonObject{ { QStringLiteral("token"), QString::fromLatin1(token) } } } });
+    }
+
+    void resume(QString const& session, int seq, char const* token = "secret")
+    {
+        send({ { QStringLiteral("op"), 6 },
+               { QStringLiteral("d"),
+                 QJsonObject{ { QStringLiteral("token"), QString::fromLatin1(token) },
+                              { QStringLiteral("session_id"), session },
+                              { QStringLiteral("seq"), seq } } } });
+    }
+
+    // The first frame with that opcode or event name, or an empty one; waits for it.
+    QJsonObject waitFor(int op, char const* name = "")
+    {
+        QJsonObject found;
+        waitUntil([&] {
+            for (QJsonObject const& frame : frames) {
+                if (frame.value(QStringLiteral("op")).toInt(-1) == op
+                    && frame.value(QStringLiteral("t")).toString() == QLatin1String(name)) {
+                    found = frame;
+                    return true;
+                }
+            }
+            return false;
+        });
+        return found;
+    }
+};
