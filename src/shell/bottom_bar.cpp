@@ -1,0 +1,26 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "bottom_bar.h"
+
+#include "conn_status_label.h"
+#include "nakwire_style.h"
+
+#include <QHBoxLayout>
+#include <QPainter>
+
+BottomBar::BottomBar(QWidget* statusWidget, QWidget* parent)
+    : QWidget(parent)
+{
+    auto* const layout = new QHBoxLayout(this);
+    layout->setContentsMargins(8, 1, 8, 0);
+    layout->setSpacing(8);
+    layout->addWidget(statusWidget, 1);
+    layout->addWidget(new NakConnStatusLabel(this));
+    setFixedHeight(fontMetrics().height() + 7);
+}
+
+void BottomBar::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.fillRect(0, 0, width(), 1, NakwireStyle::lineColor(palette()));
+}

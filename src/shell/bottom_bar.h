@@ -1,0 +1,17 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// The row below a window's tabs: the tabs' status strip, then the state of the connections.
+
+#include <QWidget>
+
+class BottomBar : public QWidget {
+    Q_OBJECT
+public:
+    // Takes statusWidget.
+    BottomBar(QWidget* statusWidget, QWidget* parent);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+};

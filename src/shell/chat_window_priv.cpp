@@ -1,0 +1,263 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "chat_window_priv.h"
+
+#include "bottom_bar.h"
+#include "chat_window.h"
+#include "preferences.h"
+#include "settings_file.h"
+#include "shell_host.h"
+#include "tab_layout.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QMenu>
+#include <QMenuBar>
+#include <QShortcut>
+#include <QTimer>
+#include <QVBoxLayout>
+
+namespace {
+
+QString tabsKey()
+{
+    return QStringLiteral("layout/tabs");
+}
+
+// A new window stands beside the one that made it, this far right and down.
+constexpr int newWindowShift = 15;
+
+} // namespace
+
+NakChatWindowPriv::NakChatWindowPriv(NakChatWindow* window)
+    : m_window(window)
+{
+}
+
+NakChatWindowPriv::~NakChatWindowPriv() = default;
+
+void NakChatWindowPriv::makeCentralWidget()
+{
+    auto* const central = new QWidget(m_window);
+    auto* const layout = new QVBoxLayout(central);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    mainTabs = new NakMainTabs(central);
+    m_bottomBar = new BottomBar(mainTabs->statusWidget(), central);
+    layout->addWidget(mainTabs, 1);
+    layout->addWidget(m_bottomBar);
+    m_window->setCentralWidget(central);
+}
+
+QAction* NakChatWindowPriv::makeAction(QString const& text, QKeySequence const& key,
+                                       void (NakChatWindowPriv::*effect)())
+{
+    auto* const action = new QAction(text, this);
+    action->setShortcut(key);
+    connect(action, &QAction::triggered, this, effect);
+    m_window->addAction(action);
+    return action;
+}
+
+void NakChatWindowPriv::makeActions()
+{
+    auto const key = [](char const* text) { return QKeySequence(QLatin1String(text)); };
+    m_newTab = makeAction(QStringLiteral("New Tab"), key("Ctrl+T"), &NakChatWindowPriv::newTab);
+    m_newWindow =
+        makeAction(QStringLiteral("New Window"), key("Ctrl+N"), &NakChatWindowPriv::newWindow);
+    m_previousTab = makeAction(QStringLiteral("Previous Tab"), key("Ctrl+Shift+Tab"),
+                               &NakChatWindowPriv::previousTab);
+    m_nextTab =
+        makeAction(QStringLiteral("Next Tab"), key("Ctrl+Tab"), &NakChatWindowPriv::nextTab);
+    m_close = makeAction(QString(), key("Ctrl+W"), &NakChatWindowPriv::closeTabOrWindow);
+    m_quit = makeAction(QStringLiteral("Quit"), QKeySequence::Quit, &NakChatWindowPriv::quit);
+
+    m_accounts = new QAction(QStringLiteral("Accounts"), this);
+    m_accounts->setShortcut(key("Ctrl+Shift+Y"));
+    connect(m_accounts, &QAction::triggered, m_window, &NakChatWindow::openAccountsTab);
+
+    m_showStatusBar = new QAction(QStringLiteral("Show &Status Bar"), this);
+    m_showStatusBar->setCheckable(true);
+    connect(m_showStatusBar, &QAction::triggered, this, &NakChatWindowPriv::setStatusBarWanted);
+
+    m_window->addActions({ m_accounts, mainTabs->backAction(), mainTabs->forwardAction() });
+}
+
+void NakChatWindowPriv::makeShortcuts()
+{
+    for (int digit = 1; digit <= 9; ++digit) {
+        auto* const shortcut = new QShortcut(QKeySequence(Qt::CTRL + Qt::Key_0 + digit), m_window);
+        connect(shortcut, &QShortcut::activated, mainTabs, [this, digit] {
+            if (digit <= mainTabs->count())
+                mainTabs->setCurrentIndex(digit - 1);
+        });
+    }
+    auto* const closeWindow =
+        new QShortcut(QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_W), m_window);
+    connect(closeWindow, &QShortcut::activated, m_window, &QWidget::close, Qt::QueuedConnection);
+}
+
+void NakChatWindowPriv::makeMenus()
+{
+    QMenu* const view = m_window->menuBar()->addMenu(QStringLiteral("&View"));
+    view->addActions({ mainTabs->backAction(), mainTabs->forwardAction() });
+    view->addSeparator();
+    view->addActions({ m_previousTab, m_nextTab });
+    view->addSeparator();
+    view->addAction(m_showStatusBar);
+
+    QMenu* const tools = m_window->menuBar()->addMenu(QStringLiteral("&Tools"));
+    tools->addActions({ m_newTab, m_newWindow, m_accounts });
+    tools->addSeparator();
+    tools->addActions({ m_close, m_quit });
+}
+
+void NakChatWindowPriv::connectEverything()
+{
+    connect(mainTabs, &NakMainTabs::titleTextChanged, this, &NakChatWindowPriv::updateTitle);
+    connect(mainTabs, &NakMainTabs::iconChanged, this, &NakChatWindowPriv::updateWindowIcon);
+    connect(mainTabs, &NakMainTabs::menusChanged, this, &NakChatWindowPriv::onTabMenusChanged);
+    connect(mainTabs, &NakMainTabs::currentChanged, this, &NakChatWindowPriv::onTabsChanged);
+    connect(mainTabs, &NakMainTabs::tabCloseRequested, mainTabs, &NakMainTabs::closeTab);
+    connect(mainTabs, &NakMainTabs::newTabRequested, this, &NakChatWindowPriv::newTab);
+    connect(g_globalEvents, &NakGlobalEvents::preferencesChanged, this,
+            &NakChatWindowPriv::applyPreferences);
+    connect(g_globalEvents, &NakGlobalEvents::connStatusChanged, this,
+            &NakChatWindowPriv::saveTabsIfDisconnected);
+    onTabsChanged();
+}
+
+void NakChatWindowPriv::applyPreferences()
+{
+    mainTabs->setTabsClosable(g_preferences->closeButtonOnChannelTabs);
+    m_bottomBar->setVisible(g_preferences->showStatusBar);
+    m_showStatusBar->setChecked(g_preferences->showStatusBar);
+    updateWindowIcon();
+}
+
+void NakChatWindowPriv::restoreTabs()
+{
+    bool const alone = NakChatWindow::chatWindows().size() == 1;
+    if (!g_preferences->restoreTabs || !(alone || QApplication::activeWindow() == m_window))
+        return;
+    auto const layout = NakTabLayout::parse(NakSettingsFile().value(tabsKey()).toString());
+    for (NakNavLoc const& place : layout.places) {
+        mainTabs->openNavLoc(place, NakTabs::TargetHint::NewTab, NakTabs::SubstitueHint::DontSearch,
+                             NakTabs::ChangeToHint::Stay);
+    }
+    if (layout.foreground < 0)
+        return;
+    QTimer::singleShot(0, this, [this, index = layout.foreground] {
+        if (index < mainTabs->count())
+            mainTabs->setCurrentIndex(index);
+    });
+}
+
+void NakChatWindowPriv::trySaveTabsToPrefsFile() const
+{
+    if (mainTabs->count() == 0)
+        return;
+    NakTabLayout::Layout layout;
+    for (int i = 0; i < mainTabs->count(); ++i)
+        layout.places.append(mainTabs->navLocAtIndex(i));
+    layout.foreground = mainTabs->currentIndex();
+    NakSettingsFile().setValue(tabsKey(), NakTabLayout::encode(layout));
+}
+
+void NakChatWindowPriv::saveTabsIfDisconnected() const
+{
+    if (g_globalEvents->lastConnStatus() == NakGenericConnStatus::Disconnected)
+        trySaveTabsToPrefsFile();
+}
+
+void NakChatWindowPriv::openLater(NakNavLoc const& place, NakTabs::TargetHint target,
+                                  NakTabs::SubstitueHint substitute, NakTabs::ChangeToHint change)
+{
+    QTimer::singleShot(0, this, [this, place, target, substitute, change] {
+        mainTabs->openNavLoc(place, target, substitute, change);
+    });
+}
+
+void NakChatWindowPriv::newTab()
+{
+    mainTabs->openNavLoc(NakNavLoc(), NakTabs::TargetHint::NewTab,
+                         NakTabs::SubstitueHint::DontSearch, NakTabs::ChangeToHint::Change);
+}
+
+void NakChatWindowPriv::newWindow()
+{
+    auto* const window = new NakChatWindow;
+    window->setGeometry(m_window->geometry().translated(newWindowShift, newWindowShift));
+    window->show();
+}
+
+void NakChatWindowPriv::previousTab()
+{
+    int const count = mainTabs->count();
+    if (count > 0)
+        mainTabs->setCurrentIndex((mainTabs->currentIndex() + count - 1) % count);
+}
+
+void NakChatWindowPriv::nextTab()
+{
+    int const count = mainTabs->count();
+    if (count > 0)
+        mainTabs->setCurrentIndex((mainTabs->currentIndex() + 1) % count);
+}
+
+void NakChatWindowPriv::closeTabOrWindow()
+{
+    if (mainTabs->count() > 0)
+        mainTabs->closeTab(mainTabs->currentIndex());
+    else
+        m_window->close();
+}
+
+void NakChatWindowPriv::setStatusBarWanted(bool wanted)
+{
+    g_preferences->showStatusBar = wanted;
+    g_preferences->saveToSettingsFile();
+    emit g_globalEvents->preferencesChanged();
+}
+
+void NakChatWindowPriv::quit()
+{
+    if (IShellHost* const host = NakShell::host())
+        host->beginQuit();
+}
+
+void NakChatWindowPriv::updateTitle()
+{
+    QString const title = mainTabs->currentTitleText();
+    m_window->setPlainWindowTitle(title.isEmpty() ? QStringLiteral("Nakwire")
+                                                  : title + QLatin1String(" - Nakwire"));
+}
+
+void NakChatWindowPriv::updateWindowIcon()
+{
+    QIcon const icon = mainTabs->currentIcon();
+    bool const ofTab = g_preferences->useChatIconsAsWindowIcons && !icon.isNull();
+    m_window->setWindowIcon(ofTab ? icon : QIcon());
+}
+
+void NakChatWindowPriv::onTabsChanged()
+{
+    m_close->setText(mainTabs->count() > 0 ? QStringLiteral("Close Tab")
+                                           : QStringLiteral("Close Window"));
+}
+
+void NakChatWindowPriv::onTabMenusChanged()
+{
+    QList<QPointer<QAction>> menus;
+    auto const actions = mainTabs->currentMenuActions();
+    for (QAction* action : actions)
+        menus.append(action);
+    if (menus == m_tabMenus)
+        return;
+    for (auto const& action : qAsConst(m_tabMenus)) {
+        if (action)
+            m_window->menuBar()->removeAction(action);
+    }
+    m_tabMenus = menus;
+    m_window->menuBar()->addActions(actions);
+}

@@ -1,0 +1,69 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// The parts of one chat window. Owned by it.
+
+#include "global_events.h"
+#include "main_tabs.h"
+
+#include <QObject>
+
+class BottomBar;
+class NakChatWindow;
+class QAction;
+class QMenu;
+
+class NakChatWindowPriv : public QObject {
+    Q_OBJECT
+public:
+    explicit NakChatWindowPriv(NakChatWindow* window);
+    ~NakChatWindowPriv() override;
+
+    NakMainTabs* mainTabs = nullptr;
+
+    // In the order in which the window's constructor calls them.
+    void makeCentralWidget();
+    void makeActions();
+    void makeShortcuts();
+    void makeMenus();
+    void connectEverything();
+    void applyPreferences();
+    void restoreTabs();
+
+    // Does nothing in a window without tabs, so that such a window never erases what another saved.
+    void trySaveTabsToPrefsFile() const;
+    void saveTabsIfDisconnected() const;
+
+    void openLater(NakNavLoc const& place, NakTabs::TargetHint target,
+                   NakTabs::SubstitueHint substitute, NakTabs::ChangeToHint change);
+
+    // The actions' effects.
+    void newTab();
+    void newWindow();
+    void previousTab();
+    void nextTab();
+    void closeTabOrWindow();
+    void setStatusBarWanted(bool wanted);
+    void quit();
+
+private:
+    QAction* makeAction(QString const& text, QKeySequence const& key,
+                        void (NakChatWindowPriv::*effect)());
+    void updateTitle();
+    void updateWindowIcon();
+    void onTabsChanged();
+    void onTabMenusChanged();
+
+    NakChatWindow* m_window;
+    BottomBar* m_bottomBar = nullptr;
+    QAction* m_newTab = nullptr;
+    QAction* m_newWindow = nullptr;
+    QAction* m_previousTab = nullptr;
+    QAction* m_nextTab = nullptr;
+    QAction* m_accounts = nullptr;
+    QAction* m_close = nullptr;
+    QAction* m_showStatusBar = nullptr;
+    QAction* m_quit = nullptr;
+    QList<QPointer<QAction>> m_tabMenus; // those of the current tab, in the menu bar
+};

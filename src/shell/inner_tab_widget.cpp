@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "inner_tab_widget.h"
+
+#include "empty_hint.h"
+#include "gui_icons.h"
+#include "nakwire_style.h"
+#include "shell_icons.h"
+#include "tab_bar.h"
+
+#include <QPainter>
+#include <QToolButton>
+
+NakTabWidgetImpl::InnerTabWidget::InnerTabWidget(QWidget* parent)
+    : QTabWidget(parent)
+    , m_bar(new NakTabBar)
+    , m_newTab(new QToolButton)
+{
+    setTabBar(m_bar);
+    setDocumentMode(true);
+
+    m_newTab->setAutoRaise(true);
+    m_newTab->setText(QStringLiteral("New Tab"));
+    m_newTab->setToolTip(QStringLiteral("New Tab"));
+    m_newTab->setIcon(NakShell::icon(NakShell::newTabGlyph));
+    m_newTab->setToolButtonStyle(Qt::ToolButtonIconOnly);
+    int const extent = m_bar->sizeHint().height();
+    m_newTab->setFixedSize(extent, extent);
+    setCornerWidget(m_newTab, Qt::TopRightCorner);
+}
+
+void NakTabWidgetImpl::InnerTabWidget::paintEvent(QPaintEvent* event)
+{
+    QTabWidget::paintEvent(event);
+    if (qobject_cast<NakwireStyle const*>(style())) {
+        QPainter painter(this);
+        painter.fillRect(0, 0, width(), m_bar->sizeHint().height(),
+                         NakwireStyle::tabStripColor(palette()));
+    }
+    if (count() == 0) {
+        paintEmptyHint(this,
+                       { QStringLiteral("No tab is open"),
+                         QStringLiteral("Ctrl+T opens one, Ctrl+W closes the window") });
+    }
+}

@@ -1,0 +1,46 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// The built-in style: flat, dense, drawn from the palette alone. Stands on Fusion and draws anew
+// what a chat window shows most: tabs, tool bars, menu bar, scroll bars, splitters, focus rings.
+// Made by src/app unless the user asked for another style. User-interface thread.
+
+#include <QProxyStyle>
+
+class NakwireStyle : public QProxyStyle {
+    Q_OBJECT
+public:
+    // A tab narrower than this (device-independent pixels) has room for its close button only while
+    // it is the current one.
+    static constexpr int narrowTabWidth = 72;
+
+    NakwireStyle();
+
+    // What lies behind the tabs that are not current.
+    static QColor tabStripColor(QPalette const& palette);
+    // Hairlines between parts of a window.
+    static QColor lineColor(QPalette const& palette);
+
+    using QProxyStyle::polish;
+    // Fills the roles that a theme does not name (bevels, links, tool tips, placeholders) from
+    // those that it does.
+    void polish(QPalette& palette) override;
+
+    void drawPrimitive(PrimitiveElement element, QStyleOption const* option, QPainter* painter,
+                       QWidget const* widget) const override;
+    void drawControl(ControlElement element, QStyleOption const* option, QPainter* painter,
+                     QWidget const* widget) const override;
+    void drawComplexControl(ComplexControl control, QStyleOptionComplex const* option,
+                            QPainter* painter, QWidget const* widget) const override;
+    QRect subControlRect(ComplexControl control, QStyleOptionComplex const* option,
+                         SubControl subControl, QWidget const* widget) const override;
+    QRect subElementRect(SubElement element, QStyleOption const* option,
+                         QWidget const* widget) const override;
+    int pixelMetric(PixelMetric metric, QStyleOption const* option,
+                    QWidget const* widget) const override;
+    int styleHint(StyleHint hint, QStyleOption const* option, QWidget const* widget,
+                  QStyleHintReturn* returnData) const override;
+    QIcon standardIcon(StandardPixmap standardIcon, QStyleOption const* option,
+                       QWidget const* widget) const override;
+};
