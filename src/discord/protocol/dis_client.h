@@ -8,6 +8,7 @@
 // session and issue one HTTP request; what it changes comes back through the gateway.
 
 #include "dis_changes.h"
+#include "dis_session_timings.h"
 #include "dis_types.h"
 
 #include <QHash>
@@ -24,6 +25,13 @@ struct NakDeployment;
 struct sqlite3;
 class DisSession;
 struct DisDbPrepared;
+
+namespace DisClientImpl {
+struct DisMessageCreatedOutcome;
+QString stateTypeToString(DisSessionStateType type);
+// The next nonce's milliseconds since the Discord epoch. Two in one millisecond stay apart.
+qint64 nextNonceMSecs(qint64 now, qint64 last);
+} // namespace DisClientImpl
 
 // Fixed at program start.
 struct DisClientConstants {
@@ -59,13 +67,18 @@ public:
     sqlite3* db() const; // the user-interface thread's connection
     DisDbPrepared& prepared() const;
 
+    // For the sessions that are added from now on.
+    void setSessionTimings(DisSessionTimings const& timings);
+
     // --- sessions ---
+    // A session of the same token is not made twice: null then.
     DisSession* addSessionWithAuthToken(QString const& token, QString const& gatewayUrl);
     void disconnectSession(DisSession* session);
     void disconnectAllSessions();
     QVector<DisSession*> sessions() const;
     DisSession* findSessionForOwnUserId(FlakeId userId) const; // null if none
     bool hasSessionForOwnUserId(FlakeId userId) const;
+    DisSession* findSessionForAuthToken(QString const& token) const;
     FlakeId hack_getDefaultUserId() const; // own user of the first session; invalid if none
 
     // --- what has been fetched, over all sessions ---
@@ -75,15 +88,18 @@ public:
     // --- messages ---
     // Returns the nonce, under which the pending entry stands, or the invalid id without a session.
     FlakeId sendMessageAsUser(FlakeId userId, FlakeId channelId, QString const& text);
-    void editMessageAsUser(FlakeId channelId, FlakeId messageId, FlakeId userId, QString const& text);
+    void editMessageAsUser(FlakeId channelId, FlakeId messageId, FlakeId userId,
+                           QString const& text);
     void deleteChannelMessage(FlakeId channelId, FlakeId messageId, FlakeId userId);
     // Ordered by nonce, which is the order of sending.
     QMap<FlakeId, DisPendingMsg>& pendingMessages_hack();
     // Tells listeners of changes that this side made itself, such as a cancelled pending message.
     void postLocalChanges(DisChanges const& changes);
 
-    void addEmojiReaction(FlakeId channelId, FlakeId messageId, FlakeId userId, FlakeId emojiId, QString const& emojiName);
-    void deleteEmojiReaction(FlakeId channelId, FlakeId messageId, FlakeId userId, FlakeId emojiId, QString const& emojiName);
+    void addEmojiReaction(FlakeId channelId, FlakeId messageId, FlakeId userId, FlakeId emojiId,
+                          QString const& emojiName);
+    void deleteEmojiReaction(FlakeId channelId, FlakeId messageId, FlakeId userId, FlakeId emojiId,
+                             QString const& emojiName);
 
     // --- history: served one request a second per session; answered by channelHistoryFetched ---
     void fetchRecentHistoryForChannel(FlakeId channelId);
@@ -92,25 +108,44 @@ public:
     // A key was pressed in the channel's input: at most one POST every 8 seconds follows.
     void sendTyping(FlakeId userId, FlakeId channelId);
 
+    // False if nothing was sent: one is under way, or the service gave no token for the next.
+    bool trySendMessageReadAck(FlakeId userId, FlakeId channelId, FlakeId messageId);
+    void sendGuildReadAck(FlakeId userId, FlakeId guildId);
+
+    // --- gateway ---
+    void setOwnUserStatus(FlakeId userId, DisUserStatusCode code, bool afk, QString const& game);
+    void includeGuildsForSynchronization(FlakeId userId, QSet<FlakeId> const& guilds);
+    void removeGuildsForSynchronization(FlakeId userId, QSet<FlakeId> const& guilds);
+
 signals:
     void sessionsChanged();
     // The caches have dropped what is stale before anyone else sees the record.
     void disChanges(DisChanges const& changes);
-    void messageCreated(FlakeId const& messageId, FlakeId const& channelId, FlakeId const& authorId, FlakeId const& nonce);
-    void messageAckReceived(FlakeId const& userId, FlakeId const& channelId, FlakeId const& messageId);
+    void messageCreated(FlakeId const& messageId, FlakeId const& channelId, FlakeId const& authorId,
+                        FlakeId const& nonce);
+    void messageAckReceived(FlakeId const& userId, FlakeId const& channelId,
+                            FlakeId const& messageId);
     void directMessageChannelCreated(FlakeId const& channelId);
     void channelHistoryFetched(FlakeId const& channelId);
     void typingStarts(QVector<DisTypingStart> const& starts);
     void userUnreadCountersInitialized(FlakeId const& userId, QHash<FlakeId, int> const& counts);
     void authTokenRejected(QString const& token);
     void authTokenAcquiredGatewayUrl(QString const& token, QString const& url);
-    void authTokenAcquiredUserInfo(QString const& token, FlakeId const& userId, QString const& userName,
-                                   QString const& discriminator, QString const& email, QString const& avatar);
+    void authTokenAcquiredUserInfo(QString const& token, FlakeId const& userId,
+                                   QString const& userName, QString const& discriminator,
+                                   QString const& email, QString const& avatar);
     // For the one who shows boxes: text the user must see, such as a refused bot account.
     void userMustSee(QString const& title, QString const& text, bool fatal);
 
 private:
     friend class DisSession;
+
+    FlakeId makeNonce();
+    void addPendingMessage(FlakeId nonce, DisPendingMsg const& message);
+    // The gateway's MESSAGE_CREATE: an own message with a nonce is no longer pending.
+    void confirmMessage(FlakeId ownUserId, DisClientImpl::DisMessageCreatedOutcome const& message);
+    void sessionStateTypeChanged(DisSession* session);
+
     struct Impl;
     std::unique_ptr<Impl> m_impl;
 };

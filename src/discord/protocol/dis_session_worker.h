@@ -1,0 +1,113 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// The half of a session that lives on its own thread: the socket, the timers, the zlib stream, the
+// connection to the store by which events are written, and the batches. Made by DisSession on the
+// user-interface thread, moved to the session's thread before that starts, destroyed on it.
+//
+// Frames are inflated, parsed and handled inside the socket's signal, strictly one at a time in the
+// order of their arrival.
+
+#include "dis_db_prepared.h"
+#include "dis_events.h"
+#include "dis_session_timings.h"
+#include "dis_types.h"
+#include "erf.h"
+#include "gateway_inflater.h"
+#include "gateway_protocol.h"
+
+#include <QJsonObject>
+#include <QObject>
+#include <QTimer>
+
+#include <functional>
+#include <memory>
+
+class DisClient;
+class DisSession;
+class QWebSocket;
+struct DisHistoryPage;
+
+struct DisSessionWorkerParams {
+    QString token;
+    QString logName;
+    QString dbPath;
+    QString appName;
+    DisSessionTimings timings;
+};
+
+class DisSessionWorker : public QObject {
+    Q_OBJECT
+public:
+    // Both outlive the worker's thread, so the worker may post to them at any time.
+    DisSessionWorker(DisClient* client, DisSession* session, DisSessionWorkerParams const& params);
+    ~DisSessionWorker() override;
+
+    QString logName() const { return m_params.logName; } // any thread
+
+    // --- posted by the session ---
+    void startConnection(QString const& url);
+    void gatewayQueryStarted();
+    void gatewayQueryFailed();
+    void closeConnection();
+    // Nothing is sent while there is no open socket.
+    void sendJson(QJsonObject const& json);
+    // Writes the page and tells the session how many messages it held.
+    void writeHistoryPage(std::shared_ptr<DisHistoryPage> const& page);
+
+    // --- for DisClientImpl::processGatewayMessage ---
+    void apply(DisGateway::Event const& event);
+    void finishDispatch(DisClientImpl::DisEventOutcome const& outcome);
+
+    DisClientImpl::DisEventState events;
+    DisDbPrepared prepared;
+    qint32 lastSeq = -1; // of the last dispatch that was counted
+
+private slots:
+    void gatewaySocketConnected();
+    void gatewaySocketDisconnected();
+    void gatewaySocketError(int code);
+    void webSocketBinaryMessageReceived(QByteArray const& bytes);
+    void heartbeatTimeout();
+    void reconnectTimeout();
+    void statusBatchTimeout();
+    void typingStartBatchTimeout();
+
+private:
+    struct ActionTable;
+
+    void setUpTimers();
+    void makeSocket();
+    void fullMessageReceived(char const* bytes, quint32 size);
+    void setStateType(DisSessionStateType type);
+    void dropBatches();
+    void tellSession(std::function<void(DisSession&)> const& function);
+    DisGateway::State gatewayState() const;
+
+    DisClient* m_client;
+    DisSession* m_session;
+    DisSessionWorkerParams m_params;
+    DisSessionStateType m_stateType = DisSessionStateType::Disconnected;
+    QString m_gatewayUrl; // as received, without the query
+    DisGatewayInflater m_inflater;
+    QWebSocket* m_socket = nullptr; // ours; made for the first connection
+    QTimer m_heartbeatTimer;
+    QTimer m_reconnectTimer;
+    QTimer m_statusBatchTimer;
+    QTimer m_typingStartBatchTimer;
+};
+
+namespace DisClientImpl {
+
+// One decoded frame. The tree lives only while the frame is handled; what outlives it is copied.
+struct ErfToDreadTaskData {
+    Dread::Ctx ctx;
+    Dread::VMap root;
+    Erf::PrepData prepared; // what the tree's strings live on
+};
+
+// Handles one frame: the opcodes, and for a dispatch the event.
+void processGatewayMessage(DisSessionWorker& worker, ErfToDreadTaskData const& task);
+
+} // namespace DisClientImpl

@@ -1,0 +1,200 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "rest_helpers.h"
+
+#include "event_log.h"
+#include "gateway_protocol.h"
+
+#include <QJsonDocument>
+#include <QNetworkAccessManager>
+#include <QNetworkRequest>
+#include <QUrlQuery>
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace RestHelpers {
+
+namespace {
+
+constexpr char const* harmlessQueryKeys[] = { "limit",    "before",
+                                              "guild_id", "roles",
+                                              "everyone", "action_type",
+                                              "user_id",  "delete-message-days" };
+
+void addLog(EvLog::Severity severity, QString const& text)
+{
+    EvLogGlobal::addLogEvent(EvLog::Category::Networking, severity, text);
+}
+
+void logRequest(char const* verb, QUrl const& url)
+{
+    addLog(EvLog::Severity::Info,
+           QStringLiteral("%1 to Discord API at %2").arg(QLatin1String(verb), loggableUrl(url)));
+}
+
+QNetworkRequest makeRequest(Sender const& sender, QUrl const& url)
+{
+    QNetworkRequest request(url);
+    if (!sender.token.isEmpty())
+        request.setRawHeader("Authorization", sender.token.toUtf8());
+    request.setHeader(QNetworkRequest::UserAgentHeader, sender.userAgent);
+    // Named by us, so that Qt does not inflate the body by itself, without any bound.
+    request.setRawHeader("Accept-Encoding", "gzip");
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                         QNetworkRequest::ManualRedirectPolicy);
+    request.setTransferTimeout(sender.timeout);
+    return request;
+}
+
+QNetworkRequest makeJsonRequest(Sender const& sender, QUrl const& url)
+{
+    QNetworkRequest request = makeRequest(sender, url);
+    request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/json"));
+    return request;
+}
+
+QByteArray compact(QJsonObject const& json)
+{
+    return QJsonDocument(json).toJson(QJsonDocument::Compact);
+}
+
+// Nothing is read before the end, so all that has come so far is what is available.
+void boundBody(QNetworkReply* reply, qint64 maxBody)
+{
+    QObject::connect(reply, &QNetworkReply::readyRead, reply, [reply, maxBody] {
+        if (reply->bytesAvailable() > maxBody)
+            reply->abort();
+    });
+}
+
+void forget(Sender const& sender, QNetworkReply* reply)
+{
+    boundBody(reply, sender.maxBody);
+    QObject::connect(reply, &QNetworkReply::finished, reply, &QObject::deleteLater);
+}
+
+void answer(Sender const& sender, QNetworkReply* reply, QObject* receiver, Slot const& slot)
+{
+    boundBody(reply, sender.maxBody);
+    QObject::connect(reply, &QNetworkReply::finished, receiver, [reply, slot] {
+        reply->deleteLater();
+        slot(reply);
+    });
+}
+
+} // namespace
+
+void getString(Sender const& sender, QUrl const& url, QObject* receiver, Slot const& slot)
+{
+    logRequest("GET", url);
+    answer(sender, sender.manager->get(makeJsonRequest(sender, url)), receiver, slot);
+}
+
+void postString(Sender const& sender, QUrl const& url, QByteArray const& json, QObject* receiver,
+                Slot const& slot)
+{
+    logRequest("POST", url);
+    answer(sender, sender.manager->post(makeJsonRequest(sender, url), json), receiver, slot);
+}
+
+void postJson_andForget(Sender const& sender, QUrl const& url, QJsonObject const& json)
+{
+    logRequest("POST", url);
+    forget(sender, sender.manager->post(makeJsonRequest(sender, url), compact(json)));
+}
+
+void postNothing_andForget(Sender const& sender, QUrl const& url)
+{
+    logRequest("POST", url);
+    // With a type, for Qt would give it one of its own; the length goes out as 0.
+    forget(sender, sender.manager->post(makeJsonRequest(sender, url), QByteArray()));
+}
+
+void putJson_andForget(Sender const& sender, QUrl const& url, QJsonObject const& json)
+{
+    logRequest("PUT", url);
+    forget(sender, sender.manager->put(makeJsonRequest(sender, url), compact(json)));
+}
+
+void putNothing_andForget(Sender const& sender, QUrl const& url)
+{
+    logRequest("PUT", url);
+    forget(sender, sender.manager->put(makeRequest(sender, url), QByteArray()));
+}
+
+void deleteAtUrl_andForget(Sender const& sender, QUrl const& url)
+{
+    logRequest("DELETE", url);
+    forget(sender, sender.manager->deleteResource(makeRequest(sender, url)));
+}
+
+void patchJson_crap(Sender const& sender, QUrl const& url, QJsonObject const& json)
+{
+    logRequest("PATCH", url);
+    QNetworkReply* const reply = sender.manager->sendCustomRequest(
+        makeJsonRequest(sender, url), QByteArrayLiteral("PATCH"), compact(json));
+    answer(sender, reply, reply, [reply, token = sender.token, maxBody = sender.maxBody](auto) {
+        if (reply->error() == QNetworkReply::NoError)
+            return;
+        QByteArray const body = inflatedBody(takeBody(reply), maxBody).value_or(QByteArray());
+        addLog(EvLog::Severity::Error,
+               QStringLiteral("PATCH to Discord API failed: %1 -- %2")
+                   .arg(reply->error())
+                   .arg(DisGateway::loggable(QString::fromUtf8(body), token)));
+    });
+}
+
+Body takeBody(QNetworkReply* reply)
+{
+    return { reply->readAll(), reply->rawHeader("Content-Encoding").trimmed().toLower() == "gzip" };
+}
+
+std::optional<QByteArray> inflatedBody(Body const& body, qint64 maxBody)
+{
+    if (!body.gzip)
+        return body.bytes;
+    z_stream stream = {};
+    constexpr int gzipOnly = 16;
+    if (inflateInit2(&stream, gzipOnly + MAX_WBITS) != Z_OK)
+        return {};
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(body.bytes.constData()));
+    stream.avail_in = static_cast<uInt>(body.bytes.size());
+    QByteArray out;
+    int code = Z_OK;
+    while (code == Z_OK && out.size() < maxBody) {
+        int const done = out.size();
+        qint64 const step = std::max<qint64>(65'536, done); // the array doubles
+        out.resize(static_cast<int>(std::min(done + step, maxBody)));
+        stream.next_out = reinterpret_cast<Bytef*>(out.data() + done);
+        stream.avail_out = static_cast<uInt>(out.size() - done);
+        code = inflate(&stream, Z_NO_FLUSH);
+        out.resize(out.size() - static_cast<int>(stream.avail_out));
+    }
+    inflateEnd(&stream);
+    if (code != Z_STREAM_END)
+        return {};
+    return out;
+}
+
+QString loggableUrl(QUrl const& url)
+{
+    auto const items = QUrlQuery(url).queryItems();
+    bool const show = std::all_of(items.cbegin(), items.cend(), [](auto const& item) {
+        return std::any_of(std::begin(harmlessQueryKeys), std::end(harmlessQueryKeys),
+                           [&item](char const* key) { return item.first == QLatin1String(key); });
+    });
+    QUrl::FormattingOptions options = QUrl::RemoveUserInfo | QUrl::RemoveFragment;
+    if (!show)
+        options |= QUrl::RemoveQuery;
+    return url.toString(options | QUrl::FullyEncoded);
+}
+
+QByteArray pathPart(QString const& text)
+{
+    return QUrl::toPercentEncoding(text, QByteArray(), QByteArrayLiteral("."));
+}
+
+} // namespace RestHelpers

@@ -1,0 +1,63 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// The few shapes that requests to the Discord API take. User-interface thread. Each request is
+// logged before it leaves. A body that passes the bound, as received or inflated, is cut off.
+
+#include <QByteArray>
+#include <QJsonObject>
+#include <QNetworkReply>
+#include <QString>
+#include <QUrl>
+
+#include <functional>
+#include <optional>
+
+class QNetworkAccessManager;
+class QNetworkRequest;
+
+namespace RestHelpers {
+
+// On whose behalf a request goes out.
+struct Sender {
+    QNetworkAccessManager* manager = nullptr;
+    QString token; // empty: no Authorization header
+    QString userAgent;
+    int timeout = 0; // milliseconds without any progress
+    qint64 maxBody = 0; // bytes
+};
+
+// The slot gets every finished reply, failed ones too, which is deleted after it returns. It is not
+// called once the receiver is gone.
+using Slot = std::function<void(QNetworkReply*)>;
+
+void getString(Sender const& sender, QUrl const& url, QObject* receiver, Slot const& slot);
+void postString(Sender const& sender, QUrl const& url, QByteArray const& json, QObject* receiver,
+                Slot const& slot);
+void postJson_andForget(Sender const& sender, QUrl const& url, QJsonObject const& json);
+void postNothing_andForget(Sender const& sender, QUrl const& url);
+void putJson_andForget(Sender const& sender, QUrl const& url, QJsonObject const& json);
+void putNothing_andForget(Sender const& sender, QUrl const& url);
+void deleteAtUrl_andForget(Sender const& sender, QUrl const& url);
+// Through the custom verb, since QNetworkAccessManager has no PATCH. A failure is logged.
+void patchJson_crap(Sender const& sender, QUrl const& url, QJsonObject const& json);
+
+// --- replies ---
+// A body as it came from the wire, which may be compressed: it is taken on the user-interface
+// thread and inflated where it is parsed.
+struct Body {
+    QByteArray bytes;
+    bool gzip = false;
+};
+Body takeBody(QNetworkReply* reply);
+// Any thread. Nothing if it does not inflate, or to more than maxBody bytes.
+[[nodiscard]] std::optional<QByteArray> inflatedBody(Body const& body, qint64 maxBody);
+
+// --- text ---
+// For the log: a query is shown only where all its keys are known to hold no secret.
+QString loggableUrl(QUrl const& url);
+// One part of a path: everything but letters, digits and "-_~" is percent-encoded.
+QByteArray pathPart(QString const& text);
+
+} // namespace RestHelpers
