@@ -13,6 +13,7 @@
 #include <QString>
 #include <QVector>
 
+#include <functional>
 #include <memory>
 
 class DisStoredAccount : public QObject {
@@ -53,11 +54,16 @@ public:
     void connectWithAccount(DisStoredAccount* account);
     void disconnectAccount(DisStoredAccount* account);
     void setAutoConnectForAccount(DisStoredAccount* account, bool on);
+    // After a change of the account's fields, such as a new token.
+    void saveAccountToDisk(DisStoredAccount* account);
     bool anyAccountsConnected() const;
     FlakeId activeUserId() const; // invalid if none is connected
 
     // A view's channel came to or left the foreground; the set is computed anew in a moment.
     void hack_foregroundChannelsMayHaveChanged();
+    QSet<FlakeId> foregroundChannels() const;
+    // Door: who owns the windows tells which channels are on screen in active ones.
+    void setForegroundChannelsProvider(std::function<QSet<FlakeId>()> const& provider);
     void markChannelAsRecentlyUsed(FlakeId channel);
     QVector<FlakeId> recentlyUsedChannels() const; // most recent first
 
@@ -70,8 +76,23 @@ signals:
     void accountsChanged();
     void anyAccountsConnectedChanged();
     void mutedUsersChanged();
+    void foregroundChannelsChanged();
 
 private:
+    void createAccounts();
+    void connectToClient();
+    void saveAccounts();
+    void connectAutoConnectAccount();
+    void disSessionsChanged();
+    void disChanges(DisChanges const& changes);
+    void authTokenRejected(QString const& token);
+    void authTokenAcquiredUserInfo(QString const& token, FlakeId const& userId,
+                                   QString const& userName, QString const& discriminator,
+                                   QString const& avatar);
+    void authTokenAcquiredGatewayUrl(QString const& token, QString const& url);
+    void updateForegroundChannels();
+    void synchronizeGuildsOfChannels(QSet<FlakeId> const& channels);
+
     struct Impl;
     std::unique_ptr<Impl> m_impl;
 };

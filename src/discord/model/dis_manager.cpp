@@ -1,0 +1,394 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "dis_manager.h"
+
+#include "dis_accounts_file.h"
+#include "dis_cache.h"
+#include "dis_client.h"
+#include "dis_session.h"
+#include "global_events.h"
+
+#include <QTimer>
+
+#include <algorithm>
+
+DisManager* g_disManager = nullptr;
+
+namespace {
+
+constexpr int maxRecentChannels = 100;
+
+DisAccountsFile::Record recordOf(DisStoredAccount const& account)
+{
+    DisAccountsFile::Record record;
+    record.userName = account.userName;
+    record.discriminator = account.discriminator;
+    record.authToken = account.authToken;
+    record.cachedGatewayUrl = account.cachedGatewayUrl;
+    record.userId = account.userId;
+    record.avatarName = account.avatarName;
+    record.authTokenState = static_cast<qint32>(account.authTokenState);
+    record.autoConnect = account.autoConnect;
+    return record;
+}
+
+DisStoredAccount::AuthTokenState tokenStateOf(qint32 value)
+{
+    using State = DisStoredAccount::AuthTokenState;
+    if (value < static_cast<qint32>(State::None) || value > static_cast<qint32>(State::Rejected))
+        return State::Unverified;
+    return static_cast<State>(value);
+}
+
+DisStoredAccount* accountOf(DisAccountsFile::Record const& record, QObject* parent)
+{
+    auto* const account = new DisStoredAccount(parent);
+    account->userName = record.userName;
+    account->discriminator = record.discriminator;
+    account->authToken = record.authToken;
+    account->cachedGatewayUrl = record.cachedGatewayUrl;
+    account->userId = record.userId;
+    account->avatarName = record.avatarName;
+    account->authTokenState = tokenStateOf(record.authTokenState);
+    account->autoConnect = record.autoConnect;
+    return account;
+}
+
+void setTokenState(DisStoredAccount* account, DisStoredAccount::AuthTokenState state)
+{
+    if (account->authTokenState == state)
+        return;
+    account->authTokenState = state;
+    emit account->authTokenStateChanged();
+}
+
+NakGenericConnStatus connStatusOf(DisSessionStateType state)
+{
+    switch (state) {
+    case DisSessionStateType::Disconnected:
+        return NakGenericConnStatus::Disconnected;
+    case DisSessionStateType::Disconnecting:
+        return NakGenericConnStatus::Disconnecting;
+    case DisSessionStateType::Connecting:
+        return NakGenericConnStatus::Connecting;
+    case DisSessionStateType::Reconnecting:
+        return NakGenericConnStatus::Reconnecting;
+    case DisSessionStateType::Connected:
+        return NakGenericConnStatus::Connected;
+    }
+    return NakGenericConnStatus::None;
+}
+
+// Assigns and tells whether that was a change.
+template <typename T> bool update(T& field, T const& value)
+{
+    if (field == value)
+        return false;
+    field = value;
+    return true;
+}
+
+} // namespace
+
+DisStoredAccount::DisStoredAccount(QObject* parent)
+    : QObject(parent)
+{
+}
+
+struct DisManager::Impl {
+    QString accountsPath;
+    bool savingBlocked = false; // an unreadable file still stands there
+    QVector<DisStoredAccount*> accounts;
+    bool anyConnected = false;
+
+    std::function<QSet<FlakeId>()> foregroundProvider;
+    QTimer foregroundTimer; // 0 ms; many views report one switch of tabs
+    QSet<FlakeId> foreground;
+    QVector<FlakeId> recentChannels; // most recent first
+    QSet<FlakeId> mutedUsers;
+};
+
+DisManager::DisManager(QString const& accountsPath, QObject* parent)
+    : QObject(parent)
+    , m_impl(std::make_unique<Impl>())
+{
+    m_impl->accountsPath = accountsPath;
+    m_impl->foregroundTimer.setSingleShot(true);
+    connect(&m_impl->foregroundTimer, &QTimer::timeout, this,
+            &DisManager::updateForegroundChannels);
+    createAccounts();
+    connectToClient();
+}
+
+DisManager::~DisManager() = default;
+
+void DisManager::createAccounts()
+{
+    DisAccountsFile::Loaded const loaded = DisAccountsFile::load(m_impl->accountsPath);
+    m_impl->savingBlocked = loaded.blocked;
+    for (DisAccountsFile::Record const& record : loaded.records)
+        m_impl->accounts.append(accountOf(record, this));
+    if (!loaded.warningTitle.isNull())
+        // Later, for nobody listens to the client yet.
+        QTimer::singleShot(0, this, [title = loaded.warningTitle, text = loaded.warningText] {
+            emit g_disClient->userMustSee(title, text, false);
+        });
+}
+
+void DisManager::connectToClient()
+{
+    connect(g_disClient, &DisClient::sessionsChanged, this, &DisManager::disSessionsChanged);
+    connect(g_disClient, &DisClient::disChanges, this, &DisManager::disChanges);
+    connect(g_disClient, &DisClient::authTokenRejected, this, &DisManager::authTokenRejected);
+    connect(g_disClient, &DisClient::authTokenAcquiredGatewayUrl, this,
+            &DisManager::authTokenAcquiredGatewayUrl);
+    connect(g_disClient, &DisClient::authTokenAcquiredUserInfo, this,
+            [this](QString const& token, FlakeId const& id, QString const& name,
+                   QString const& discriminator, QString const&, QString const& avatar) {
+                authTokenAcquiredUserInfo(token, id, name, discriminator, avatar);
+            });
+    // Also what starts the connection of a new run, once the first window is up.
+    connect(g_globalEvents, &NakGlobalEvents::accountAutoOnlineBecameOk, this,
+            &DisManager::connectAutoConnectAccount);
+    connect(g_globalEvents, &NakGlobalEvents::disconnectAllAccounts, g_disClient,
+            &DisClient::disconnectAllSessions);
+}
+
+// --- accounts ---
+
+QVector<DisStoredAccount*> DisManager::accounts() const
+{
+    return m_impl->accounts;
+}
+
+void DisManager::saveAccounts()
+{
+    if (m_impl->savingBlocked)
+        return;
+    QVector<DisAccountsFile::Record> records;
+    for (DisStoredAccount const* account : qAsConst(m_impl->accounts))
+        records.append(recordOf(*account));
+    DisAccountsFile::save(m_impl->accountsPath, records);
+}
+
+void DisManager::saveAccountToDisk(DisStoredAccount*)
+{
+    saveAccounts(); // one file holds them all
+}
+
+DisStoredAccount* DisManager::createAccountWithToken(QString const& token)
+{
+    bool const known = !token.isEmpty()
+        && std::any_of(m_impl->accounts.cbegin(), m_impl->accounts.cend(),
+                       [&token](auto const* account) { return account->authToken == token; });
+    if (known)
+        return nullptr;
+    auto* const account = new DisStoredAccount(this);
+    account->authToken = token;
+    account->authTokenState = token.isEmpty() ? DisStoredAccount::AuthTokenState::None
+                                              : DisStoredAccount::AuthTokenState::Unverified;
+    m_impl->accounts.append(account);
+    emit accountsChanged();
+    saveAccounts();
+    return account;
+}
+
+void DisManager::removeAccount(DisStoredAccount* account)
+{
+    if (!m_impl->accounts.removeOne(account))
+        return;
+    disconnectAccount(account);
+    emit accountsChanged();
+    account->deleteLater();
+    saveAccounts();
+}
+
+void DisManager::setAutoConnectForAccount(DisStoredAccount* account, bool on)
+{
+    if (update(account->autoConnect, on))
+        saveAccounts();
+}
+
+// --- connecting ---
+
+void DisManager::connectWithAccount(DisStoredAccount* account)
+{
+    // One Discord session at a time, by a deliberate restriction at this point.
+    if (!g_disClient->sessions().isEmpty())
+        return;
+    if (account->authToken.startsWith(QLatin1String("Bot"))) {
+        emit g_disClient->userMustSee(
+            QStringLiteral("No Bot Accounts"),
+            QStringLiteral("Connecting with bot accounts using the GUI is not allowed"), false);
+        return;
+    }
+    g_disClient->addSessionWithAuthToken(account->authToken, account->cachedGatewayUrl);
+}
+
+void DisManager::disconnectAccount(DisStoredAccount* account)
+{
+    if (DisSession* const session = g_disClient->findSessionForAuthToken(account->authToken))
+        g_disClient->disconnectSession(session);
+}
+
+void DisManager::connectAutoConnectAccount()
+{
+    auto const found =
+        std::find_if(m_impl->accounts.cbegin(), m_impl->accounts.cend(),
+                     [](DisStoredAccount const* account) { return account->autoConnect; });
+    if (found != m_impl->accounts.cend()
+        && (*found)->connectionState == DisSessionStateType::Disconnected)
+        connectWithAccount(*found);
+}
+
+bool DisManager::anyAccountsConnected() const
+{
+    return m_impl->anyConnected;
+}
+
+FlakeId DisManager::activeUserId() const
+{
+    return g_disClient->hack_getDefaultUserId();
+}
+
+void DisManager::disSessionsChanged()
+{
+    for (DisStoredAccount* const account : qAsConst(m_impl->accounts)) {
+        DisSession const* const session = g_disClient->findSessionForAuthToken(account->authToken);
+        auto const state = session ? session->stateType() : DisSessionStateType::Disconnected;
+        if (update(account->connectionState, state))
+            emit account->connectionStateChanged();
+    }
+    QVector<DisSession*> const sessions = g_disClient->sessions();
+    bool const any = std::any_of(sessions.cbegin(), sessions.cend(), [](auto const* session) {
+        return session->stateType() == DisSessionStateType::Connected;
+    });
+    if (update(m_impl->anyConnected, any))
+        emit anyAccountsConnectedChanged();
+    g_globalEvents->hack_setServiceConnected(NakHackAnyConnectedService::Discord, any);
+    g_globalEvents->updateConnStatus(connStatusOf(
+        sessions.isEmpty() ? DisSessionStateType::Disconnected : sessions.first()->stateType()));
+}
+
+void DisManager::authTokenRejected(QString const& token)
+{
+    for (DisStoredAccount* const account : qAsConst(m_impl->accounts))
+        if (account->authToken == token)
+            setTokenState(account, DisStoredAccount::AuthTokenState::Rejected);
+    saveAccounts();
+}
+
+void DisManager::authTokenAcquiredUserInfo(QString const& token, FlakeId const& userId,
+                                           QString const& userName, QString const& discriminator,
+                                           QString const& avatar)
+{
+    for (DisStoredAccount* const account : qAsConst(m_impl->accounts)) {
+        if (account->authToken != token)
+            continue;
+        bool changed = update(account->userId, userId);
+        changed |= update(account->userName, userName);
+        changed |= update(account->discriminator, discriminator);
+        changed |= update(account->avatarName, avatar);
+        if (changed)
+            emit account->userInfoChangedBySession();
+        setTokenState(account, DisStoredAccount::AuthTokenState::Accepted);
+    }
+    saveAccounts();
+}
+
+// An empty address forgets the cached one, so that the next connection asks the API again.
+void DisManager::authTokenAcquiredGatewayUrl(QString const& token, QString const& url)
+{
+    bool changed = false;
+    for (DisStoredAccount* const account : qAsConst(m_impl->accounts))
+        if (account->authToken == token)
+            changed |= update(account->cachedGatewayUrl, url);
+    if (changed)
+        saveAccounts();
+}
+
+// --- channels ---
+
+void DisManager::disChanges(DisChanges const& changes)
+{
+    // A new connection has nothing synchronized yet, though the same channels are on screen.
+    if (changes.isReload())
+        synchronizeGuildsOfChannels(m_impl->foreground);
+}
+
+void DisManager::setForegroundChannelsProvider(std::function<QSet<FlakeId>()> const& provider)
+{
+    m_impl->foregroundProvider = provider;
+}
+
+QSet<FlakeId> DisManager::foregroundChannels() const
+{
+    return m_impl->foreground;
+}
+
+void DisManager::hack_foregroundChannelsMayHaveChanged()
+{
+    if (!m_impl->foregroundTimer.isActive())
+        m_impl->foregroundTimer.start(0);
+}
+
+void DisManager::updateForegroundChannels()
+{
+    QSet<FlakeId> channels;
+    if (m_impl->foregroundProvider)
+        channels = m_impl->foregroundProvider();
+    QSet<FlakeId> const added = channels - m_impl->foreground;
+    if (!update(m_impl->foreground, channels))
+        return;
+    synchronizeGuildsOfChannels(added);
+    emit foregroundChannelsChanged();
+}
+
+void DisManager::synchronizeGuildsOfChannels(QSet<FlakeId> const& channels)
+{
+    QSet<FlakeId> guilds;
+    for (FlakeId const channel : channels)
+        guilds.insert(DisCache::guildIdOfChannel(channel));
+    guilds.remove(FlakeId());
+    if (!guilds.isEmpty())
+        g_disClient->includeGuildsForSynchronization(activeUserId(), guilds);
+}
+
+void DisManager::markChannelAsRecentlyUsed(FlakeId channel)
+{
+    m_impl->recentChannels.removeOne(channel);
+    m_impl->recentChannels.prepend(channel);
+    if (m_impl->recentChannels.size() > maxRecentChannels)
+        m_impl->recentChannels.removeLast();
+}
+
+QVector<FlakeId> DisManager::recentlyUsedChannels() const
+{
+    return m_impl->recentChannels;
+}
+
+// --- muted users ---
+
+bool DisManager::isUserMuted(FlakeId user) const
+{
+    return m_impl->mutedUsers.contains(user);
+}
+
+QSet<FlakeId> DisManager::mutedUsers() const
+{
+    return m_impl->mutedUsers;
+}
+
+void DisManager::addMutedUser(FlakeId user)
+{
+    if (isUserMuted(user))
+        return;
+    m_impl->mutedUsers.insert(user);
+    emit mutedUsersChanged();
+}
+
+void DisManager::removeMutedUser(FlakeId user)
+{
+    if (m_impl->mutedUsers.remove(user))
+        emit mutedUsersChanged();
+}
