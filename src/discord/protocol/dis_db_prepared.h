@@ -42,6 +42,7 @@ struct sqlite3;
     X(EmojiReplace, "replace into emoji (id, name, managed, require_colons, animated) values (?, ?, ?, ?, ?)") \
     X(EmojiRoleReplace, "replace into emoji_role (emoji_id, role_id) values (?, ?)") \
     X(EmojiGuildReplace, "replace into emoji_guild (emoji_id, guild_id) values (?, ?)") \
+    X(EmojiAny, "select null from emoji limit 1") \
     X(EmojiDeleteOfGuild, "delete from emoji where id in (select emoji_id from emoji_guild where guild_id = ?1 " \
         "union select emoji_id from emoji_role where role_id in (select id from role where guild_id = ?1))") \
     X(EmojiRoleDeleteOfGuild, "delete from emoji_role where role_id in (select id from role where guild_id = ?)") \
@@ -57,6 +58,7 @@ struct sqlite3;
     X(GuildChannelDelete, "delete from guild_channel where guild_id = ? and id = ?") \
     X(GuildVoiceChannelDelete, "delete from guild_voice_channel where guild_id = ? and id = ?") \
     X(GuildCategoryDelete, "delete from guild_channel_category where guild_id = ? and id = ?") \
+    X(ChannelPermissionAny, "select null from guild_channel_permission limit 1") \
     X(ChannelPermissionsDelete, "delete from guild_channel_permission where channel_id = ?") \
     X(ChannelPermissionReplace, "replace into guild_channel_permission (channel_id, target_id, allow, deny, " \
         "type) values (?, ?, ?, ?, ?)") \
@@ -76,13 +78,13 @@ struct sqlite3;
     X(UserUpdateIfChanged, "update user set id = ?1, name = ?2, discrim = ?3, avatar = ?4, bot = ?5 where id = ?1 " \
         "and (name != ?2 or discrim != ?3 or avatar != ?4)") \
     X(UserInsertOrIgnore, "insert or ignore into user (id, name, discrim, avatar, bot) values (?, ?, ?, ?, ?)") \
-    X(UserInsertWhole, "insert into user (id, name, discrim, avatar, bot, premium, status, game_name, game_url) " \
-        "values (?, ?, ?, ?, ?, ?, ?, ?, ?)") \
+    X(UserInsertWhole, "insert or ignore into user (id, name, discrim, avatar, bot, status, game_name, " \
+        "game_url) values (?, ?, ?, ?, ?, ?, ?, ?)") \
     X(UserEnsureExists, "insert or ignore into user (id, name, discrim, avatar, bot) values (?, '', '', '', 0)") \
+    X(UserProperties, "select name, discrim, avatar, bot from user where id = ?") \
     X(UserStatus, "update user set status = ?, game_name = null, game_url = null where id = ?") \
     X(UserStatusWithGame, "update user set status = ?, game_name = ?, game_url = ? where id = ?") \
     X(UserStatusAndPremium, "update user set status = ?, premium = ? where id = ?") \
-    X(UserProbe, "select null from user where id = ?") \
     \
     X(MessageReplace, "replace into message (id, channel_id, author_id, type, edited, content) " \
         "values (?, ?, ?, ?, ?, ?)") \
@@ -138,14 +140,14 @@ struct sqlite3;
     X(ReadStateKeepMentions, "insert or replace into user_channel_read_state (user_id, channel_id, " \
         "last_message_id, mention_count) values (?1, ?2, ?3, coalesce((select mention_count from " \
         "user_channel_read_state where user_id = ?1 and channel_id = ?2), 0))") \
-    X(UnreadGuildChannels, "select guild_channel.id from guild_channel where guild_channel.id not in " \
-        "(select user_channel_read_state.channel_id from user_channel_read_state where " \
-        "user_channel_read_state.user_id = ? and user_channel_read_state.last_message_id == " \
-        "guild_channel.last_message_id) and guild_channel.last_message_id is not null") \
-    X(UnreadPrivateChannels, "select private_channel.id from private_channel where private_channel.id not in " \
-        "(select user_channel_read_state.channel_id from user_channel_read_state where " \
-        "user_channel_read_state.user_id = ? and user_channel_read_state.last_message_id == " \
-        "private_channel.last_message_id) and private_channel.last_message_id is not null") \
+    /* Not written with "not in": that would read all read states of the user for each channel. */ \
+    X(UnreadGuildChannels, "select guild_channel.id from guild_channel where guild_channel.last_message_id " \
+        "is not null and not exists (select null from user_channel_read_state where user_id = ? and " \
+        "channel_id = guild_channel.id and last_message_id = guild_channel.last_message_id)") \
+    X(UnreadPrivateChannels, "select private_channel.id from private_channel where " \
+        "private_channel.last_message_id is not null and not exists (select null from " \
+        "user_channel_read_state where user_id = ? and channel_id = private_channel.id and " \
+        "last_message_id = private_channel.last_message_id)") \
     X(RelationshipReplace, "replace into user_relationship (own_user_id, other_user_id, type) values (?, ?, ?)") \
     X(RelationshipDelete, "delete from user_relationship where own_user_id = ? and other_user_id = ?") \
     X(RelationshipsDeleteOfUser, "delete from user_relationship where own_user_id = ?")
