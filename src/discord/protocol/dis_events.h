@@ -32,6 +32,11 @@ struct BatchedStringSlice {
 struct UserBatchedData {
     bool hasStatus = false;
     bool hasUserInfo = false;
+    // A presence may tell only what is new of a user; the rest stays as it is stored.
+    bool hasUserName = false;
+    bool hasDiscriminator = false;
+    bool hasAvatar = false;
+    bool hasBot = false;
     bool bot = false;
     DisUserStatusCode status = DisUserStatusCode::Unknown;
     BatchedStringSlice gameName;
@@ -98,7 +103,7 @@ struct DisEventOutcome {
 [[nodiscard]] DisChanges flushBatchedStatuses(DisEventState& state, DisDbPrepared& prepared);
 
 // Writes a page of history, a list of messages, in one transaction. Returns how many were in it.
-int writeHistoryPage(DisDbPrepared& prepared, FlakeId ownUserId, FlakeId guildId, Dread::Ctx const& ctx,
-                     Dread::VList const& messages);
+int writeHistoryPage(DisDbPrepared& prepared, FlakeId ownUserId, FlakeId guildId,
+                     Dread::Ctx const& ctx, Dread::VList const& messages);
 
 } // namespace DisClientImpl
