@@ -3,7 +3,9 @@
 #pragma once
 
 // Small memory caches in front of the store, so that painting a list does not query SQLite per
-// row. User-interface thread only; needs g_disClient.
+// row. What is not in the store is not kept, so that it is found once it comes. User-interface
+// thread only. The statements are prepared on the user-interface thread's connection; a view that
+// reads many rows holds a read transaction on it, which makes each read three times as fast.
 
 #include "dis_changes.h"
 #include "dis_types.h"
@@ -12,9 +14,12 @@
 #include <QString>
 #include <QVector>
 
+struct sqlite3;
+
 namespace DisCache {
 
-void createGlobalData();
+void createGlobalData(); // on the connection of g_disClient
+void createGlobalData(sqlite3* db); // which must outlive the data
 void destroyGlobalData();
 
 QString userName(FlakeId user); // null if unknown
@@ -47,11 +52,25 @@ quint32 userGuildPermissions(FlakeId user, FlakeId guild);
 quint32 userGuildPermissions_uncached(FlakeId user, FlakeId guild);
 quint32 guildMemberChannelCaps(FlakeId user, FlakeId channel);
 quint32 guildMemberChannelCaps_uncached(FlakeId user, FlakeId channel);
+// The row that is set for just this role or user in the channel; false if there is none.
+bool guildChannelPermissionsOverride(FlakeId target, FlakeId channel, quint32* allow,
+                                     quint32* deny);
+
 bool userCanAccessGuildChannel(FlakeId user, FlakeId channel);
 bool userCanManageGuildChannel(FlakeId user, FlakeId channel);
+bool userCanEditPermissionsOnGuildChannel(FlakeId user, FlakeId channel);
 bool userCanManageMessagesInGuildChannel(FlakeId user, FlakeId channel);
 bool userCanUseExternalEmojiInGuildChannel(FlakeId user, FlakeId channel);
+bool userCanCreateInviteForGuildChannel(FlakeId user, FlakeId channel);
+bool userCanConnectVoiceForGuildChannel(FlakeId user, FlakeId channel);
 bool userCanIgnoreRateLimitingInGuildChannel(FlakeId user, FlakeId channel);
+
+// Guild-wide; the owner always can.
+bool userCanManageGuildChannels(FlakeId user, FlakeId guild);
+bool userCanUseBansInGuild(FlakeId user, FlakeId guild);
+bool userCanViewAuditLogInGuild(FlakeId user, FlakeId guild);
+bool userCanManageEmojisInGuild(FlakeId user, FlakeId guild);
+bool userCanManageInvitesInGuild(FlakeId user, FlakeId guild);
 
 // Drops what the changes made stale. Called before any listener sees the record.
 void applyChanges(DisChanges const& changes);
