@@ -1,0 +1,180 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "store_fixture.h"
+
+#include "dis_store.h"
+#include "dread_json.h"
+#include "nak_sql.h"
+
+#include <QStringList>
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <cstring>
+#include <set>
+
+Store::Store()
+    : path(directory.filePath(QStringLiteral("discord_client.nakdb")))
+{
+    db = createDisStore(path);
+    initializeDbPrepStmts(prepared, db);
+}
+
+Store::~Store()
+{
+    finalizeDbPrepStmts(prepared);
+    NakSql::closeDb(db);
+}
+
+void withJson(QByteArray json, std::function<void(Dread::Ctx const&, Dread::Val const&)> function)
+{
+    Dread::Ctx ctx;
+    Dread::init(&ctx, 4096);
+    json.detach();
+    auto const result = DreadJson::jsonToDread(&ctx, &json);
+    ASSERT_FALSE(result.isError) << json.constData();
+    function(ctx, result.root);
+    Dread::destroy(&ctx);
+}
+
+DisClientImpl::DisEventOutcome Store::dispatch(char const* name, QByteArray json)
+{
+    DisClientImpl::DisEventOutcome outcome;
+    withJson(json, [&](Dread::Ctx const& ctx, Dread::Val const& root) {
+        Dread::VString const text{ name, static_cast<quint32>(std::strlen(name)) };
+        ASSERT_EQ(root.tag, Dread::Tag::Map);
+        outcome = dispatch(text, ctx, root.map);
+    });
+    return outcome;
+}
+
+DisClientImpl::DisEventOutcome Store::dispatch(Dread::VString name, Dread::Ctx const& ctx,
+                                               Dread::VMap const& data)
+{
+    return DisClientImpl::processDispatch(state, prepared, ctx, name, data);
+}
+
+void Store::exec(char const* sql)
+{
+    ASSERT_EQ(sqlite3_exec(db, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(db);
+}
+
+namespace {
+
+std::string columnText(sqlite3_stmt* stmt, int column)
+{
+    switch (sqlite3_column_type(stmt, column)) {
+    case SQLITE_NULL:
+        return "null";
+    case SQLITE_TEXT:
+        return "'" + std::string(reinterpret_cast<char const*>(sqlite3_column_text(stmt, column)))
+            + "'";
+    default:
+        return std::to_string(sqlite3_column_int64(stmt, column));
+    }
+}
+
+std::vector<std::string> queryLines(sqlite3* db, std::string const& sql)
+{
+    std::vector<std::string> lines;
+    sqlite3_stmt* stmt = nullptr;
+    EXPECT_EQ(sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr), SQLITE_OK)
+        << sqlite3_errmsg(db);
+    while (sqlite3_step(stmt) == SQLITE_ROW) {
+        std::string line;
+        for (int i = 0; i < sqlite3_column_count(stmt); ++i)
+            line += (i > 0 ? "|" : "") + columnText(stmt, i);
+        lines.push_back(line);
+    }
+    sqlite3_finalize(stmt);
+    return lines;
+}
+
+} // namespace
+
+std::string Store::rows(char const* sql) const
+{
+    std::string text;
+    for (auto const& line : queryLines(db, sql))
+        text += line + "\n";
+    return text;
+}
+
+std::string Store::dump() const
+{
+    std::string text;
+    for (auto const& quoted :
+         queryLines(db, "select name from sqlite_master where type = 'table' order by name")) {
+        std::string const table = quoted.substr(1, quoted.size() - 2);
+        auto lines = queryLines(db, "select * from \"" + table + "\"");
+        std::sort(lines.begin(), lines.end());
+        for (auto const& line : lines)
+            text += table + ": " + line + "\n";
+    }
+    return text;
+}
+
+std::string changesText(DisChanges const& changes)
+{
+    static constexpr char const* names[] = {
+        "GuildChanged",
+        "ChannelChanged",
+        "MessageCreated",
+        "MessageChanged",
+        "MessageDeleted",
+        "UserPropertiesChanged",
+        "UserStatusChanged",
+        "UserVoiceStateChanged",
+        "UserSettingsChanged",
+        "UserGuildSettingsChanged",
+        "GuildMemberAdded",
+        "GuildMemberChanged",
+        "GuildMemberRemoved",
+        "GuildBanAdded",
+        "GuildBanRemoved",
+        "GuildRoleCreated",
+        "GuildRoleChanged",
+        "GuildRoleDeleted",
+        "GuildEmojisChanged",
+        "PrivateRecipientAdded",
+        "PrivateRecipientRemoved",
+        "RelationshipAdded",
+        "RelationshipRemoved",
+    };
+    if (changes.isReload())
+        return "reload";
+    std::string text;
+    for (auto const& item : changes.items) {
+        text += (text.empty() ? "" : "; ") + std::string(names[static_cast<int>(item.type)]);
+        EXPECT_TRUE(changes.has(item.type));
+        for (auto const word : item.words) {
+            if (word.isValid())
+                text += " " + word.toString().toStdString();
+        }
+    }
+    return text;
+}
+
+std::string lineDifference(std::string const& actual, std::string const& expected)
+{
+    auto const split = [](std::string const& text) {
+        auto const lines = QString::fromStdString(text).split(QLatin1Char('\n'));
+        std::multiset<std::string> set;
+        for (auto const& line : lines)
+            set.insert(line.toStdString());
+        return set;
+    };
+    auto const a = split(actual);
+    auto const e = split(expected);
+    std::string text;
+    for (auto const& line : e) {
+        if (e.count(line) > a.count(line))
+            text += "missing  " + line + "\n";
+    }
+    for (auto const& line : a) {
+        if (a.count(line) > e.count(line))
+            text += "too many " + line + "\n";
+    }
+    return text;
+}

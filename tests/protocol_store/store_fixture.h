@@ -1,0 +1,47 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// A store in a directory of its own, fed with events written as JSON text and read back as text.
+
+#include "dis_db_prepared.h"
+#include "dis_events.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QTemporaryDir>
+
+#include <functional>
+#include <string>
+
+class Store {
+public:
+    Store();
+    ~Store();
+
+    DisClientImpl::DisEventOutcome dispatch(char const* name, QByteArray json);
+    // The same for a tree in hand.
+    DisClientImpl::DisEventOutcome dispatch(Dread::VString name, Dread::Ctx const& ctx,
+                                            Dread::VMap const& data);
+    void exec(char const* sql);
+
+    // Rows of a query, one a line, values between bars.
+    std::string rows(char const* sql) const;
+    // Every row of every table that is not empty, in the order of names and values.
+    std::string dump() const;
+
+    QTemporaryDir directory;
+    QString path;
+    sqlite3* db = nullptr;
+    DisDbPrepared prepared;
+    DisClientImpl::DisEventState state;
+};
+
+// Calls function(ctx, root) with the tree of a JSON document.
+void withJson(QByteArray json, std::function<void(Dread::Ctx const&, Dread::Val const&)> function);
+
+// "MessageCreated 1 2 3; GuildChanged 7", with "reload" for a record that tells to reload.
+std::string changesText(DisChanges const& changes);
+
+// Two multi-line texts as a diff: the lines that only one of them has. Empty when they are equal.
+std::string lineDifference(std::string const& actual, std::string const& expected);
