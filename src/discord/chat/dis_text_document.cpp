@@ -12,7 +12,9 @@
 #include "preferences.h"
 
 #include <QPointer>
+#include <QTextBlock>
 #include <QTextCursor>
+#include <QTextLayout>
 
 DisTextDocumentManager* g_disTextDocumentManager = nullptr;
 
@@ -163,6 +165,14 @@ void Filler::piece(DisplayMessagePiece const& piece, bool last)
     }
 }
 
+// Otherwise every line is shaped twice: to be laid out, and then each time it is painted.
+void keepShapedText(QTextDocument const& doc)
+{
+    for (QTextBlock block = doc.begin(); block.isValid(); block = block.next()) {
+        block.layout()->setCacheEnabled(true);
+    }
+}
+
 void Filler::body()
 {
     if (params.mode == DisText::ContentMode::Deleted) {
@@ -285,6 +295,7 @@ void DisTextDocument::Impl::setData(DisTextDocument* doc, DisText::ContentParams
     cursor.movePosition(QTextCursor::End, QTextCursor::KeepAnchor);
     cursor.removeSelectedText();
     impl.hasCodeBlock = filler.hasCodeBlock;
+    keepShapedText(*doc);
     cursor.endEditBlock();
 }
 

@@ -15,6 +15,7 @@
 #include <QPainterPath>
 #include <QTextBlock>
 #include <QTextCursor>
+#include <QTextDocumentFragment>
 #include <QTimer>
 #include <QUrl>
 
