@@ -3,6 +3,7 @@
 #include "zil_view.h"
 
 #include <QChildEvent>
+#include <QCoreApplication>
 #include <QLayout>
 #include <QPointer>
 
@@ -152,6 +153,8 @@ void ZilView::adapt(QWidget* widget, double itemFraction, double viewPosition)
     place(run);
     keep(run);
     releaseLeft(left);
+    // The pass has measured every widget, so what these asked for meanwhile is done.
+    QCoreApplication::removePostedEvents(this, QEvent::LayoutRequest);
 
     m_adapting = false;
     QMetaObject::invokeMethod(this, &ZilView::allowLayouts, Qt::QueuedConnection);
@@ -266,12 +269,13 @@ void ZilView::place(Run const& run)
         scroll(0, shift);
     }
     for (ZilViewItem const& item : run) {
+        // First, since Qt marks nothing for paint where an unseen widget moves.
+        if (item.widget->testAttribute(Qt::WA_DontShowOnScreen)) {
+            item.widget->setAttribute(Qt::WA_DontShowOnScreen, false);
+        }
         QRect const rect(0, item.top, width(), item.height);
         if (item.widget->geometry() != rect) {
             item.widget->setGeometry(rect);
-        }
-        if (item.widget->testAttribute(Qt::WA_DontShowOnScreen)) {
-            item.widget->setAttribute(Qt::WA_DontShowOnScreen, false);
         }
     }
 }

@@ -14,6 +14,7 @@
 #include <QString>
 #include <QVector>
 
+#include <functional>
 #include <memory>
 
 namespace DisListen {
@@ -40,7 +41,14 @@ struct ChannelParams {
 };
 
 namespace UserProps {
-enum Type : quint32 { Name = 1, Discriminator = 2, Nick = 4, Avatar = 8, RoleColor = 16, Status = 32 };
+enum Type : quint32 {
+    Name = 1,
+    Discriminator = 2,
+    Nick = 4,
+    Avatar = 8,
+    RoleColor = 16,
+    Status = 32
+};
 }
 namespace ChannelProps {
 enum Type : quint32 { Name = 1, Image = 2 };
@@ -71,6 +79,8 @@ signals:
 
 private:
     friend class DisListenManager;
+    quint32 readProperties(quint32 userProps); // those that differ from before
+
     DisListen::UserParams m_params;
     QString m_name;
     QString m_discrim;
@@ -100,6 +110,8 @@ signals:
 
 private:
     friend class DisListenManager;
+    quint32 readProperties(quint32 channelProps);
+
     DisListen::ChannelParams m_params;
     QString m_name;
     DisChannelType m_type = DisChannelType::Unknown;
@@ -135,10 +147,21 @@ public:
     explicit DisListenManager(QObject* parent);
     ~DisListenManager() override;
 
+    // Milliseconds of a clock that never goes back; the system's, unless a test brings another.
+    void setClock(std::function<qint64()> const& msecs);
+    // Drops who has typed nothing for 10 seconds; called once a second while somebody types.
+    void typingTimeout();
+
     struct Impl;
-    Impl& impl() { return *m_impl; }
 
 private:
+    friend class DisUserListener;
+    friend class DisChannelListener;
+    friend class DisTypingUsersListener;
+    Impl& impl() { return *m_impl; }
+    void disChanges(DisChanges const& changes);
+    void typingStarts(QVector<DisTypingStart> const& starts);
+
     std::unique_ptr<Impl> m_impl;
 };
 

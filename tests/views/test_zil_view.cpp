@@ -1,0 +1,431 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "number_source.h"
+#include "zil_view.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QVBoxLayout>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+
+namespace {
+
+// Number, top and height of each shown widget, the anchor marked by a star.
+std::string dump(ZilView const& view)
+{
+    QString text;
+    for (int i = 0; i < view.count(); ++i) {
+        ZilViewItem const item = view.itemAt(i);
+        text += QStringLiteral("%1%2@%3+%4 ")
+                    .arg(item.widget == view.origin() ? QStringLiteral("*") : QString())
+                    .arg(static_cast<NumberWidget*>(item.widget)->number)
+                    .arg(item.top)
+                    .arg(item.height);
+    }
+    return text.trimmed().toStdString();
+}
+
+class ZilViewTest : public testing::Test {
+protected:
+    void show(QVector<int> const& heights, QSize const& size = { 200, 100 })
+    {
+        source = std::make_unique<NumberSource>(heights);
+        view = std::make_unique<ZilView>(source.get());
+        view->resize(size);
+        view->show();
+        settle();
+    }
+
+    void TearDown() override
+    {
+        if (view) {
+            view->clear();
+            EXPECT_TRUE(source->lent.isEmpty());
+            EXPECT_EQ(source->pool.size(), source->made);
+            EXPECT_EQ(source->faults, 0);
+            EXPECT_TRUE(view->findChildren<QWidget*>().isEmpty());
+        }
+        view.reset();
+    }
+
+    static void settle()
+    {
+        for (int i = 0; i < 5; ++i) {
+            QCoreApplication::sendPostedEvents();
+            QCoreApplication::processEvents();
+        }
+    }
+
+    void expectSound() const
+    {
+        int bottom = view->count() > 0 ? view->itemAt(0).top : 0;
+        for (int i = 0; i < view->count(); ++i) {
+            ZilViewItem const item = view->itemAt(i);
+            EXPECT_EQ(item.top, bottom);
+            EXPECT_EQ(item.widget->geometry(), QRect(0, item.top, view->width(), item.height));
+            EXPECT_TRUE(item.widget->isVisibleTo(view.get()));
+            EXPECT_TRUE(item.top < view->height() && item.top + item.height > 0);
+            EXPECT_FALSE(item.widget->testAttribute(Qt::WA_DontShowOnScreen));
+            bottom = item.top + item.height;
+        }
+        EXPECT_EQ(source->lent.size(), view->count());
+        EXPECT_EQ(view->findChildren<QWidget*>().size(), view->count());
+    }
+
+    std::unique_ptr<NumberSource> source;
+    std::unique_ptr<ZilView> view;
+};
+
+struct OffsetCase {
+    char const* what;
+    QVector<int> heights;
+    int number;
+    int offset;
+    char const* shown;
+};
+
+OffsetCase const offsetCases[] = {
+    { "in the middle", { 40, 40, 40, 40, 40 }, 2, 30, "1@-10+40 *2@30+40 3@70+40" },
+    { "first of a tie", { 40, 40, 40, 40, 40 }, 2, 10, "1@-30+40 *2@10+40 3@50+40 4@90+40" },
+    { "first of two whole ones",
+      { 40, 40, 40, 40, 40 },
+      2,
+      50,
+      "0@-30+40 *1@10+40 2@50+40 3@90+40" },
+    { "gap above closes", { 40, 40, 40, 40, 40 }, 0, 25, "*0@0+40 1@40+40 2@80+40" },
+    { "gap below closes", { 40, 40, 40, 40, 40 }, 4, 20, "2@-20+40 *3@20+40 4@60+40" },
+    { "pivot far above", { 40, 40, 40, 40, 40 }, 0, -95, "2@-15+40 *3@25+40 4@65+40" },
+    { "pivot far below", { 40, 40, 40, 40, 40 }, 4, 130, "0@-30+40 *1@10+40 2@50+40 3@90+40" },
+    { "exact fit stays", { 50, 50 }, 1, 50, "*0@0+50 1@50+50" },
+    { "short stays at the top", { 20, 30 }, 0, 0, "0@0+20 *1@20+30" },
+    { "short stays at the bottom", { 20, 30 }, 1, 70, "0@50+20 *1@70+30" },
+    { "short from above comes in", { 20, 30 }, 0, -15, "0@0+20 *1@20+30" },
+    { "short from below comes in", { 20, 30 }, 0, 90, "0@50+20 *1@70+30" },
+    { "alone", { 30 }, 0, 10, "*0@10+30" },
+    { "alone and higher than the view", { 300 }, 0, -50, "*0@-50+300" },
+    { "alone, gap above", { 300 }, 0, 20, "*0@0+300" },
+    { "alone, gap below", { 300 }, 0, -250, "*0@-200+300" },
+    { "no height at all counts as a pixel", { 0, 0, 98, 60 }, 2, 2, "0@0+1 1@1+1 *2@2+98" },
+};
+
+TEST_F(ZilViewTest, AdaptOffsetTable)
+{
+    for (OffsetCase const& c : offsetCases) {
+        SCOPED_TRACE(c.what);
+        show(c.heights);
+        view->adaptOffset(source->widgetOf(c.number), c.offset);
+        EXPECT_EQ(dump(*view), c.shown);
+        expectSound();
+        TearDown();
+    }
+}
+
+TEST_F(ZilViewTest, PivotPutsOnePointOnAnother)
+{
+    show({ 40, 40, 40, 60, 40 });
+    view->adaptPivot(source->widgetOf(4), 1.0, 1.0);
+    EXPECT_EQ(dump(*view), "*3@0+60 4@60+40");
+    view->adaptPivot(source->widgetOf(2), 0.5, 0.5);
+    EXPECT_EQ(dump(*view), "1@-10+40 *2@30+40 3@70+60");
+    view->adaptPivot(source->widgetOf(3), 0.25, 0.5);
+    EXPECT_EQ(dump(*view), "2@-5+40 *3@35+60 4@95+40");
+    EXPECT_EQ(view->offset(), 35);
+    view->adaptPivot(nullptr, 0.5, 0.5);
+    EXPECT_EQ(dump(*view), "");
+    EXPECT_EQ(view->origin(), nullptr);
+    EXPECT_EQ(view->offset(), 0);
+}
+
+// What has to be shown, from nothing but the heights.
+std::string expectedDump(QVector<int> const& heights, int number, int offset, int viewHeight)
+{
+    int total = 0;
+    int above = 0;
+    for (int i = 0; i < heights.size(); ++i) {
+        above += i < number ? heights[i] : 0;
+        total += heights[i];
+    }
+    int top = offset - above;
+    if (total <= viewHeight) {
+        top = std::clamp(top, 0, viewHeight - total);
+    } else {
+        top = std::clamp(top, viewHeight - total, 0);
+    }
+    QStringList shown;
+    int anchor = 0;
+    int most = 0;
+    for (int i = 0; i < heights.size(); top += heights[i], ++i) {
+        int const pixels = std::min(top + heights[i], viewHeight) - std::max(top, 0);
+        if (pixels <= 0) {
+            continue;
+        }
+        if (pixels > most) {
+            most = pixels;
+            anchor = shown.size();
+        }
+        shown.append(QStringLiteral("%1@%2+%3").arg(i).arg(top).arg(heights[i]));
+    }
+    shown[anchor].prepend(QLatin1Char('*'));
+    return shown.join(QLatin1Char(' ')).toStdString();
+}
+
+TEST_F(ZilViewTest, RandomMovesAgreeWithTheHeights)
+{
+    std::mt19937 random(1);
+    auto const upTo = [&random](int n) { return static_cast<int>(random() % unsigned(n)); };
+    for (int count : { 1, 2, 7, 400 }) {
+        QVector<int> heights;
+        for (int i = 0; i < count; ++i) {
+            heights.append(1 + upTo(90));
+        }
+        show(heights, { 200, 300 });
+        view->adaptPivot(source->widgetOf(count - 1), 1.0, 1.0);
+        for (int step = 0; step < 400 && !HasFailure(); ++step) {
+            int const index = upTo(view->count());
+            ZilViewItem const pivot = view->itemAt(index);
+            auto* const widget = static_cast<NumberWidget*>(pivot.widget);
+            int const delta = upTo(10) == 0 ? upTo(2001) - 1000 : upTo(121) - 60;
+            if (upTo(4) == 0) {
+                widget->wanted = 1 + upTo(90);
+                source->heights[widget->number] = widget->wanted;
+            }
+            if (upTo(8) == 0) {
+                view->resize(50 + upTo(300), 1 + upTo(400));
+            }
+            view->adaptOffset(widget, pivot.top + delta);
+            EXPECT_EQ(
+                dump(*view),
+                expectedDump(source->heights, widget->number, pivot.top + delta, view->height()));
+            expectSound();
+            if (upTo(3) == 0) {
+                settle();
+            }
+        }
+        EXPECT_LE(source->made, 900) << "a widget is at least a pixel high";
+        TearDown();
+    }
+}
+
+TEST_F(ZilViewTest, AMoveReusesWhatTheLastOneReleased)
+{
+    show(QVector<int>(1000, 50), { 200, 300 });
+    view->adaptOffset(source->widgetOf(0), 0);
+    for (int i = 0; i < 500; ++i) {
+        view->adaptOffset(view->origin(), view->offset() - 45);
+    }
+    EXPECT_LE(source->made, 9); // 7 in the view, and what comes in before the others go
+    EXPECT_EQ(dump(*view), "*450@0+50 451@50+50 452@100+50 453@150+50 454@200+50 455@250+50");
+}
+
+TEST_F(ZilViewTest, AMovePaintsTheExposedStripOnly)
+{
+    show(QVector<int>(30, 50), { 200, 320 });
+    view->adaptOffset(source->widgetOf(10), 10);
+    settle();
+    for (int delta : { 7, -7, 12, -30, 49, -70 }) {
+        for (NumberWidget* widget : qAsConst(source->lent)) {
+            widget->painted = QRegion();
+        }
+        for (NumberWidget* widget : qAsConst(source->pool)) {
+            widget->painted = QRegion();
+        }
+        view->adaptOffset(view->origin(), view->offset() + delta);
+        settle();
+        QRegion painted;
+        for (NumberWidget* widget : qAsConst(source->lent)) {
+            painted += widget->painted.translated(widget->pos());
+        }
+        QRect const exposed =
+            delta > 0 ? QRect(0, 0, 200, delta) : QRect(0, 320 + delta, 200, -delta);
+        EXPECT_EQ(painted, QRegion(exposed)) << delta;
+    }
+}
+
+TEST_F(ZilViewTest, PixelsAreRightAfterMoves)
+{
+    QVector<int> heights;
+    for (int i = 0; i < 60; ++i) {
+        heights.append(20 + i * 13 % 70);
+    }
+    show(heights, { 100, 300 });
+    view->adaptOffset(source->widgetOf(20), 100);
+    settle();
+    for (int delta : { 3, 40, -90, 250, -17, -280, 60 }) {
+        view->adaptOffset(view->origin(), view->offset() + delta);
+        settle();
+        QImage const image = view->screen()->grabWindow(view->winId()).toImage();
+        for (int y = 0; y < view->height(); ++y) {
+            auto* const widget = static_cast<NumberWidget*>(view->childAt(50, y));
+            ASSERT_NE(widget, nullptr);
+            EXPECT_EQ(image.pixelColor(50, y).name(), widget->color().name()) << delta << " " << y;
+        }
+    }
+}
+
+TEST_F(ZilViewTest, AWidgetThatGrowsIsLaidOutOnce)
+{
+    show(QVector<int>(30, 50), { 200, 320 });
+    QObject::connect(view.get(), &ZilView::layoutChanged, view.get(),
+                     [this] { view->adaptOffset(view->origin(), view->offset()); });
+    view->adaptOffset(source->widgetOf(10), 0);
+    settle();
+    QSignalSpy layouts(view.get(), &ZilView::layoutChanged);
+    auto* const widget = static_cast<NumberWidget*>(view->itemAt(3).widget);
+    widget->wanted = 70;
+    source->heights[13] = 70;
+    widget->updateGeometry();
+    widget->updateGeometry();
+    EXPECT_EQ(layouts.count(), 0);
+    settle();
+    EXPECT_EQ(layouts.count(), 1);
+    EXPECT_EQ(dump(*view), "10@0+50 11@50+50 12@100+50 *13@150+70 14@220+50 15@270+50");
+}
+
+TEST_F(ZilViewTest, AStormOfResizesMakesOneMoreLayout)
+{
+    show(QVector<int>(30, 50), { 200, 320 });
+    QObject::connect(view.get(), &ZilView::layoutChanged, view.get(),
+                     [this] { view->adaptOffset(view->origin(), view->offset()); });
+    view->adaptOffset(source->widgetOf(10), 0);
+    settle();
+    // A machine that stops for longer than the throttle waits has to try again.
+    for (int attempt = 0; attempt < 50; ++attempt) {
+        settle();
+        QSignalSpy layouts(view.get(), &ZilView::layoutChanged);
+        QElapsedTimer timer;
+        timer.start();
+        for (int i = 0; i < 10; ++i) {
+            view->resize(200 + i, 300 + i + attempt % 2);
+        }
+        if (timer.elapsed() > 40) {
+            continue;
+        }
+        EXPECT_EQ(layouts.count(), 1) << "the first, since nothing held a lock";
+        settle();
+        EXPECT_EQ(layouts.count(), 2) << "the nine others";
+        expectSound();
+        return;
+    }
+    FAIL() << "never ten resizes in 40 ms";
+}
+
+TEST_F(ZilViewTest, CallsOutOfTheSignalDoNotEmitAgain)
+{
+    show(QVector<int>(30, 50), { 200, 320 });
+    int depth = 0;
+    int deepest = 0;
+    QObject::connect(view.get(), &ZilView::layoutChanged, view.get(), [&] {
+        deepest = std::max(deepest, ++depth);
+        view->adaptOffset(view->origin(), view->offset() - 1); // never satisfied
+        --depth;
+    });
+    view->adaptOffset(source->widgetOf(10), 0);
+    EXPECT_EQ(deepest, 1);
+    EXPECT_EQ(view->itemAt(0).top, -1);
+    settle();
+    EXPECT_EQ(deepest, 1);
+}
+
+TEST_F(ZilViewTest, NothingNewIsNoChange)
+{
+    show(QVector<int>(30, 50), { 200, 320 });
+    view->adaptOffset(source->widgetOf(10), 0);
+    settle();
+    QSignalSpy layouts(view.get(), &ZilView::layoutChanged);
+    view->adaptOffset(view->origin(), view->offset());
+    settle();
+    EXPECT_EQ(layouts.count(), 0);
+}
+
+TEST_F(ZilViewTest, AShownWidgetMayDie)
+{
+    show(QVector<int>(5, 50), { 200, 320 });
+    view->adaptOffset(source->widgetOf(0), 0);
+    delete source->lent.take(2);
+    --source->made;
+    EXPECT_EQ(dump(*view), "*0@0+50 1@50+50 3@150+50 4@200+50");
+    view.reset(); // takes the others along
+    source->lent.clear();
+}
+
+TEST_F(ZilViewTest, AHiddenViewLaysOutToo)
+{
+    source = std::make_unique<NumberSource>(QVector<int>(30, 50));
+    view = std::make_unique<ZilView>(source.get());
+    view->resize(200, 120);
+    view->adaptOffset(source->widgetOf(10), -20);
+    view->adaptOffset(source->widgetOf(10), -40);
+    EXPECT_EQ(dump(*view), "10@-40+50 *11@10+50 12@60+50 13@110+50");
+    view->show();
+    settle();
+    expectSound();
+}
+
+// Real layouts: text that wraps inside a box inside a box.
+class WrappedSource : public ZilSource {
+public:
+    explicit WrappedSource(int number)
+        : count(number)
+    {
+    }
+    QWidget* earlier(QWidget* w) override { return at(widgets.indexOf(w) - 1); }
+    QWidget* later(QWidget* w) override { return at(widgets.indexOf(w) + 1); }
+    void released(QWidget* w) override
+    {
+        widgets[widgets.indexOf(w)] = nullptr;
+        delete w;
+    }
+    QWidget* at(int index)
+    {
+        if (index < 0 || index >= count) {
+            return nullptr;
+        }
+        widgets.resize(count);
+        if (widgets[index] == nullptr) {
+            auto* const outer = new QWidget;
+            auto* const inner = new QWidget;
+            auto* const label = new QLabel(QStringLiteral("word ").repeated(5 + index * 7 % 60));
+            label->setWordWrap(true);
+            (new QVBoxLayout(inner))->addWidget(label);
+            (new QVBoxLayout(outer))->addWidget(inner);
+            widgets[index] = outer;
+        }
+        return widgets[index];
+    }
+    int count;
+    QVector<QWidget*> widgets;
+};
+
+TEST(ZilViewLayouts, HeightsFollowTheWidthAtOnce)
+{
+    WrappedSource wrapped(40);
+    ZilView view(&wrapped);
+    view.resize(500, 400);
+    view.show();
+    view.adaptOffset(wrapped.at(10), 50);
+    for (int width : { 500, 150, 300 }) {
+        view.resize(width, 400);
+        view.adaptOffset(view.origin(), view.offset());
+        int bottom = view.itemAt(0).top;
+        for (int i = 0; i < view.count(); ++i) {
+            ZilViewItem const item = view.itemAt(i);
+            EXPECT_EQ(item.top, bottom);
+            EXPECT_EQ(item.height, item.widget->layout()->totalHeightForWidth(width));
+            EXPECT_GE(item.widget->findChild<QLabel*>()->height(),
+                      item.widget->findChild<QLabel*>()->heightForWidth(
+                          item.widget->findChild<QLabel*>()->width()));
+            bottom = item.top + item.height;
+        }
+        EXPECT_LE(view.itemAt(0).top, 0);
+        EXPECT_GE(bottom, 400);
+    }
+    view.clear();
+}
+
+} // namespace
