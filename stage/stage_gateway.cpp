@@ -435,6 +435,8 @@ void Gateway::sendDeflated(GatewayConnection& connection, QByteArray const& byte
 
 void Gateway::dispatch(QByteArray const& name, Term const& payload)
 {
+    if (m_sessions.empty())
+        return;
     QByteArray bytes;
     appendTerm(bytes, payload, m_options.encode);
     auto const sessions = m_sessions;

@@ -76,7 +76,7 @@ int parseRequestLine(QByteArray const& line, HttpRequest* out)
     out->method = parts[0];
     out->keepAlive = parts[2] == "HTTP/1.1";
     int const question = parts[1].indexOf('?');
-    out->path = QString::fromUtf8(parts[1].left(question));
+    out->path = QString::fromUtf8(question < 0 ? parts[1] : parts[1].left(question));
     out->query =
         QUrlQuery(question < 0 ? QString() : QString::fromUtf8(parts[1].mid(question + 1)));
     return 0;

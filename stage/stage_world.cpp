@@ -15,7 +15,7 @@ constexpr qint64 kMinuteMs = 60 * 1000;
 constexpr qint64 kDayMs = 24 * 60 * kMinuteMs;
 constexpr qint64 kUsualSpacingMs = 40 * kMinuteMs; // from one conversation to the next
 constexpr qint64 kLongestPastMs = 600 * kDayMs; // channels are older than that
-constexpr size_t kMaxLivePerChannel = 20000;
+constexpr size_t kMaxLivePerChannel = 5000;
 constexpr int kMaxReplaced = 50000;
 
 constexpr int kEveryonePermissions = 0x400 | 0x800 | 0x40 | 0x4000 | 0x8000 | 0x10000 | 0x40000
@@ -465,8 +465,11 @@ Message appendMessage(World& world, Channel& channel, quint32 author, QString co
     message.author = author;
     message.content = content;
     channel.live.push_back(message);
-    if (channel.live.size() > kMaxLivePerChannel)
+    if (channel.live.size() > kMaxLivePerChannel) {
+        world.replaced.remove(channel.live.front().id);
+        world.deleted.remove(channel.live.front().id);
         channel.live.pop_front();
+    }
     return message;
 }
 
