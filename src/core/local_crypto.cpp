@@ -50,5 +50,5 @@ void NakLocalCrypto::exitWithFatalError(QString const& text)
     message.text = text;
     message.button = NakFatalBox::Button::Quit;
     NakFatalBox::show(message);
-    std::exit(1);
+    std::_Exit(1); // threads are still running, so nothing may be torn down under them
 }

@@ -17,6 +17,10 @@
 #include <cstring>
 #include <ctime>
 
+#if defined(__SANITIZE_THREAD__)
+#include <sanitizer/tsan_interface.h>
+#endif
+
 namespace NakEvLogImpl {
 namespace {
 
@@ -43,6 +47,22 @@ public:
     EvLog::Category const category;
     EvLog::Severity const severity;
 };
+
+// The distribution's Qt is not built for the thread sanitizer, which therefore cannot see that
+// posting an event orders two threads.
+#if defined(__SANITIZE_THREAD__)
+void tsanRelease(QEvent* event)
+{
+    __tsan_release(event);
+}
+void tsanAcquire(QEvent* event)
+{
+    __tsan_acquire(event);
+}
+#else
+void tsanRelease(QEvent*) { }
+void tsanAcquire(QEvent*) { }
+#endif
 
 struct Word {
     char const* text;
@@ -103,8 +123,6 @@ void appendCategories(QByteArray* line, EvLog::Category category)
     }
 }
 
-// A position in a line that is being parsed, and where the message would start if nothing behind
-// this position made sense.
 char const* findByte(char const* from, char const* end, char byte)
 {
     if (from == end)
@@ -231,9 +249,10 @@ void EvLogGlobal::addLogEvent(EvLog::Category category, EvLog::Severity severity
     NakEvLogWorker* worker = g_EvLogWorker.load(std::memory_order_acquire);
     if (!worker)
         return;
-    QCoreApplication::postEvent(
-        worker,
-        new AddLogEntryEvent(QDateTime::currentMSecsSinceEpoch(), text, category, severity));
+    auto* entry =
+        new AddLogEntryEvent(QDateTime::currentMSecsSinceEpoch(), text, category, severity);
+    tsanRelease(entry);
+    QCoreApplication::postEvent(worker, entry);
 }
 
 void NakEvLog::init()
@@ -267,6 +286,7 @@ NakEvLogWorker::~NakEvLogWorker()
 
 bool NakEvLogWorker::event(QEvent* event)
 {
+    tsanAcquire(event);
     if (event->type() != addLogEntryType)
         return QObject::event(event);
     auto const* entry = static_cast<AddLogEntryEvent const*>(event);

@@ -1,0 +1,79 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "boxes.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+
+namespace {
+
+QString tr(char const* text)
+{
+    return QCoreApplication::translate("NakApplication", text);
+}
+
+void addOnlyButton(QMessageBox* box, NakFatalBox::Button button)
+{
+    switch (button) {
+    case NakFatalBox::Button::Ok:
+        box->setStandardButtons(QMessageBox::Ok);
+        return;
+    case NakFatalBox::Button::Close:
+        box->setStandardButtons(QMessageBox::Close);
+        return;
+    case NakFatalBox::Button::Quit:
+        QPushButton* quit = box->addButton(tr("Quit"), QMessageBox::RejectRole);
+        box->setDefaultButton(quit);
+        box->setEscapeButton(quit);
+        return;
+    }
+}
+
+} // namespace
+
+void NakBoxes::showFatal(NakFatalBox::Message const& message)
+{
+    QMessageBox box(QMessageBox::Critical, message.title, message.text);
+    box.setTextFormat(Qt::PlainText);
+    box.setInformativeText(message.informativeText);
+    box.setDetailedText(message.detailedText);
+    addOnlyButton(&box, message.button);
+    box.exec();
+}
+
+bool NakBoxes::askToForceStart(QString const& lockFilePath)
+{
+    QMessageBox box(
+        QMessageBox::Warning, tr("Nakwire Startup"),
+        tr("It looks like Nakwire is already running. You may also be seeing this message if "
+           "Nakwire recently crashed.\n\nRunning two copies of Nakwire at the same time can cause "
+           "problems and is not recommended.\n\nDo you want to force-start Nakwire anyway?"));
+    box.setTextFormat(Qt::PlainText);
+    box.setDetailedText(tr("Unable to acquire lock file at %1").arg(lockFilePath));
+    QPushButton* quit = box.addButton(tr("Quit"), QMessageBox::NoRole);
+    QPushButton* forceStart = box.addButton(tr("Force start"), QMessageBox::YesRole);
+    box.setDefaultButton(quit);
+    box.setEscapeButton(quit);
+    box.exec();
+    return box.clickedButton() == forceStart;
+}
+
+bool NakBoxes::askToIgnoreLockFailure()
+{
+    auto const answer =
+        QMessageBox::critical(nullptr, tr("Lock file failure"),
+                              tr("Unable to remove old lock file and acquire new lock file."),
+                              QMessageBox::Abort | QMessageBox::Ignore, QMessageBox::Abort);
+    return answer == QMessageBox::Ignore;
+}
+
+void NakBoxes::tell(QString const& title, QString const& text, bool critical)
+{
+    auto* box = new QMessageBox(critical ? QMessageBox::Critical : QMessageBox::Warning, title,
+                                text, QMessageBox::Ok, QApplication::activeWindow());
+    box->setTextFormat(Qt::PlainText);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setWindowModality(Qt::NonModal);
+    box->show();
+}

@@ -1,0 +1,92 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "dis_service_plugin.h"
+
+#include "boxes.h"
+#include "data_paths.h"
+#include "deployment.h"
+#include "dis_cache.h"
+#include "dis_client.h"
+#include "dis_listen.h"
+#include "dis_manager.h"
+#include "dis_text_document.h"
+#include "tab_contents.h"
+
+#include <QTimer>
+
+namespace {
+
+QString pathOf(char const* fileName)
+{
+    return NakDataPaths::appDataPathCreated() + QLatin1Char('/') + QLatin1String(fileName);
+}
+
+template <typename T> void deleteGlobal(T*& global)
+{
+    delete global;
+    global = nullptr;
+}
+
+} // namespace
+
+DisServicePlugin::DisServicePlugin(QObject* parent)
+    : QObject(parent)
+{
+    createGlobals();
+    registerTabContents();
+    connect(g_disClient, &DisClient::userMustSee, this, &NakBoxes::tell);
+}
+
+DisServicePlugin::~DisServicePlugin()
+{
+    destroyGlobals();
+}
+
+void DisServicePlugin::createGlobals()
+{
+    g_disClient = new DisClient(DisClientConstants::fromDeployment(*g_deployment),
+                                pathOf("discord_client.nakdb"), this);
+    DisCache::createGlobalData();
+    g_disManager = new DisManager(pathOf("nakwire_accounts.bin"), this);
+    g_disTextDocumentManager = new DisTextDocumentManager(this);
+    g_disListenManager = new DisListenManager(this);
+}
+
+void DisServicePlugin::destroyGlobals()
+{
+    if (!g_disClient)
+        return;
+    NakTabContents::registerFactory(NakNav::Type::Discord, {});
+    deleteGlobal(g_disListenManager);
+    deleteGlobal(g_disTextDocumentManager);
+    deleteGlobal(g_disManager);
+    DisCache::destroyGlobalData();
+    deleteGlobal(g_disClient);
+}
+
+void DisServicePlugin::registerTabContents()
+{
+    NakTabContents::registerFactory(NakNav::Type::Discord, [](NakNavLoc const&, QWidget*) {
+        return static_cast<QWidget*>(nullptr);
+    });
+}
+
+void DisServicePlugin::deinit()
+{
+    if (g_disClient->sessions().isEmpty()) {
+        finishDeinit();
+        return;
+    }
+    connect(g_disClient, &DisClient::sessionsChanged, this, [this] {
+        // Not from inside the client's own signal, which deletes it.
+        if (g_disClient->sessions().isEmpty())
+            QTimer::singleShot(0, this, &DisServicePlugin::finishDeinit);
+    });
+    g_disClient->disconnectAllSessions();
+}
+
+void DisServicePlugin::finishDeinit()
+{
+    destroyGlobals();
+    deleteLater();
+}

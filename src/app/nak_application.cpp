@@ -1,0 +1,344 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "nak_application.h"
+
+#include "app_theme.h"
+#include "boxes.h"
+#include "chat_window.h"
+#include "data_paths.h"
+#include "deployment.h"
+#include "dis_service_plugin.h"
+#include "event_log.h"
+#include "fatal_box.h"
+#include "global_events.h"
+#include "gui_icons.h"
+#include "i_nak_service.h"
+#include "local_crypto.h"
+#include "nak_event_log.h"
+#include "network_access.h"
+#include "preferences.h"
+#include "settings_file.h"
+#include "shell_host.h"
+#include "unix_signals.h"
+#include "window_host.h"
+
+#include <QBasicTimer>
+#include <QLockFile>
+#include <QNetworkAccessManager>
+#include <QPointer>
+#include <QSet>
+#include <QThreadPool>
+#include <QTimer>
+#include <QTimerEvent>
+
+#include <cstdlib>
+
+namespace {
+
+constexpr int quitDeadlineMSecs = 1000;
+constexpr int lastWindowDelayMSecs = 10;
+constexpr int firstWindowDelayMSecs = 10;
+constexpr int lockWaitMSecs = 300;
+constexpr int forcedLockWaitMSecs = 1000;
+
+// What the windows ask of the application.
+class ShellHost : public IShellHost {
+public:
+    explicit ShellHost(NakApplication* app)
+        : m_app(app)
+    {
+    }
+
+    void hack_chatWindowShown() override { m_app->hack_chatWindowShown(); }
+    void chatWindowClosed() override { m_app->on_lastWindowClosed(); }
+    void beginQuit() override { m_app->beginQuit(); }
+    bool didBeginQuit() const override { return m_app->didBeginQuit(); }
+
+private:
+    NakApplication* m_app;
+};
+
+// The process holds no lock and has made nothing yet; threads of the platform are running, so
+// nothing is torn down under them.
+[[noreturn]] void leaveAtOnce()
+{
+    std::_Exit(EXIT_FAILURE);
+}
+
+template <typename T> void deleteGlobal(T*& global)
+{
+    delete global;
+    global = nullptr;
+}
+
+} // namespace
+
+struct NakApplicationPriv {
+    explicit NakApplicationPriv(NakApplication* app)
+        : shellHost(app)
+    {
+    }
+
+    QTimer* quitTimer = nullptr; // exists once the quit has begun
+    QSet<QObject*> services; // the plugins still alive
+    QBasicTimer lastWindowTimer;
+    bool chatWindowShown = false;
+
+    std::unique_ptr<QLockFile> lockFile;
+    NakDeployment deployment;
+    ShellHost shellHost;
+    NakWindowHost windowHost;
+};
+
+NakApplication::NakApplication(QString const& foreignStyle, int& argc, char** argv, int flags)
+    : QApplication(argc, argv, flags)
+    , d(std::make_unique<NakApplicationPriv>(this))
+{
+    NakFatalBox::setShow(NakBoxes::showFatal);
+    if (!foreignStyle.isEmpty())
+        deriveThemeFromPalette();
+    keepClassFonts();
+    // A blinking caret alone would wake the idle program twenty times in ten seconds.
+    setCursorFlashTime(0);
+    setOrganizationName(QString());
+    setOrganizationDomain(QString());
+    QThreadPool* pool = QThreadPool::globalInstance();
+    pool->setMaxThreadCount(
+        NakApplicationImpl::cappedThreadCount(QThread::idealThreadCount(), pool->maxThreadCount()));
+    takeLockFile();
+    NakLocalCrypto::init();
+    NakEvLog::init();
+    loadDeploymentConstants();
+    createFirstSingletons();
+    loadPreferences();
+    createOtherSingletons();
+    applyProxy();
+    addService(new DisServicePlugin(this));
+    connectQuitting();
+}
+
+NakApplication::~NakApplication()
+{
+    delete d->quitTimer;
+    // The deadline has passed without them.
+    QSet<QObject*> const leftServices = std::exchange(d->services, {});
+    for (QObject* plugin : leftServices) {
+        disconnect(plugin, nullptr, this, nullptr);
+        delete plugin;
+    }
+    NakGo::setWindowHost(nullptr);
+    NakShell::setHost(nullptr);
+    deleteGlobal(g_guiIcons);
+    deleteGlobal(g_preferences);
+    deleteGlobal(g_networkAccessManager);
+    deleteGlobal(g_globalEvents);
+    QThreadPool::globalInstance()->waitForDone(-1);
+    g_deployment = nullptr;
+    // The log is the last to stop, so that everything above can still log.
+    NakEvLog::deinit();
+    NakLocalCrypto::deinit();
+    NakFatalBox::setShow(nullptr);
+    d->lockFile->unlock();
+}
+
+void NakApplication::showFirstWindow()
+{
+    NakChatWindow::createInitialChatWindow()->show();
+}
+
+// --- the constructor's steps ---
+
+void NakApplication::deriveThemeFromPalette()
+{
+    NakAppTheme::setGlobalThemeColors(NakAppTheme::paletteToDerivedThemeColors(palette()));
+}
+
+void NakApplication::keepClassFonts()
+{
+    // Setting the application's font resets those that the desktop gives to menus.
+    constexpr char const* classNames[] = { "QMenu", "QMenuBar", "QMenuItem" };
+    QFont fonts[std::size(classNames)];
+    for (size_t i = 0; i < std::size(classNames); ++i)
+        fonts[i] = font(classNames[i]);
+    setFont(font());
+    for (size_t i = 0; i < std::size(classNames); ++i)
+        setFont(fonts[i], classNames[i]);
+}
+
+void NakApplication::takeLockFile()
+{
+    QString const path = NakDataPaths::appDataPathCreated() + QLatin1String("/nakwire.lockfile");
+    d->lockFile = std::make_unique<QLockFile>(path);
+    d->lockFile->setStaleLockTime(0); // a program may run for weeks
+    if (d->lockFile->tryLock(lockWaitMSecs))
+        return;
+    if (!NakBoxes::askToForceStart(path))
+        leaveAtOnce();
+    d->lockFile->removeStaleLockFile();
+    if (!d->lockFile->tryLock(forcedLockWaitMSecs) && !NakBoxes::askToIgnoreLockFailure())
+        leaveAtOnce();
+}
+
+void NakApplication::loadDeploymentConstants()
+{
+    g_deployment = &d->deployment;
+    QString const path = qEnvironmentVariable("NAKWIRE_DEPLOYMENT");
+    if (path.isEmpty()) {
+        d->deployment = publicDeployment();
+        return;
+    }
+    bool readOk = false;
+    d->deployment = loadDeployment(path, &readOk);
+    EvLogGlobal::addLogEvent(
+        EvLog::Category::Application, EvLog::Severity::Warn,
+        (readOk ? tr("Hosts and addresses are replaced by the deployment file %1")
+                : tr("The deployment file %1 cannot be read; the public services are used"))
+            .arg(path));
+}
+
+void NakApplication::createFirstSingletons()
+{
+    g_globalEvents = new NakGlobalEvents(this);
+    g_networkAccessManager = new QNetworkAccessManager(this);
+}
+
+void NakApplication::loadPreferences()
+{
+    g_preferences = new NakPreferences;
+    g_preferences->loadFromSettingsFile();
+    if (!g_preferences->useAppOverride)
+        return;
+    NakSettingsImpl::setAppFontBeforeOverride(font());
+    setFont(g_preferences->appOverrideFont);
+}
+
+void NakApplication::createOtherSingletons()
+{
+    g_guiIcons = new NakGuiIcons(this);
+    NakShell::setHost(&d->shellHost);
+    NakGo::setWindowHost(&d->windowHost);
+}
+
+void NakApplication::applyProxy()
+{
+    if (!g_preferences->useNetworkProxy)
+        return;
+    QNetworkProxy const proxy = NakSettings::tryReadProxySettings(NakSettingsFile());
+    if (proxy.type() != QNetworkProxy::NoProxy && proxy.type() != QNetworkProxy::DefaultProxy)
+        QNetworkProxy::setApplicationProxy(proxy);
+}
+
+void NakApplication::connectQuitting()
+{
+    setQuitOnLastWindowClosed(false);
+    connect(this, &QGuiApplication::lastWindowClosed, this, &NakApplication::on_lastWindowClosed,
+            Qt::QueuedConnection);
+    auto* signalCatcher = new NakUnixSignals(this);
+    connect(signalCatcher, &NakUnixSignals::quitRequested, this, &NakApplication::beginQuit);
+}
+
+// --- windows ---
+
+void NakApplication::hack_chatWindowShown()
+{
+    if (d->chatWindowShown)
+        return;
+    d->chatWindowShown = true;
+    QTimer::singleShot(firstWindowDelayMSecs, g_globalEvents,
+                       &NakGlobalEvents::accountAutoOnlineBecameOk);
+}
+
+void NakApplication::on_lastWindowClosed()
+{
+    if (!d->lastWindowTimer.isActive() && !d->quitTimer)
+        d->lastWindowTimer.start(lastWindowDelayMSecs, this);
+}
+
+void NakApplication::timerEvent(QTimerEvent* event)
+{
+    if (event->timerId() != d->lastWindowTimer.timerId()) {
+        QApplication::timerEvent(event);
+        return;
+    }
+    d->lastWindowTimer.stop();
+    bool const staysInTray =
+        g_preferences->showSystemTrayIcon && g_preferences->stayRunningWithNoWindows;
+    if (!staysInTray && NakChatWindow::chatWindows().isEmpty())
+        beginQuit();
+}
+
+// --- quit ---
+
+void NakApplication::beginQuit()
+{
+    if (didBeginQuit())
+        return;
+    d->lastWindowTimer.stop();
+    d->quitTimer = new QTimer(this);
+    d->quitTimer->setSingleShot(true);
+    connect(d->quitTimer, &QTimer::timeout, this, &QCoreApplication::quit);
+    d->quitTimer->start(quitDeadlineMSecs);
+    QTimer::singleShot(0, this, &NakApplication::takeDownWindowsAndServices);
+}
+
+bool NakApplication::didBeginQuit() const
+{
+    return d->quitTimer || closingDown();
+}
+
+void NakApplication::takeDownWindowsAndServices()
+{
+    // A window may take others with it.
+    QList<QPointer<QWidget>> windows;
+    QWidgetList const topLevels = topLevelWidgets();
+    for (QWidget* window : topLevels)
+        windows.append(window);
+    for (QPointer<QWidget> const& window : qAsConst(windows)) {
+        if (qobject_cast<NakChatWindow*>(window))
+            delete window;
+    }
+    for (QPointer<QWidget> const& window : qAsConst(windows))
+        delete window;
+
+    QSet<QObject*> const services = d->services;
+    for (QObject* plugin : services) {
+        if (INakService* service = NakApplicationImpl::asServiceChecked(plugin))
+            service->deinit();
+    }
+}
+
+void NakApplication::addService(QObject* plugin)
+{
+    connect(plugin, &QObject::destroyed, this, &NakApplication::removeService);
+    d->services.insert(plugin);
+}
+
+void NakApplication::removeService(QObject* plugin)
+{
+    d->services.remove(plugin);
+    if (d->services.isEmpty() && d->quitTimer && d->quitTimer->isActive()) {
+        d->quitTimer->stop();
+        quit();
+    }
+}
+
+INakService* NakApplicationImpl::asServiceChecked(QObject* plugin)
+{
+    if (!plugin)
+        return nullptr;
+    return static_cast<INakService*>(plugin->qt_metacast(qobject_interface_iid<INakService*>()));
+}
+
+int NakApplicationImpl::cappedThreadCount(int idealThreadCount, int poolMaximum)
+{
+    if (idealThreadCount < 1 || poolMaximum < 1)
+        return poolMaximum;
+    int limit = 6;
+    if (idealThreadCount < 3)
+        limit = 1;
+    else if (idealThreadCount < 4)
+        limit = 2;
+    else if (idealThreadCount < 12)
+        limit = idealThreadCount / 2;
+    return qMin(limit, poolMaximum);
+}
