@@ -129,7 +129,7 @@ void Life::Priv::say(Draft const& draft)
     Channel* channel = findChannel(stage.world(), draft.channel);
     if (!channel)
         return;
-    QString const content = talkIn(stage.world(), *channel, said);
+    QString const content = talkIn(stage.world(), *channel, draft.author, said);
     Message const message = postMessage(stage.rest(), *channel, draft.author, content);
     ++said;
     recent.push_back({ draft.channel, message.id });

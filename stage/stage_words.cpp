@@ -189,6 +189,26 @@ constexpr char const* kSeconds[] = {
     "At least it is quiet now.",
     "Otherwise I would start over.",
 };
+constexpr char const* kContinuations[] = {
+    "And %1 needs another look, I think.",
+    "I started with %1, that was the easy part.",
+    "By the way, %1 is still on my list.",
+    "It was the same %2.",
+    "Just saying.",
+    "Will try it again %2 and tell you.",
+    "Compared to %1 it is nothing.",
+    "At least %1 looks good.",
+    "Ah, and one more thing about %1.",
+    "Never mind, found it.",
+    "The rest can wait.",
+    "I will keep an eye on %1.",
+    "Should have done that %2.",
+    "You know how it goes.",
+    "Somebody warned me about %1, too.",
+    "Here are my notes.",
+    "That is all from me.",
+    "Maybe %1 is worth the trouble after all.",
+};
 constexpr char const* kLinks[] = {
     "https://example.org/notes/%1",
     "https://files.example.com/2019/%1.pdf",
@@ -214,6 +234,25 @@ QString fill(Rng& rng, char const* pattern, Topic const& topic)
     text.replace(QLatin1String("%2"), QString::fromUtf8(pick(rng, topic.places)));
     text[0] = text[0].toUpper();
     return text;
+}
+
+char const* patternOf(Rng& rng, Turn turn)
+{
+    switch (turn) {
+    case Turn::Opening:
+        return pick(rng, kOpeners);
+    case Turn::Continuation:
+        return pick(rng, kContinuations);
+    case Turn::Answer:
+        break;
+    }
+    return rng.chance(15) ? pick(rng, kOpeners) : pick(rng, kReplies);
+}
+
+// Ends the sentence, as people do who go on.
+QString withStop(QString const& text)
+{
+    return text.back().isLetter() ? text + QLatin1Char('.') : text;
 }
 
 QString userMention(Rng& rng, TalkContext const& context)
@@ -310,15 +349,15 @@ int topicCount()
     return int(std::size(kTalkTopics));
 }
 
-QString talk(Rng& rng, int topic, TalkContext const& context)
+QString talk(Rng& rng, int topic, Turn turn, TalkContext const& context)
 {
     Topic const& about = kTalkTopics[topic % topicCount()];
-    QString text = rng.chance(40) ? fill(rng, pick(rng, kOpeners), about)
-                                  : fill(rng, pick(rng, kReplies), about);
-    if (!context.people.empty() && rng.chance(6))
+    QString text = fill(rng, patternOf(rng, turn), about);
+    if (turn == Turn::Answer && !context.people.empty() && rng.chance(8))
         text = userMention(rng, context) + QLatin1Char(' ') + text;
-    for (int more = 0; more < 2 && rng.chance(30); ++more)
-        text += QLatin1Char(rng.chance(35) ? '\n' : ' ') + QString::fromUtf8(pick(rng, kSeconds));
+    for (int more = 0; more < 2 && rng.chance(25); ++more)
+        text = withStop(text) + QLatin1Char(rng.chance(35) ? '\n' : ' ')
+            + QString::fromUtf8(pick(rng, kSeconds));
     return text + extra(rng, rng.below(100), context);
 }
 

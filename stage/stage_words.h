@@ -57,8 +57,11 @@ struct TalkContext {
     std::vector<QString> emoji; // "<:name:id>"
 };
 
+// What a message is in its conversation.
+enum class Turn { Opening, Answer, Continuation };
+
 // One message of 1 to 3 lines about the topic.
-QString talk(Rng& rng, int topic, TalkContext const& context);
+QString talk(Rng& rng, int topic, Turn turn, TalkContext const& context);
 QString unicodeEmoji(Rng& rng);
 
 } // namespace stage

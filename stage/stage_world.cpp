@@ -221,20 +221,27 @@ Block makeBlock(World const& world, Channel const& channel, int number)
         world.size.endMs - (blockCount(channel) - number) * spacing + rng.below(int(spacing / 8));
     // All gaps together stay below what is left of the spacing, so blocks never overlap.
     int const longestGap = std::max(2, int(spacing * 3 / 4 / kBlock));
-    quint32 people[4];
+    quint32 people[5];
     for (quint32& person : people)
         person = pickPerson(world, channel, rng);
-    int const heads = 2 + rng.below(3);
+    int const heads = 3 + rng.below(3);
     block.topic = rng.below(topicCount());
     quint32 speaker = people[0];
     for (int n = 0; n < kBlock; ++n) {
-        if (n > 0 && !rng.chance(45))
+        if (n > 0 && !rng.chance(25))
             speaker = people[rng.below(heads)];
         at += 1 + rng.below(rng.chance(70) ? longestGap / 4 : longestGap);
         block.ms[n] = at;
         block.author[n] = speaker;
     }
     return block;
+}
+
+Turn turnOf(Block const& block, int n)
+{
+    if (n == 0)
+        return Turn::Opening;
+    return block.author[n] == block.author[n - 1] ? Turn::Continuation : Turn::Answer;
 }
 
 TalkContext talkContext(World const& world, Channel const& channel, Rng& rng)
@@ -267,7 +274,8 @@ Message messageOfBlock(World const& world, Channel const& channel, Block const& 
     message.id = idOfBlock(world, channel, block, index);
     message.channel = channel.id;
     message.author = block.author[index % kBlock];
-    message.content = talk(rng, block.topic, talkContext(world, channel, rng));
+    message.content =
+        talk(rng, block.topic, turnOf(block, index % kBlock), talkContext(world, channel, rng));
     if (rng.chance(4))
         message.editedMs = ms + 5000 + rng.below(120000);
     if (rng.chance(5)) {
@@ -486,11 +494,14 @@ void removeMessage(World& world, quint64 id)
         world.deleted.insert(id);
 }
 
-QString talkIn(World const& world, Channel const& channel, quint64 salt)
+QString talkIn(World const& world, Channel const& channel, quint32 author, quint64 salt)
 {
     Rng rng(world.seed, channel.id * 8 + SaltLive, salt);
     int const topic = int((salt / kBlock) % quint64(topicCount()));
-    return talk(rng, topic, talkContext(world, channel, rng));
+    if (salt % kBlock == 0 || channel.live.empty())
+        return talk(rng, topic, Turn::Opening, talkContext(world, channel, rng));
+    Turn const turn = channel.live.back().author == author ? Turn::Continuation : Turn::Answer;
+    return talk(rng, topic, turn, talkContext(world, channel, rng));
 }
 
 } // namespace stage

@@ -162,7 +162,7 @@ Message appendMessage(World& world, Channel& channel, quint32 author, QString co
 void replaceMessage(World& world, Message const& message);
 void removeMessage(World& world, quint64 id);
 
-// What somebody would say in that channel now, for the scripted life.
-QString talkIn(World const& world, Channel const& channel, quint64 salt);
+// What that person would say in the channel now, for the scripted life.
+QString talkIn(World const& world, Channel const& channel, quint32 author, quint64 salt);
 
 } // namespace stage
