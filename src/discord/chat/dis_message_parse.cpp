@@ -243,9 +243,9 @@ void DisMessageParse::parseRegularBlock(DisplayMessageRun& run, QStringRef const
 }
 
 // Matches that begin before the position are not thrown away here, as they are above: a shortcode
-// inside a name that was just taken brings the position back to its start, over an empty piece of
-// text, and the tail of the name comes out a second time. The service's users know the input box
-// that way, so it stays.
+// inside a name that was just taken, be it at the end of the text, brings the position back to its
+// start, over an empty piece of text, and the tail of the name comes out a second time. The
+// service's users know the input box that way, so it stays.
 void DisMessageParse::parseInputMessage(InputMessageRun& run, QChar const* text, int length)
 {
     QString const subject = QString::fromRawData(text, length);
@@ -262,8 +262,11 @@ void DisMessageParse::parseInputMessage(InputMessageRun& run, QChar const* text,
     auto const captured = [view](QRegularExpressionMatch const& match, int group) {
         return view.mid(match.capturedStart(group), match.capturedLength(group));
     };
+    auto const isBehind = [](MatchQueue const& queue, int at) {
+        return queue.hasNext() && queue.start() < at;
+    };
     int pos = 0;
-    while (pos < length) {
+    while (pos < length || isBehind(emoji, pos) || isBehind(mentions, pos)) {
         int boundary = length;
         if (emoji.hasNext()) {
             if (emoji.start() == pos) {
