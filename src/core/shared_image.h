@@ -7,10 +7,11 @@
 
 #include <QHash>
 #include <QPixmap>
-#include <QReadWriteLock>
 #include <QSharedPointer>
 #include <QSize>
 
+#include <mutex>
+#include <shared_mutex>
 #include <utility>
 
 class SharedImageData {
@@ -111,7 +112,7 @@ public:
     {
         // The lock is held until the pointer is wrapped. Data that is about to die waits for it in
         // its destructor, so the pointer is good; its count tells whether it is dying.
-        QReadLocker const locker(&m_lock);
+        std::shared_lock const locker(m_lock);
         SharedImageData* data = m_images.value(key, nullptr);
         return data ? SharedImage::createIfAlive(data) : SharedImage();
     }
@@ -121,7 +122,7 @@ public:
     {
         auto* data = new WeakMapSharedImageData<Key>(creation, m_self, key);
         SharedImage image(data);
-        QWriteLocker const locker(&m_lock);
+        std::unique_lock const locker(m_lock);
         m_images.insert(key, data);
         return image;
     }
@@ -132,13 +133,13 @@ private:
 
     void forget(Key const& key, SharedImageData const* data)
     {
-        QWriteLocker const locker(&m_lock);
+        std::unique_lock const locker(m_lock);
         auto const it = m_images.find(key);
         if (it != m_images.end() && it.value() == data) // a newer image may have replaced it
             m_images.erase(it);
     }
 
-    mutable QReadWriteLock m_lock;
+    mutable std::shared_mutex m_lock; // of the kind that the thread sanitizer can follow
     QHash<Key, SharedImageData*> m_images;
     QWeakPointer<SharedImageWeakMap> m_self;
 };

@@ -1,0 +1,169 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "child_roles.h"
+
+#include "chat_window.h"
+#include "global_events.h"
+#include "i_nak_service.h"
+#include "nak_application.h"
+#include "preferences.h"
+#include "startup.h"
+
+#include <QPointer>
+#include <QStyle>
+#include <QThreadPool>
+#include <QTimer>
+
+#include <cstdio>
+#include <map>
+#include <string>
+
+namespace {
+
+void say(QString const& text)
+{
+    std::fputs((text + QLatin1Char('\n')).toUtf8().constData(), stdout);
+    std::fflush(stdout);
+}
+
+void say(char const* text)
+{
+    say(QString::fromLatin1(text));
+}
+
+class FakeService : public QObject, public INakService {
+    Q_OBJECT
+    Q_INTERFACES(INakService)
+public:
+    explicit FakeService(bool hangs)
+        : m_hangs(hangs)
+    {
+    }
+    ~FakeService() override { say("service is gone"); }
+
+    void deinit() override
+    {
+        say("service goes down");
+        if (!m_hangs)
+            deleteLater();
+    }
+
+private:
+    bool const m_hangs;
+};
+
+// main(), with something done between the application's making and its event loop.
+template <typename Function> int runApplication(Function&& prepare)
+{
+    int argc = 1;
+    char name[] = "nakwire";
+    char* argv[] = { name, nullptr };
+    NakStartup::setApplicationNames();
+    NakStartup::setEnvironment();
+    NakStartup::setApplicationAttributes();
+    QString const style = NakStartup::chooseStyle(NakStartup::loadThemeColors());
+    int status = 0;
+    {
+        NakApplication app(style, argc, argv);
+        prepare(app);
+        status = QApplication::exec();
+        say("loop has ended");
+    }
+    say("application is gone");
+    return status;
+}
+
+int quitWithService(bool hangs)
+{
+    return runApplication([hangs](NakApplication& app) {
+        app.addService(new FakeService(hangs));
+        app.showFirstWindow();
+        QTimer::singleShot(0, &app, [&app] {
+            app.beginQuit();
+            say(app.didBeginQuit() ? "quit has begun" : "quit has not begun");
+            app.beginQuit(); // idle
+        });
+    });
+}
+
+int printStyle()
+{
+    return runApplication([](NakApplication& app) {
+        say(QString::fromLatin1(QApplication::style()->metaObject()->className()));
+        QTimer::singleShot(0, &app, &NakApplication::beginQuit);
+    });
+}
+
+// Two windows come on screen; accounts may connect by themselves, once.
+int showTwoWindows()
+{
+    return runApplication([](NakApplication& app) {
+        QObject::connect(g_globalEvents, &NakGlobalEvents::accountAutoOnlineBecameOk,
+                         [] { say("accounts may connect"); });
+        app.showFirstWindow();
+        app.showFirstWindow();
+        say("windows are shown");
+        QTimer::singleShot(100, &app, &NakApplication::beginQuit);
+    });
+}
+
+// The last window is closed under these two preferences.
+int closeLastWindow(bool tray, bool stay)
+{
+    return runApplication([tray, stay](NakApplication& app) {
+        g_preferences->showSystemTrayIcon = tray;
+        g_preferences->stayRunningWithNoWindows = stay;
+        app.showFirstWindow();
+        app.showFirstWindow();
+        QTimer::singleShot(0, &app, [&app] {
+            NakChatWindow::chatWindows().at(0)->close();
+            QTimer::singleShot(100, &app, [&app] {
+                say(app.didBeginQuit() ? "quits too early" : "one window is left");
+                NakChatWindow::chatWindows().at(0)->close();
+                QTimer::singleShot(200, &app, [&app] {
+                    say("stays");
+                    app.beginQuit();
+                });
+            });
+        });
+    });
+}
+
+// A window with one of its own below it, and one of another kind: all go before the services.
+int quitWithWindows()
+{
+    return runApplication([](NakApplication& app) {
+        app.addService(new FakeService(false));
+        app.showFirstWindow();
+        QPointer<QWidget> const window = NakChatWindow::chatWindows().at(0);
+        auto* child = new QWidget(window, Qt::Window);
+        auto* other = new QWidget;
+        child->show();
+        other->show();
+        QObject::connect(window, &QObject::destroyed, [] { say("window is gone"); });
+        QObject::connect(child, &QObject::destroyed, [] { say("its child is gone"); });
+        QObject::connect(other, &QObject::destroyed, [] { say("other window is gone"); });
+        QTimer::singleShot(0, &app, &NakApplication::beginQuit);
+    });
+}
+
+} // namespace
+
+int runChildRole(char const* role)
+{
+    static std::map<std::string, int (*)()> const roles{
+        { "hanging-service", [] { return quitWithService(true); } },
+        { "good-service", [] { return quitWithService(false); } },
+        { "print-style", printStyle },
+        { "two-windows", showTwoWindows },
+        { "close-last", [] { return closeLastWindow(false, false); } },
+        { "close-last-tray", [] { return closeLastWindow(true, false); } },
+        { "close-last-stay", [] { return closeLastWindow(false, true); } },
+        { "close-last-tray-stay", [] { return closeLastWindow(true, true); } },
+        { "quit-with-windows", quitWithWindows },
+    };
+    auto const it = roles.find(role);
+    return it == roles.end() ? 99 : it->second();
+}
+
+#include "child_roles.moc"

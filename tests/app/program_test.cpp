@@ -1,0 +1,219 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The real program, seen from outside.
+
+#include "surroundings.h"
+
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <memory>
+
+namespace {
+
+QString program()
+{
+    return QStringLiteral(NAKWIRE_PROGRAM);
+}
+
+class Program : public testing::Test {
+protected:
+    static void SetUpTestSuite() { s_display = std::make_unique<Display>(); }
+    static void TearDownTestSuite() { s_display.reset(); }
+
+    void SetUp() override
+    {
+        ASSERT_FALSE(s_display->name().isEmpty());
+        m_surroundings.environment.insert(QStringLiteral("DISPLAY"), s_display->name());
+        m_surroundings.environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+    }
+
+    std::unique_ptr<QProcess> start()
+    {
+        auto process = std::make_unique<QProcess>();
+        process->setProcessEnvironment(m_surroundings.environment);
+        process->start(program(), QStringList());
+        return process;
+    }
+
+    // The window's identifier once it is there.
+    static QString waitForWindow(QProcess const& process, QString const& name)
+    {
+        QString window;
+        waitUntil([&] {
+            window = s_display->windowOf(process.processId(), name);
+            return !window.isEmpty();
+        });
+        return window;
+    }
+
+    QByteArray logText() const
+    {
+        QByteArray text;
+        for (QString const& name : m_surroundings.temporaryFiles()) {
+            QFile file(m_surroundings.environment.value(QStringLiteral("TMPDIR")) + QLatin1Char('/')
+                       + name);
+            if (file.open(QIODevice::ReadOnly))
+                text += file.readAll();
+        }
+        return text;
+    }
+
+    QByteArray lockText() const
+    {
+        QFile file(m_surroundings.dataPath(QStringLiteral("nakwire.lockfile")));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no lock");
+    }
+
+    void expectOrderlyEnd(QProcess& process)
+    {
+        Finished const finished = waitForEnd(process);
+        EXPECT_EQ(finished.status, 0) << finished.standardError;
+        EXPECT_EQ(lockText(), "no lock");
+        EXPECT_EQ(logText(), "");
+        EXPECT_TRUE(m_surroundings.temporaryFiles().isEmpty());
+    }
+
+    static std::unique_ptr<Display> s_display;
+    QString const m_title = QStringLiteral("Nakwire");
+    Surroundings m_surroundings;
+};
+
+std::unique_ptr<Display> Program::s_display;
+
+} // namespace
+
+TEST(CommandLine, VersionIsAllOfIt)
+{
+    struct {
+        QStringList arguments;
+        int status;
+        char const* output;
+        char const* error;
+    } const cases[] = {
+        { { QStringLiteral("--version") }, 0, "Nakwire 0.4.8\n", "" },
+        { { QStringLiteral("--version"), QStringLiteral("x") }, 0, "Nakwire 0.4.8\n", "" },
+        { { QStringLiteral("--help") }, 1, "", "Unrecognized command line argument: \"--help\"\n" },
+        { { QStringLiteral("-h"), QStringLiteral("--version") },
+          1,
+          "",
+          "Unrecognized command line argument: \"-h\"\n" },
+        { { QStringLiteral("--version=1") },
+          1,
+          "",
+          "Unrecognized command line argument: \"--version=1\"\n" },
+        { { QStringLiteral("discord") },
+          1,
+          "",
+          "Unrecognized command line argument: \"discord\"\n" },
+        { { QString::fromLatin1("") }, 1, "", "Unrecognized command line argument: \"\"\n" },
+    };
+    for (auto const& c : cases) {
+        Surroundings surroundings;
+        // The application never starts, so it never misses its platform.
+        surroundings.environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("none"));
+        Finished const finished = run(surroundings, program(), c.arguments);
+        EXPECT_EQ(finished.status, c.status);
+        EXPECT_EQ(finished.standardOutput, c.output);
+        EXPECT_EQ(finished.standardError, c.error);
+        EXPECT_FALSE(surroundings.dataPathExists());
+        EXPECT_TRUE(surroundings.temporaryFiles().isEmpty());
+    }
+}
+
+TEST_F(Program, SignalsEndItInOrder)
+{
+    for (int signal : { SIGTERM, SIGINT }) {
+        auto process = start();
+        ASSERT_FALSE(waitForWindow(*process, m_title).isEmpty());
+        EXPECT_NE(lockText(), "no lock");
+        EXPECT_TRUE(waitUntil([&] { return logText().contains("Started new log file\n"); }));
+        kill(static_cast<pid_t>(process->processId()), signal);
+        expectOrderlyEnd(*process);
+    }
+}
+
+TEST_F(Program, EndsWithItsLastWindow)
+{
+    auto process = start();
+    QString const window = waitForWindow(*process, m_title);
+    ASSERT_FALSE(window.isEmpty());
+    s_display->pressKey(window, QStringLiteral("ctrl+w"));
+    expectOrderlyEnd(*process);
+}
+
+TEST_F(Program, QuitKey)
+{
+    auto process = start();
+    QString const window = waitForWindow(*process, m_title);
+    ASSERT_FALSE(window.isEmpty());
+    s_display->pressKey(window, QStringLiteral("ctrl+q"));
+    expectOrderlyEnd(*process);
+}
+
+TEST_F(Program, SecondOneAsksAndLeavesTheFirstAlone)
+{
+    auto first = start();
+    QString const window = waitForWindow(*first, m_title);
+    ASSERT_FALSE(window.isEmpty());
+    QByteArray const lock = lockText();
+    for (char const* key : { "Return", "Escape" }) {
+        auto second = start();
+        QString const box = waitForWindow(*second, QStringLiteral("Nakwire Startup"));
+        ASSERT_FALSE(box.isEmpty());
+        s_display->pressKey(box, QString::fromLatin1(key));
+        Finished const finished = waitForEnd(*second);
+        EXPECT_EQ(finished.status, 1) << finished.standardError;
+        EXPECT_EQ(lockText(), lock);
+        EXPECT_EQ(s_display->windowOf(first->processId(), m_title), window);
+        EXPECT_EQ(m_surroundings.temporaryFiles().size(), 1); // the first one's log
+    }
+    kill(static_cast<pid_t>(first->processId()), SIGTERM);
+    expectOrderlyEnd(*first);
+}
+
+TEST_F(Program, LockOfADeadProcessIsTaken)
+{
+    auto first = start();
+    ASSERT_FALSE(waitForWindow(*first, m_title).isEmpty());
+    first->kill();
+    EXPECT_EQ(waitForEnd(*first).status, -1);
+    QByteArray const lock = lockText();
+    EXPECT_NE(lock, "no lock");
+    auto second = start();
+    ASSERT_FALSE(waitForWindow(*second, m_title).isEmpty());
+    EXPECT_NE(lockText(), lock);
+    kill(static_cast<pid_t>(second->processId()), SIGTERM);
+    EXPECT_EQ(waitForEnd(*second).status, 0);
+}
+
+TEST_F(Program, DeploymentFileIsLogged)
+{
+    struct {
+        QByteArray contents; // null: there is no file
+        char const* logged;
+    } const cases[] = {
+        { "[discord]\napi_url=http://127.0.0.1:1/api/v6\n",
+          "\tWarn\tApplication:\tHosts and addresses are replaced by the deployment file " },
+        { QByteArray(), "\tWarn\tApplication:\tThe deployment file " },
+    };
+    QString const path = m_surroundings.dataPath(QStringLiteral("../d.ini"));
+    m_surroundings.environment.insert(QStringLiteral("NAKWIRE_DEPLOYMENT"), path);
+    m_surroundings.writeSettings("");
+    for (auto const& c : cases) {
+        QFile::remove(path);
+        if (!c.contents.isNull()) {
+            QFile file(path);
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+            file.write(c.contents);
+        }
+        auto process = start();
+        EXPECT_TRUE(waitUntil([&] { return logText().contains(c.logged + path.toUtf8()); }))
+            << logText().toStdString();
+        ASSERT_FALSE(waitForWindow(*process, m_title).isEmpty());
+        kill(static_cast<pid_t>(process->processId()), SIGTERM);
+        expectOrderlyEnd(*process);
+    }
+}
