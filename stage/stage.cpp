@@ -141,8 +141,11 @@ Stage::Stage(StageOptions const& options, QObject* parent)
     connect(&gateway, &Gateway::identified, this, &Stage::identified);
     connect(&gateway, &Gateway::resumed, this, &Stage::resumed);
     connect(&gateway, &Gateway::frameReceived, this, [this](int op, QJsonObject const& frame) {
-        if (m_priv->options.recordRequests && m_priv->frames.size() < kMaxFrames)
+        if (m_priv->options.recordRequests) {
             m_priv->frames.append(frame);
+            if (m_priv->frames.size() > kMaxFrames)
+                m_priv->frames.removeFirst();
+        }
         emit frameReceived(op, frame);
     });
     m_priv->listening = gateway.listen() && m_priv->http.listen();

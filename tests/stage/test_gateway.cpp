@@ -185,7 +185,63 @@ TEST(StageGateway, FaultsReachTheClient)
     EXPECT_FALSE(client.waitFor(10).isEmpty());
 }
 
-// Identifiers of a list of rows: "role:n", "online:n", "offline:n" for headings, "m" for members.
+TEST(StageGateway, AResumeBeyondTheLogIsInvalid)
+{
+    stage::Stage stage(options());
+    WireClient client;
+    client.open(stage.gatewayUrl());
+    client.waitFor(10);
+    client.identify();
+    QString const session = payload(client.waitFor(0, "READY")).value(key("session_id")).toString();
+    QSignalSpy closed(&client.socket, &QWebSocket::disconnected);
+    stage.dropConnection();
+    ASSERT_TRUE(waitUntil([&] { return closed.count() == 1; }));
+    // READY was 1, these are 2 to 8194; the log holds the last 8192 of them, from 3 on.
+    for (int n = 0; n < 8193; ++n)
+        stage.sendDispatch(key("X"), {});
+    client.frames.clear();
+    client.open(stage.gatewayUrl());
+    client.waitFor(10);
+    client.resume(session, 1);
+    EXPECT_FALSE(client.waitFor(9).isEmpty());
+    client.frames.clear();
+    client.resume(session, 2);
+    EXPECT_EQ(client.waitFor(0, "RESUMED").value(key("s")).toInt(), 8195);
+    EXPECT_EQ(client.frames.size(), 8193);
+    EXPECT_EQ(client.frames.first().value(key("s")).toInt(), 3);
+}
+
+// Whatever arrives, the stage goes on serving the next client.
+TEST(StageGateway, DamagedFramesEndTheirConnectionAtMost)
+{
+    stage::Stage stage(options());
+    QJsonObject const identify{ { key("op"), 2 },
+                                { key("d"), QJsonObject{ { key("token"), key("secret") } } } };
+    QByteArray const good = stage::encodeTerm(stage::fromJson(identify));
+    QVector<QByteArray> bad{ QByteArray(), QByteArray(1000, '\xff'), QByteArray("\x83t\0\0", 4) };
+    for (int at = 0; at < good.size(); ++at) {
+        bad << good.left(at);
+        QByteArray damaged = good;
+        damaged[at] = char(damaged[at] ^ 0x55);
+        bad << damaged;
+    }
+    for (QByteArray const& bytes : bad) {
+        WireClient client;
+        QSignalSpy opened(&client.socket, &QWebSocket::connected);
+        QSignalSpy closed(&client.socket, &QWebSocket::disconnected);
+        client.open(stage.gatewayUrl());
+        ASSERT_TRUE(waitUntil([&] { return opened.count() == 1; }));
+        client.socket.sendBinaryMessage(bytes);
+        ASSERT_TRUE(waitUntil([&] { return closed.count() == 1; })) << bytes.toHex().toStdString();
+    }
+    WireClient client;
+    client.open(stage.gatewayUrl());
+    client.waitFor(10);
+    client.identify();
+    EXPECT_FALSE(client.waitFor(0, "READY").isEmpty());
+}
+
+// Rows of a list, one letter each: "g" for headings, "m" for members.
 QString rows(QJsonArray const& items)
 {
     QString out;
