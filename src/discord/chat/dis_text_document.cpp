@@ -165,6 +165,17 @@ void Filler::piece(DisplayMessagePiece const& piece, bool last)
     }
 }
 
+// An empty block that is joined with the next one takes over that one's format; not here.
+void removeFromCursor(QTextCursor& cursor)
+{
+    QTextBlockFormat const format = cursor.blockFormat();
+    cursor.movePosition(QTextCursor::End, QTextCursor::KeepAnchor);
+    cursor.removeSelectedText();
+    if (cursor.blockFormat() != format) {
+        cursor.setBlockFormat(format);
+    }
+}
+
 // Otherwise every line is shaped twice: to be laid out, and then each time it is painted.
 void keepShapedText(QTextDocument const& doc)
 {
@@ -292,8 +303,7 @@ void DisTextDocument::Impl::setData(DisTextDocument* doc, DisText::ContentParams
     cursor.beginEditBlock();
     cursor.setBlockFormat(priv.formats.regularBlock);
     filler.body();
-    cursor.movePosition(QTextCursor::End, QTextCursor::KeepAnchor);
-    cursor.removeSelectedText();
+    removeFromCursor(cursor);
     impl.hasCodeBlock = filler.hasCodeBlock;
     keepShapedText(*doc);
     cursor.endEditBlock();

@@ -1,0 +1,293 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "dis_text_view.h"
+#include "text_fixture.h"
+
+#include <QAbstractTextDocumentLayout>
+#include <QAccessible>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QDesktopServices>
+#include <QGuiApplication>
+#include <QMenu>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTextBlock>
+#include <QTextLayout>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+namespace Modes = DisText::ContentMode;
+
+// Takes the place of the desktop's browser.
+class Browser : public QObject {
+    Q_OBJECT
+public:
+    Browser()
+    {
+        for (char const* scheme : schemes) {
+            QDesktopServices::setUrlHandler(QLatin1String(scheme), this, "open");
+        }
+    }
+    ~Browser() override
+    {
+        for (char const* scheme : schemes) {
+            QDesktopServices::unsetUrlHandler(QLatin1String(scheme));
+        }
+    }
+    Q_INVOKABLE void open(QUrl const& url) { opened += url.toString() + QLatin1Char(' '); }
+
+    QString opened;
+
+private:
+    static constexpr char const* schemes[] = { "http", "https", "file" };
+};
+
+class TextViewTest : public TextFixture {
+protected:
+    TextViewTest()
+        : view(&window)
+    {
+        window.resize(400, 300);
+        view.setGeometry(0, 0, 400, 20);
+        window.show();
+    }
+
+    void set(char const* text, DisText::ContentMode::Type mode = Modes::Normal)
+    {
+        view.setFromParams(QString::fromUtf8(text), FlakeId(), mode);
+    }
+
+    // The middle of the character at that place of the text's first block.
+    QPoint at(int position) const
+    {
+        QTextBlock const block = view.document()->begin();
+        QTextLine const line = block.layout()->lineForTextPosition(position);
+        qreal const left = line.cursorToX(position);
+        qreal const right = line.cursorToX(position + 1);
+        return QPoint(int((left + right) / 2), int(line.y() + line.height() / 2));
+    }
+
+    void move(QPoint const& pos, Qt::MouseButtons buttons = Qt::NoButton)
+    {
+        QMouseEvent event(QEvent::MouseMove, pos, view.mapToGlobal(pos), Qt::NoButton, buttons,
+                          Qt::NoModifier);
+        QCoreApplication::sendEvent(&view, &event);
+    }
+
+    QWidget window;
+    DisTextView view;
+};
+
+TEST_F(TextViewTest, TheHeightIsThatOfTheDocument)
+{
+    set("one line");
+    int const line = view.height();
+    EXPECT_EQ(line, int(view.document()->size().height()));
+    set("one\ntwo\nthree");
+    EXPECT_NEAR(view.height(), 3 * line, 2);
+    QString const words = QStringLiteral("word ").repeated(60);
+    view.setFromParams(words, FlakeId(), Modes::Normal);
+    int const wide = view.height();
+    EXPECT_EQ(view.heightForWidth(400), wide);
+    int const narrow = view.heightForWidth(100);
+    EXPECT_GT(narrow, 3 * wide);
+    view.resize(100, view.height());
+    EXPECT_EQ(view.height(), narrow);
+    EXPECT_EQ(view.minimumHeight(), narrow);
+    EXPECT_EQ(view.maximumHeight(), narrow);
+}
+
+TEST_F(TextViewTest, ABoxFollowsTheHeight)
+{
+    QWidget box;
+    auto* const layout = new QVBoxLayout(&box);
+    layout->setContentsMargins(0, 0, 0, 0);
+    auto* const inner = new DisTextView;
+    layout->addWidget(inner);
+    layout->addStretch(1);
+    box.resize(300, 500);
+    box.show();
+    for (int width : { 300, 90, 200 }) {
+        box.resize(width, 500);
+        inner->setFromParams(QStringLiteral("word ").repeated(width / 3), FlakeId(), Modes::Normal);
+        QCoreApplication::sendPostedEvents();
+        EXPECT_EQ(inner->width(), width);
+        EXPECT_EQ(inner->height(), int(inner->document()->size().height()));
+        EXPECT_EQ(inner->document()->textWidth(), width);
+    }
+}
+
+TEST_F(TextViewTest, ALinkOpensAtAPress)
+{
+    Browser browser;
+    set("see https://a.example/b now");
+    QTest::mouseClick(&view, Qt::LeftButton, {}, at(1));
+    EXPECT_EQ(browser.opened, QString());
+    EXPECT_EQ(view.anchorAt(at(1)), QString());
+    move(at(8));
+    EXPECT_EQ(view.cursor().shape(), Qt::PointingHandCursor);
+    QTest::mouseClick(&view, Qt::LeftButton, {}, at(8));
+    EXPECT_EQ(browser.opened, QStringLiteral("https://a.example/b "));
+    QTest::mouseDClick(&view, Qt::LeftButton, {}, at(8)); // only the second click's own event
+    EXPECT_EQ(browser.opened, QStringLiteral("https://a.example/b ")) << "once for both clicks";
+    move(at(1));
+    EXPECT_EQ(view.cursor().shape(), Qt::ArrowCursor);
+    view.setTextSelectionEnabled(true);
+    EXPECT_EQ(view.cursor().shape(), Qt::IBeamCursor);
+    QTest::mouseClick(&view, Qt::LeftButton, {}, at(8));
+    EXPECT_EQ(browser.opened, QStringLiteral("https://a.example/b "));
+}
+
+TEST_F(TextViewTest, ALinkWithANameInItIsNotOpened)
+{
+    Browser browser;
+    set("https://good.example@bad.example/");
+    QTest::mouseClick(&view, Qt::LeftButton, {}, at(3));
+    EXPECT_EQ(browser.opened, QString());
+}
+
+TEST_F(TextViewTest, ALinkHasAMenu)
+{
+    Browser browser;
+    set("see https://a.example/b");
+    auto const request = [this](QPoint const& pos) {
+        QContextMenuEvent event(QContextMenuEvent::Mouse, pos, view.mapToGlobal(pos));
+        event.setAccepted(false);
+        QCoreApplication::sendEvent(&view, &event);
+        return view.findChild<QMenu*>();
+    };
+    EXPECT_EQ(request(at(1)), nullptr);
+    QMenu* const menu = request(at(10));
+    ASSERT_NE(menu, nullptr);
+    QStringList names;
+    for (QAction* action : menu->actions()) {
+        names.append(action->text());
+        action->trigger();
+    }
+    EXPECT_EQ(names.join(QLatin1Char('|')), QStringLiteral("Open Link|Copy Link"));
+    EXPECT_EQ(browser.opened, QStringLiteral("https://a.example/b "));
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("https://a.example/b"));
+    menu->close();
+}
+
+TEST_F(TextViewTest, DraggingSelectsCharacters)
+{
+    set("one two three");
+    view.setTextSelectionEnabled(true);
+    QSignalSpy modified(&view, &DisTextView::textSelectionModified);
+    QTest::mousePress(&view, Qt::LeftButton, {}, at(4) - QPoint(1, 0));
+    move(at(6) + QPoint(1, 0), Qt::LeftButton);
+    EXPECT_EQ(view.selectedPlainText(), QStringLiteral("two"));
+    EXPECT_EQ(modified.count(), 2);
+    move(QPoint(-50, -50), Qt::LeftButton);
+    EXPECT_EQ(view.selectedPlainText(), QStringLiteral("one "));
+    QTest::mouseRelease(&view, Qt::LeftButton, {}, at(0));
+    move(at(9), Qt::LeftButton);
+    EXPECT_EQ(view.selectedPlainText(), QStringLiteral("one ")) << "the drag is over";
+    set("other");
+    EXPECT_EQ(view.selectedPlainText(), QString());
+    QTest::mousePress(&view, Qt::LeftButton, {}, at(1));
+    move(at(3), Qt::LeftButton);
+    EXPECT_FALSE(view.selectedPlainText().isEmpty());
+    view.setTextSelectionEnabled(false);
+    EXPECT_EQ(view.selectedPlainText(), QString());
+}
+
+TEST_F(TextViewTest, ADoubleClickSelectsWords)
+{
+    set("one two three four");
+    view.setTextSelectionEnabled(true);
+    QTest::mousePress(&view, Qt::LeftButton, {}, at(9));
+    QTest::mouseRelease(&view, Qt::LeftButton, {}, at(9));
+    QMouseEvent twice(QEvent::MouseButtonDblClick, at(9), Qt::LeftButton, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(&view, &twice);
+    EXPECT_EQ(view.selectedPlainText(), QStringLiteral("three"));
+    move(at(5), Qt::LeftButton);
+    EXPECT_EQ(view.selectedPlainText(), QStringLiteral("two three"));
+    move(at(15), Qt::LeftButton);
+    EXPECT_EQ(view.selectedPlainText(), QStringLiteral("three four"));
+}
+
+TEST_F(TextViewTest, ATripleClickSelectsTheWholeDocument)
+{
+    set("one two\nthree\n```\nfour\n```");
+    view.setTextSelectionEnabled(true);
+    QTest::mousePress(&view, Qt::LeftButton, {}, at(1));
+    QMouseEvent twice(QEvent::MouseButtonDblClick, at(1), Qt::LeftButton, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(&view, &twice);
+    EXPECT_EQ(view.selectedPlainText(), QStringLiteral("one"));
+    QTest::mousePress(&view, Qt::LeftButton, {}, at(1));
+    EXPECT_EQ(view.selectedPlainText(), QStringLiteral("one two\nthree\nfour"));
+    QTest::mousePress(&view, Qt::LeftButton, {}, at(1));
+    EXPECT_EQ(view.selectedPlainText(), QString()) << "a fourth begins anew";
+}
+
+TEST_F(TextViewTest, ARenameShowsAtOnce)
+{
+    set("hi <@1>");
+    exec("update user set name = 'eve' where id = 1");
+    DisChanges changes;
+    changes.add(DisChange::ChangeType::UserPropertiesChanged, FlakeId(1));
+    announce(changes);
+    EXPECT_EQ(dump(*view.document()), "[|hi ][bold|@eve]");
+}
+
+TEST_F(TextViewTest, AReleasedDocumentComesBackWithoutItsView)
+{
+    auto* const other = new DisTextView;
+    other->setFromParams(QStringLiteral("<@1>"), FlakeId(), Modes::Normal);
+    DisTextDocument* const document = other->document();
+    delete other;
+    EXPECT_EQ(document->parent(), nullptr);
+    EXPECT_EQ(DisTextView().document(), document);
+}
+
+int darkest(QImage const& image, QRect const& rect)
+{
+    int least = 255;
+    for (int y = rect.top(); y <= rect.bottom(); ++y) {
+        for (int x = rect.left(); x <= rect.right(); ++x) {
+            least = std::min(least, qGray(image.pixel(x, y)));
+        }
+    }
+    return least;
+}
+
+TEST_F(TextViewTest, CodeHasAGroundAndPendingTextIsPale)
+{
+    QPalette palette;
+    palette.setColor(QPalette::Window, Qt::white);
+    palette.setColor(QPalette::Text, Qt::black);
+    window.setPalette(palette);
+    set("text\n```\ncode\nmore\n```\ntext");
+    int const line = view.height() / 4;
+    QImage const image = window.grab().toImage();
+    // At the right edge there is no text, so what is not white is the ground of the code.
+    EXPECT_EQ(qGray(image.pixel(390, line / 2)), 255);
+    EXPECT_EQ(qGray(image.pixel(390, line + line / 2)), 225);
+    EXPECT_EQ(qGray(image.pixel(390, 2 * line)), 225) << "no gap between the lines";
+    EXPECT_EQ(qGray(image.pixel(390, 3 * line + line / 2)), 255);
+    QRect const firstLine(0, 0, 40, line);
+    EXPECT_LT(darkest(image, firstLine), 20);
+    view.setDisplayAsPending(true);
+    int const pale = darkest(window.grab().toImage(), firstLine);
+    EXPECT_NEAR(pale, 255 * 2 / 5, 20);
+}
+
+TEST_F(TextViewTest, AssistiveToolsReadTheText)
+{
+    set("hi <@1>", Modes::Edited);
+    QAccessibleInterface* const face = QAccessible::queryAccessibleInterface(&view);
+    ASSERT_NE(face, nullptr);
+    EXPECT_EQ(face->role(), QAccessible::StaticText);
+    EXPECT_EQ(face->text(QAccessible::Name), QStringLiteral("hi @ann [edited]"));
+}
+
+} // namespace
+
+#include "test_text_view.moc"

@@ -1,0 +1,114 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "text_fixture.h"
+
+#include "dis_cache.h"
+
+#include <QGuiApplication>
+#include <QPalette>
+#include <QTextBlock>
+
+#include <sqlite3.h>
+
+// Names: users 1 ann#0001, 2 bob#0002, 3 without a discriminator; channel 20 #general in guild 10;
+// roles 30 (red), 31 (no colour); user 1 has role 30; emoji 40 "wave", 41 "spin" (animated) and
+// 42 "wave" again, of guild 10.
+static constexpr char names[] = R"sql(
+insert into guild (id, name, owner_id) values (10, 'home', 1);
+insert into user (id, name, discrim) values (1, 'ann', '0001'), (2, 'bob', '0002'), (3, 'cy', null);
+insert into any_channel (id, type) values (20, 1);
+insert into guild_channel (id, guild_id, parent_id, position, name, rate_limit_per_user)
+    values (20, 10, 0, 0, 'general', 0);
+insert into role (id, guild_id, name, color, position) values (10, 10, '@everyone', 0, 0),
+    (30, 10, 'staff', 16711680, 2), (31, 10, 'plain', 0, 1);
+insert into guild_member (guild_id, user_id) values (10, 1), (10, 2);
+insert into guild_member_role (user_id, role_id) values (1, 30);
+insert into emoji (id, name, animated) values (40, 'wave', 0), (41, 'spin', 1), (42, 'wave', 0);
+insert into emoji_guild (emoji_id, guild_id) values (40, 10), (41, 10), (42, 10);
+)sql";
+
+TextFixture::TextFixture()
+{
+    preferences.messageBufferFont = QFont(QStringLiteral("DejaVu Sans"), 10);
+    preferences.messageMonospaceFont = QFont(QStringLiteral("DejaVu Sans Mono"), 10);
+    g_preferences = &preferences;
+    client = std::make_unique<DisClient>(
+        DisClientConstants(), directory.filePath(QStringLiteral("store.nakdb")), nullptr);
+    g_disClient = client.get();
+    DisCache::createGlobalData();
+    exec(names);
+    manager = std::make_unique<DisTextDocumentManager>();
+    g_disTextDocumentManager = manager.get();
+}
+
+TextFixture::~TextFixture()
+{
+    g_disTextDocumentManager = nullptr;
+    manager.reset();
+    DisCache::destroyGlobalData();
+    g_disClient = nullptr;
+    client.reset();
+    g_preferences = nullptr;
+}
+
+void TextFixture::exec(char const* sql)
+{
+    char* message = nullptr;
+    ASSERT_EQ(sqlite3_exec(client->db(), sql, nullptr, nullptr, &message), SQLITE_OK) << message;
+}
+
+void TextFixture::announce(DisChanges const& changes)
+{
+    DisCache::applyChanges(changes);
+    emit client->disChanges(changes);
+}
+
+namespace {
+
+QString role(QTextCharFormat const& format)
+{
+    QStringList words;
+    if (format.font().family() == QLatin1String("DejaVu Sans Mono")) {
+        words.append(QStringLiteral("mono"));
+    }
+    if (format.fontWeight() == 75) {
+        words.append(QStringLiteral("bold"));
+    }
+    if (format.fontItalic()) {
+        words.append(QStringLiteral("italic"));
+    }
+    if (format.underlineStyle() == QTextCharFormat::SingleUnderline) {
+        words.append(QStringLiteral("underlined"));
+    }
+    if (format.isAnchor()) {
+        words.append(QLatin1Char('>') + format.anchorHref());
+    }
+    if (format.hasProperty(QTextFormat::ForegroundBrush)) {
+        bool const dim = format.foreground()
+            == QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text);
+        words.append(dim ? QStringLiteral("dim") : format.foreground().color().name());
+    }
+    if (format.background().color() == QColor(0, 0, 0, 30)) {
+        words.append(QStringLiteral("shaded"));
+    }
+    return words.join(QLatin1Char(' '));
+}
+
+} // namespace
+
+std::string dump(QTextDocument const& document)
+{
+    QStringList lines;
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+        QString line;
+        if (block.blockFormat().leftMargin() == 5.0) {
+            line += QStringLiteral("fence ");
+        }
+        for (auto it = block.begin(); !it.atEnd(); ++it) {
+            QString const name = role(it.fragment().charFormat());
+            line += QStringLiteral("[%1|%2]").arg(name, it.fragment().text());
+        }
+        lines.append(line);
+    }
+    return lines.join(QLatin1Char('\n')).toStdString();
+}
