@@ -33,12 +33,15 @@ struct Build {
     }
 };
 
-Bytes buildList(Build& build, Bytes at, quint32 offset, quint32 count);
-Bytes buildMap(Build& build, Bytes at, quint32 offset, quint32 count);
+Q_NEVER_INLINE Bytes buildList(Build& build, Bytes at, quint32 offset, quint32 count);
+Q_NEVER_INLINE Bytes buildMap(Build& build, Bytes at, quint32 offset, quint32 count);
 
+// In two halves of which each is one load, since a call of memcmp would cost more than all else.
 template <std::size_t N> bool spells(char const* data, char const (&word)[N])
 {
-    return memcmp(data, word, N - 1) == 0;
+    constexpr std::size_t half = N - 1 < 4 ? 2 : 4;
+    static_assert(N - 1 >= half && N - 1 <= half + 1, "the second half is at most a byte");
+    return memcmp(data, word, half) == 0 && data[N - 2] == word[N - 2];
 }
 
 // Fills the cell at offset from a term.
@@ -113,7 +116,7 @@ bool enter(Build& build, Bytes at, quint32 count, quint32 refused)
     return true;
 }
 
-Bytes buildList(Build& build, Bytes at, quint32 offset, quint32 count)
+Q_NEVER_INLINE Bytes buildList(Build& build, Bytes at, quint32 offset, quint32 count)
 {
     Dread::VList list;
     if (!enter(build, at, count, Dread::maxListCount)) {
@@ -132,7 +135,7 @@ Bytes buildList(Build& build, Bytes at, quint32 offset, quint32 count)
     return Erf::ReadTerm::skipListTail(at, build.end);
 }
 
-Bytes buildMap(Build& build, Bytes at, quint32 offset, quint32 count)
+Q_NEVER_INLINE Bytes buildMap(Build& build, Bytes at, quint32 offset, quint32 count)
 {
     Dread::VMap map;
     if (!enter(build, at, count, Dread::maxMapCount)) {

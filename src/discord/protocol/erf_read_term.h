@@ -36,7 +36,7 @@ struct ReadTerm {
     using Bytes = unsigned char const*;
 
     // Hands the term at `at` to the sink. Returns the cursor behind it, or null after fail.
-    template <class Sink> static Bytes read(Bytes at, Bytes end, Sink&& sink)
+    template <class Sink> Q_ALWAYS_INLINE static Bytes read(Bytes at, Bytes end, Sink&& sink)
     {
         std::size_t const left = static_cast<std::size_t>(end - at);
         if (left == 0) {
@@ -71,7 +71,8 @@ private:
         return at + 5 + length;
     }
 
-    template <class Sink> static Bytes readOther(Bytes at, std::size_t left, Sink&& sink)
+    template <class Sink>
+    Q_ALWAYS_INLINE static Bytes readOther(Bytes at, std::size_t left, Sink&& sink)
     {
         auto const tag = static_cast<TermTag>(*at);
         switch (tag) {
