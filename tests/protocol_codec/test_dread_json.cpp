@@ -91,6 +91,9 @@ TEST(DreadJson, ReadsValues)
         { "[1] 2", "error 0.2" },
         { "nul", "error 0.3" },
         { "1e999", "error 0.13" },
+        { "[1.8e308]", "error 1.1" },
+        { "1e-324", "f64:0000000000000000" },
+        { "5e-324", "f64:0000000000000001" },
     };
     for (Case const& one : cases) {
         EXPECT_EQ(decode(one.json), one.expected) << one.json;

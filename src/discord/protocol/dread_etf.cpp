@@ -33,6 +33,8 @@ struct Build {
     }
 };
 
+// Kept apart so that the reader of scalars is inlined into their loops, where nearly all terms are
+// read, and not wrapped up with the recursion.
 Q_NEVER_INLINE Bytes buildList(Build& build, Bytes at, quint32 offset, quint32 count);
 Q_NEVER_INLINE Bytes buildMap(Build& build, Bytes at, quint32 offset, quint32 count);
 
@@ -116,7 +118,7 @@ bool enter(Build& build, Bytes at, quint32 count, quint32 refused)
     return true;
 }
 
-Q_NEVER_INLINE Bytes buildList(Build& build, Bytes at, quint32 offset, quint32 count)
+Bytes buildList(Build& build, Bytes at, quint32 offset, quint32 count)
 {
     Dread::VList list;
     if (!enter(build, at, count, Dread::maxListCount)) {
@@ -135,7 +137,7 @@ Q_NEVER_INLINE Bytes buildList(Build& build, Bytes at, quint32 offset, quint32 c
     return Erf::ReadTerm::skipListTail(at, build.end);
 }
 
-Q_NEVER_INLINE Bytes buildMap(Build& build, Bytes at, quint32 offset, quint32 count)
+Bytes buildMap(Build& build, Bytes at, quint32 offset, quint32 count)
 {
     Dread::VMap map;
     if (!enter(build, at, count, Dread::maxMapCount)) {

@@ -8,6 +8,7 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <limits>
 
@@ -21,7 +22,9 @@ constexpr std::size_t writerLevels = 32; // levels of 16 bytes, the writer's fir
 constexpr int firstGrowth = 128; // bytes
 constexpr int lastGrowth = 0x3FFFFFFF; // an array larger than this grows no more
 
-constexpr unsigned parseFlags = rapidjson::kParseInsituFlag | rapidjson::kParseFullPrecisionFlag;
+// Not of full precision: that one reads numbers below the smallest double as anything at all, while
+// this one is off by the last digit at most.
+constexpr unsigned parseFlags = rapidjson::kParseInsituFlag;
 
 // --- to Dread ---
 
@@ -125,7 +128,7 @@ bool buildNumber(BuildState& state, quint32 offset, rapidjson::Value const& valu
         Dread::setInt64(state.ctx, offset, value.GetInt64());
     } else if (value.IsUint64()) {
         Dread::setUint64(state.ctx, offset, value.GetUint64());
-    } else if (value.IsDouble()) {
+    } else if (value.IsDouble() && std::isfinite(value.GetDouble())) {
         Dread::setFloat64(state.ctx, offset, value.GetDouble());
     } else {
         return state.fail(BuildCode::ValueOutOfRange);

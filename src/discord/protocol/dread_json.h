@@ -18,7 +18,7 @@ enum class Domain : quint8 {
 
 enum class BuildCode : quint8 {
     OutOfMemory = 0, // the arena refused
-    ValueOutOfRange = 1, // a number of no form that is known, or too many members
+    ValueOutOfRange = 1, // a number that no form holds, or too many members
     KeyTooLong = 2,
     TooDeep = 4,
 };
