@@ -34,12 +34,13 @@ function(nakwire_room name)
   endif()
 endfunction()
 
-# nakwire_test(<name> SEES room... [SOURCES file...] [LABELS label...])
+# nakwire_test(<name> SEES room... [SOURCES file...] [LABELS label...] [DISPLAY])
 #
 # One folder below tests is one GoogleTest program of every source in it (or of SOURCES). It runs
-# with the offscreen platform and a private home, so that no test sees the user's data.
+# with the offscreen platform, or with DISPLAY on a virtual X display of its own, and in a private
+# home, so that no test sees the user's data.
 function(nakwire_test name)
-  cmake_parse_arguments(TEST "" "" "SEES;SOURCES;LABELS" ${ARGN})
+  cmake_parse_arguments(TEST "DISPLAY" "" "SEES;SOURCES;LABELS" ${ARGN})
   if(NOT TEST_SOURCES)
     file(GLOB TEST_SOURCES CONFIGURE_DEPENDS
       ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
@@ -48,8 +49,15 @@ function(nakwire_test name)
   nakwire_flags(${name})
   target_link_libraries(${name} PRIVATE ${TEST_SEES} Qt5::Test GTest::gtest)
   target_compile_definitions(${name} PRIVATE NAKWIRE_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data")
-  add_test(NAME ${name} COMMAND ${name})
+  set(platform offscreen)
+  set(display)
+  if(TEST_DISPLAY)
+    find_program(XVFB_RUN xvfb-run REQUIRED)
+    set(platform xcb)
+    set(display ${XVFB_RUN} -a -s "-screen 0 1400x900x24 -nolisten tcp")
+  endif()
+  add_test(NAME ${name} COMMAND ${display} $<TARGET_FILE:${name}>)
   set_tests_properties(${name} PROPERTIES
-    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;TZ=UTC;LC_ALL=C.UTF-8;HOME=${CMAKE_BINARY_DIR}/test-home;XDG_DATA_HOME=${CMAKE_BINARY_DIR}/test-home/${name};XDG_RUNTIME_DIR=/tmp"
+    ENVIRONMENT "QT_QPA_PLATFORM=${platform};TZ=UTC;LC_ALL=C.UTF-8;HOME=${CMAKE_BINARY_DIR}/test-home;XDG_DATA_HOME=${CMAKE_BINARY_DIR}/test-home/${name};XDG_RUNTIME_DIR=/tmp"
     TIMEOUT 300 LABELS "${TEST_LABELS}")
 endfunction()
