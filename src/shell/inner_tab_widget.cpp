@@ -11,21 +11,40 @@
 #include <QPainter>
 #include <QToolButton>
 
+namespace {
+
+// As high as the bar, and square.
+class NewTabButton : public QToolButton {
+public:
+    explicit NewTabButton(QWidget const* bar)
+        : m_bar(bar)
+    {
+        setAutoRaise(true);
+        setText(QStringLiteral("New Tab"));
+        setToolTip(text());
+        setIcon(NakShell::icon(NakShell::newTabGlyph));
+    }
+
+    QSize sizeHint() const override
+    {
+        int const extent = m_bar->sizeHint().height();
+        return { extent, extent };
+    }
+
+private:
+    QWidget const* m_bar;
+};
+
+} // namespace
+
 NakTabWidgetImpl::InnerTabWidget::InnerTabWidget(QWidget* parent)
     : QTabWidget(parent)
     , m_bar(new NakTabBar)
-    , m_newTab(new QToolButton)
+    , m_newTab(new NewTabButton(m_bar))
 {
     setTabBar(m_bar);
     setDocumentMode(true);
 
-    m_newTab->setAutoRaise(true);
-    m_newTab->setText(QStringLiteral("New Tab"));
-    m_newTab->setToolTip(QStringLiteral("New Tab"));
-    m_newTab->setIcon(NakShell::icon(NakShell::newTabGlyph));
-    m_newTab->setToolButtonStyle(Qt::ToolButtonIconOnly);
-    int const extent = m_bar->sizeHint().height();
-    m_newTab->setFixedSize(extent, extent);
     setCornerWidget(m_newTab, Qt::TopRightCorner);
 }
 

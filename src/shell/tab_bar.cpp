@@ -63,13 +63,11 @@ int NakTabBar::barHeight() const
     return 2 * fontMetrics().height();
 }
 
-// On a narrow tab the button would hide the icon, and a click meant for the tab would close it.
 void NakTabBar::showCloseButtonsThatFit()
 {
     for (int i = 0; i < count(); ++i) {
-        if (QWidget* button = tabButton(i, QTabBar::RightSide)) {
-            button->setVisible(i == currentIndex()
-                               || tabRect(i).width() >= NakwireStyle::narrowTabWidth);
-        }
+        if (QWidget* button = tabButton(i, QTabBar::RightSide))
+            button->setVisible(
+                NakwireStyle::tabShowsClose(tabRect(i).width(), i == currentIndex()));
     }
 }

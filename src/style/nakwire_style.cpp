@@ -59,24 +59,24 @@ struct TabLayout {
 
 TabLayout layoutTab(QStyleOptionTab const& tab)
 {
-    bool const showsClose = !tab.rightButtonSize.isEmpty()
-        && (tab.rect.width() >= NakwireStyle::narrowTabWidth
-            || tab.state.testFlag(QStyle::State_Selected));
+    bool const current = tab.state.testFlag(QStyle::State_Selected);
+    bool const showsClose =
+        !tab.rightButtonSize.isEmpty() && NakwireStyle::tabShowsClose(tab.rect.width(), current);
     QRect room = tab.rect.adjusted(tabPadding, 0, -tabPadding, 0);
-    if (showsClose)
-        room.setRight(room.right() - tab.rightButtonSize.width() - tabGap + tabPadding / 2);
+    if (showsClose) // it stands half the padding off the edge
+        room.setRight(room.right() + tabPadding / 2 - tab.rightButtonSize.width() - tabGap);
 
     TabLayout layout;
     if (!tab.icon.isNull()) {
         QSize const size = tab.iconSize.boundedTo(tab.rect.size());
-        layout.icon = QRect(QPoint(room.left(), tab.rect.center().y() - size.height() / 2), size);
+        int const top = tab.rect.top() + (tab.rect.height() - size.height()) / 2;
+        layout.icon = QRect(QPoint(room.left(), top), size);
         room.setLeft(layout.icon.right() + 1 + tabGap);
-        // Too narrow for any text: the icon stands in the middle of what the close button leaves.
+        // Too narrow for any text.
         if (room.width() < tabPadding) {
-            int const right =
-                showsClose ? tab.rect.right() - tab.rightButtonSize.width() : tab.rect.right();
-            layout.icon.moveLeft((tab.rect.left() + right + 1 - size.width()) / 2);
             room.setWidth(0);
+            if (!showsClose)
+                layout.icon.moveCenter({ tab.rect.center().x(), layout.icon.center().y() });
         }
     }
     layout.text = room;
@@ -188,6 +188,27 @@ void paintFocusRing(QPainter* painter, QStyleOption const& option)
     painter->drawRoundedRect(ring, buttonRadius, buttonRadius);
 }
 
+void paintPushButtonPanel(QPainter* painter, QStyleOption const& option)
+{
+    bool const enabled = option.state.testFlag(QStyle::State_Enabled);
+    double step = 0;
+    if (option.state & (QStyle::State_Sunken | QStyle::State_On))
+        step = pressedStep;
+    else if (enabled && option.state.testFlag(QStyle::State_MouseOver))
+        step = hoverStep;
+    auto const* button = qstyleoption_cast<QStyleOptionButton const*>(&option);
+    bool const isDefault = button && button->features.testFlag(QStyleOptionButton::DefaultButton);
+    ScopedPainter const scope(painter);
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setBrush(stepped(option.palette, QPalette::Button, step));
+    painter->setPen(isDefault && enabled ? option.palette.color(QPalette::Highlight)
+                                         : NakwireStyle::lineColor(option.palette));
+    painter->drawRoundedRect(QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5), buttonRadius,
+                             buttonRadius);
+    if (option.state.testFlag(QStyle::State_HasFocus))
+        paintFocusRing(painter, option);
+}
+
 void paintMenuBarItem(QStyle const& style, QPainter* painter, QStyleOptionMenuItem const& item)
 {
     bool const enabled = item.state.testFlag(QStyle::State_Enabled);
@@ -274,9 +295,19 @@ NakwireStyle::NakwireStyle()
 {
 }
 
+bool NakwireStyle::tabShowsClose(int tabWidth, bool current)
+{
+    // Room for an icon and the button, and for a title beside them.
+    constexpr int narrowest = tabPadding + 16 + tabGap + 16 + tabPadding / 2;
+    constexpr int narrow = 72;
+    return tabWidth >= (current ? narrowest : narrow);
+}
+
 QColor NakwireStyle::tabStripColor(QPalette const& palette)
 {
-    return NakColor::adjustLightness(palette.color(QPalette::Window), -0.045);
+    // Not by lightness, which makes a faint tint a strong one.
+    QColor const window = palette.color(QPalette::Window);
+    return window.darker(window.lightness() > 126 ? 108 : 125);
 }
 
 QColor NakwireStyle::lineColor(QPalette const& palette)
@@ -311,6 +342,9 @@ void NakwireStyle::drawPrimitive(PrimitiveElement element, QStyleOption const* o
     case PE_PanelButtonTool:
         paintToolButtonPanel(painter, *option);
         return;
+    case PE_PanelButtonCommand:
+        paintPushButtonPanel(painter, *option);
+        return;
     case PE_IndicatorTabClose:
         paintTabClose(painter, *option);
         return;
@@ -318,6 +352,7 @@ void NakwireStyle::drawPrimitive(PrimitiveElement element, QStyleOption const* o
     case PE_FrameTabBarBase:
     case PE_FrameStatusBarItem:
     case PE_PanelMenuBar:
+    case PE_FrameDefaultButton: // part of the button's panel
         return;
     default:
         QProxyStyle::drawPrimitive(element, option, painter, widget);

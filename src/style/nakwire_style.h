@@ -11,11 +11,12 @@
 class NakwireStyle : public QProxyStyle {
     Q_OBJECT
 public:
-    // A tab narrower than this (device-independent pixels) has room for its close button only while
-    // it is the current one.
-    static constexpr int narrowTabWidth = 72;
-
     NakwireStyle();
+
+    // Whether a tab of this width (device-independent pixels) has room for its close button. On a
+    // narrow one a click that is meant for the tab would close it, so there only the current has
+    // it.
+    static bool tabShowsClose(int tabWidth, bool current);
 
     // What lies behind the tabs that are not current.
     static QColor tabStripColor(QPalette const& palette);
