@@ -231,13 +231,14 @@ QRect scrollSliderRect(QStyleOptionSlider const& bar, int sliderMin)
     int const length = horizontal ? bar.rect.width() : bar.rect.height();
     qint64 const range = qint64(bar.maximum) - bar.minimum;
     int slider = length;
+    int start = 0;
     if (range > 0) {
-        qint64 const whole = range + std::max(bar.pageStep, 0);
-        slider = static_cast<int>(length * qint64(std::max(bar.pageStep, 0)) / whole);
+        qint64 const page = std::max(bar.pageStep, 0);
+        slider = static_cast<int>(length * page / (range + page));
         slider = std::clamp(slider, std::min(sliderMin, length), length);
+        qint64 const at = std::clamp(qint64(bar.sliderPosition) - bar.minimum, qint64(0), range);
+        start = static_cast<int>((bar.upsideDown ? range - at : at) * (length - slider) / range);
     }
-    int const start = QStyle::sliderPositionFromValue(bar.minimum, bar.maximum, bar.sliderPosition,
-                                                      length - slider, bar.upsideDown);
     return horizontal ? QRect(bar.rect.x() + start, bar.rect.y(), slider, bar.rect.height())
                       : QRect(bar.rect.x(), bar.rect.y() + start, bar.rect.width(), slider);
 }

@@ -1,0 +1,70 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "nak_go.h"
+#include "tab_contents.h"
+
+#include <QWidget>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(TabContents, AFactoryServesItsTypeUntilItIsTakenBack)
+{
+    QWidget parent;
+    auto const place = NakNavLoc::discordChannel(FlakeId(5));
+    EXPECT_EQ(NakTabContents::create(place, &parent), nullptr);
+
+    NakNavLoc asked;
+    NakTabContents::registerFactory(NakNav::Type::Discord, [&](NakNavLoc const& p, QWidget* w) {
+        asked = p;
+        return new QWidget(w);
+    });
+    QWidget* const content = NakTabContents::create(place, &parent);
+    ASSERT_NE(content, nullptr);
+    EXPECT_EQ(content->parentWidget(), &parent);
+    EXPECT_EQ(asked, place);
+    EXPECT_EQ(NakTabContents::create(NakNavLoc(), &parent), nullptr);
+
+    NakTabContents::registerFactory(NakNav::Type::Discord, {});
+    EXPECT_EQ(NakTabContents::create(place, &parent), nullptr);
+}
+
+class RecordingHost : public NakGo::IWindowHost {
+public:
+    void openNavLoc(NakNavLoc const& place, NakGo::OpenMode mode, QWidget* origin) override
+    {
+        calls += QStringLiteral("open %1 %2 %3;")
+                     .arg(place.discordChannelId().toString())
+                     .arg(static_cast<int>(mode))
+                     .arg(origin ? 1 : 0);
+    }
+    void openNavLocAsIfFromNotification(NakNavLoc const& place) override
+    {
+        calls += QStringLiteral("notified %1;").arg(place.discordChannelId().toString());
+    }
+    void activateAnyChatWindow() override { calls += QStringLiteral("activate;"); }
+
+    QString calls;
+};
+
+TEST(NakGo, PassesToTheWindowHostAndToNobodyWithoutOne)
+{
+    RecordingHost host;
+    QWidget origin;
+    auto const callAll = [&] {
+        auto const place = NakNavLoc::discordChannel(FlakeId(5));
+        NakGo::openNavLoc(place, NakGo::OpenMode::BackgroundTab, &origin);
+        NakGo::openNavLocAsIfFromNotification(place);
+        NakGo::activateAnyChatWindow();
+    };
+    callAll();
+    EXPECT_EQ(host.calls, QString());
+    NakGo::setWindowHost(&host);
+    callAll();
+    NakGo::setWindowHost(nullptr);
+    callAll();
+    EXPECT_EQ(host.calls.toStdString(), "open 5 2 1;notified 5;activate;");
+}
+
+} // namespace
