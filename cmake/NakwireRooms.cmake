@@ -4,6 +4,18 @@
 # nakwire_flags(<target>): the definitions and warnings that all our code is built with.
 function(nakwire_flags target)
   set_target_properties(${target} PROPERTIES AUTOMOC ON AUTORCC ON)
+  # A header that joins the target does not by itself make Ninja run the moc step again; its class
+  # would have no vtable. So a changed list of files drops the step's time stamp.
+  get_target_property(sources ${target} SOURCES)
+  set(known_file ${CMAKE_CURRENT_BINARY_DIR}/${target}_sources.txt)
+  set(known "")
+  if(EXISTS ${known_file})
+    file(READ ${known_file} known)
+  endif()
+  if(NOT "${known}" STREQUAL "${sources}")
+    file(REMOVE ${CMAKE_CURRENT_BINARY_DIR}/${target}_autogen/timestamp)
+    file(WRITE ${known_file} "${sources}")
+  endif()
   target_compile_definitions(${target} PRIVATE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_URL_CAST_FROM_STRING
     QT_DISABLE_DEPRECATED_BEFORE=0x050F00)
