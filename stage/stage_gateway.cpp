@@ -136,7 +136,8 @@ Gateway::Gateway(World const& world, GatewayOptions const& options, QObject* par
 
 Gateway::~Gateway()
 {
-    for (auto const& connection : m_connections)
+    for (GatewayConnection const* connection :
+         open()) // those that are gone took their socket along
         connection->socket->disconnect(this);
 }
 
