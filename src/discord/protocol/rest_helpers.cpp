@@ -194,7 +194,7 @@ QString loggableUrl(QUrl const& url)
 
 QByteArray pathPart(QString const& text)
 {
-    return QUrl::toPercentEncoding(text, QByteArray(), QByteArrayLiteral("."));
+    return QUrl::toPercentEncoding(text);
 }
 
 } // namespace RestHelpers

@@ -57,7 +57,7 @@ Body takeBody(QNetworkReply* reply);
 // --- text ---
 // For the log: a query is shown only where all its keys are known to hold no secret.
 QString loggableUrl(QUrl const& url);
-// One part of a path: everything but letters, digits and "-_~" is percent-encoded.
+// One part of a path: everything but letters, digits and "-._~" is percent-encoded.
 QByteArray pathPart(QString const& text);
 
 } // namespace RestHelpers
