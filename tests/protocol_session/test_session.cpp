@@ -1,0 +1,668 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The life of a connection, over real sockets.
+
+#include "session_fixture.h"
+#include "stage.h"
+
+#include <QDir>
+#include <QFile>
+#include <QHostAddress>
+#include <QJsonArray>
+#include <QTcpServer>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+stage::StageOptions smallStage()
+{
+    stage::StageOptions options;
+    options.world.guilds = 2;
+    options.world.membersPerGuild = 5;
+    options.world.messagesPerChannel = 120;
+    options.world.messagesInBusyChannel = 250;
+    options.token = TestClient::defaultToken();
+    return options;
+}
+
+// A port on which nobody listens.
+QString deadPort()
+{
+    QTcpServer server;
+    server.listen(QHostAddress::LocalHost);
+    return QString::number(server.serverPort());
+}
+
+QStringList threadNames()
+{
+    QStringList names;
+    QDir const tasks(QStringLiteral("/proc/self/task"));
+    for (QString const& task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile name(tasks.filePath(task) + QLatin1String("/comm"));
+        if (name.open(QIODevice::ReadOnly))
+            names.append(QString::fromLatin1(name.readAll()).trimmed());
+    }
+    return names;
+}
+
+QJsonObject readyData(char const* userId)
+{
+    QJsonObject const user{ { QStringLiteral("id"), QLatin1String(userId) },
+                            { QStringLiteral("username"), QStringLiteral("ada") },
+                            { QStringLiteral("discriminator"), QStringLiteral("0001") } };
+    return { { QStringLiteral("session_id"), QStringLiteral("0123456789abcdef") },
+             { QStringLiteral("user"), user } };
+}
+
+} // namespace
+
+TEST(Session, FromTokenToReady)
+{
+    stage::Stage service(smallStage());
+    TestClient test(service.apiUrl());
+    LogLines log;
+    ASSERT_NE(test.connectTo(QString()), nullptr);
+    ASSERT_TRUE(waitUntil([&] { return test.userId.isValid(); })) << log.joined();
+    EXPECT_EQ(test.userId.value(), service.ownUserId());
+    EXPECT_EQ(test.states.join(QLatin1Char(' ')).toStdString(), "Connecting Connected");
+    EXPECT_EQ(test.gatewayUrls.join(QLatin1Char(' ')).toStdString(),
+              service.gatewayUrl().toStdString());
+    QStringList lines = log.all();
+    QString const ready = lines.takeLast(); // its identifier is the stage's
+    EXPECT_TRUE(ready.startsWith(QLatin1String("Acquired Discord session ID ")))
+        << ready.toStdString();
+    EXPECT_EQ(ready.size(), 39) << "six characters are shown of the identifier";
+    // The worker enters it while the request is on its way.
+    EXPECT_EQ(lines.removeAll(QStringLiteral("Entering state type Connecting for worker SESS")), 1);
+    std::string const gateway = service.gatewayUrl().toStdString();
+    EXPECT_EQ(lines.join(QLatin1Char('\n')).toStdString(),
+              "GET to Discord API at " + service.apiUrl().toStdString()
+                  + "/gateway\n"
+                    "Received WebSocket gateway reply from Discord: "
+                  + gateway
+                  + "\n"
+                    "Starting WebSocket connection for session SESS with gateway URL "
+                  + gateway
+                  + "\n"
+                    "Opening WebSocket connection for session SESS\n"
+                    "WebSocket connected to gateway for session SESS\n"
+                    "Entering state type Connected for worker SESS\n"
+                    "Received Hello from Discord gateway\n"
+                    "Sending identify message to Discord gateway");
+    QJsonObject frame;
+    ASSERT_TRUE(service.expectFrame(2, &frame));
+    QJsonObject const d = frame[QLatin1String("d")].toObject();
+    EXPECT_EQ(d[QLatin1String("token")].toString(), TestClient::defaultToken());
+    EXPECT_FALSE(d.contains(QLatin1String("compress")));
+    EXPECT_NE(test.value("select count(*) from guild").toInt(), 0);
+}
+
+TEST(Session, CachedGatewayUrlIsUsedWithoutAskingTheApi)
+{
+    stage::Stage service(smallStage());
+    TestClient test(service.apiUrl());
+    ASSERT_NE(test.connectUntilReady(service.gatewayUrl()), nullptr);
+    EXPECT_TRUE(service.requests().isEmpty());
+    EXPECT_TRUE(test.gatewayUrls.isEmpty());
+}
+
+TEST(Session, OneTokenGivesOneSession)
+{
+    stage::Stage service(smallStage());
+    TestClient test(service.apiUrl());
+    EXPECT_NE(test.connectTo(service.gatewayUrl()), nullptr);
+    EXPECT_EQ(test.connectTo(service.gatewayUrl()), nullptr);
+    EXPECT_EQ(test.client->addSessionWithAuthToken(QString(), service.gatewayUrl()), nullptr);
+    EXPECT_EQ(test.client->sessions().size(), 1);
+}
+
+TEST(Session, UnreachableApiEndsTheSession)
+{
+    TestClient test(QStringLiteral("http://127.0.0.1:%1/api/v6").arg(deadPort()));
+    LogLines log;
+    test.connectTo(QString());
+    ASSERT_TRUE(test.waitForState("Disconnected"));
+    EXPECT_TRUE(log.has("Failed to locate WebSocket gateway when querying Discord API: "));
+    EXPECT_EQ(test.gatewayUrls, QStringList{ QString() });
+    EXPECT_TRUE(test.client->sessions().isEmpty());
+}
+
+TEST(Session, GatewayReplyWithoutUrlDoesNotConnect)
+{
+    for (char const* const body : { "{}", "", "[]", "{\"url\":7}", "\xff\xfe", "{\"url\":\"\"}" }) {
+        stage::Stage service(smallStage());
+        service.answer("GET", QStringLiteral("/gateway"), 200, body);
+        TestClient test(service.apiUrl());
+        LogLines log;
+        test.connectTo(QString());
+        ASSERT_TRUE(test.waitForState("Disconnected"));
+        EXPECT_TRUE(log.has("Received empty WebSocket gateway URL in response from Discord gateway "
+                            "query"));
+        EXPECT_EQ(service.connectionCount(), 0);
+    }
+}
+
+TEST(Session, CachedGatewayUrlThatHasDiedIsForgotten)
+{
+    TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
+    LogLines log;
+    test.connectTo(QStringLiteral("ws://127.0.0.1:%1").arg(deadPort()));
+    ASSERT_TRUE(test.waitForState("Disconnected"));
+    EXPECT_TRUE(
+        log.has("Aborting WebSocket for session SESS with error code 0\n"
+                "WebSocket connected to Discord signaled an error: ConnectionRefusedError"));
+    EXPECT_EQ(test.gatewayUrls, QStringList{ QString() });
+    EXPECT_TRUE(waitUntil([&] { return test.events.anyAccountConnectionProblem(); }));
+}
+
+TEST(Session, UselessGatewayUrls)
+{
+    for (char const* const url : { "http://127.0.0.1", "ws://", "nonsense", "ws://127.0.0.1:99999",
+                                   "ws://\r\nX: y", "file:///etc/passwd" }) {
+        TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
+        test.connectTo(QString::fromLatin1(url));
+        EXPECT_TRUE(test.waitForState("Disconnected")) << url;
+    }
+}
+
+TEST(Session, HelloIntervals)
+{
+    struct Case {
+        QJsonValue interval;
+        char const* log; // null: accepted
+    };
+    char const* const invalid =
+        "Invalid Hello message from server: heartbeat interval not found or "
+        "out of range";
+    Case const cases[] = {
+        { 4, "Strange heartbeat interval received: 4" },
+        { 5, nullptr },
+        { 100'000, nullptr },
+        { 100'001, "Strange heartbeat interval received: 100001" },
+        { QJsonValue::Null, invalid },
+        { QStringLiteral("41250"), invalid },
+        { QJsonArray(), invalid },
+    };
+    BareGateway gateway;
+    for (Case const& one : cases) {
+        TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
+        LogLines log;
+        test.connectTo(gateway.url());
+        ASSERT_TRUE(gateway.waitForConnection());
+        gateway.received.clear(); // of the connection before
+        gateway.sendHello(one.interval);
+        if (one.log) {
+            EXPECT_TRUE(log.waitFor(one.log)) << one.log;
+            EXPECT_FALSE(log.has("Sending identify"));
+            EXPECT_TRUE(test.waitForState("Connected")) << "the connection stays up";
+        } else {
+            EXPECT_EQ(gateway.take()[QLatin1String("op")].toInt(), 2) << one.interval.toInt();
+        }
+    }
+}
+
+TEST(Session, HeartbeatsCarryTheLastSequenceNumber)
+{
+    BareGateway gateway;
+    TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
+    test.connectTo(gateway.url());
+    ASSERT_TRUE(gateway.waitForConnection());
+    gateway.sendHello(20);
+    EXPECT_EQ(gateway.take()[QLatin1String("op")].toInt(), 2);
+    EXPECT_EQ(text(gateway.take()), R"({"d":-1,"op":1})");
+    // An unknown event counts; one without data or name does not, nor does a number out of range.
+    gateway.send(dispatch("UNHEARD_OF", {}, 77));
+    gateway.send(object(R"({"op":0,"t":"UNHEARD_OF","s":78,"d":null})"));
+    gateway.send(object(R"({"op":0,"s":79,"d":{}})"));
+    gateway.send(object(R"({"op":0,"t":"UNHEARD_OF","s":"80","d":{}})"));
+    gateway.received.clear();
+    EXPECT_TRUE(waitUntil([&] {
+        return !gateway.received.isEmpty() && text(gateway.received.last()) == R"({"d":77,"op":1})";
+    }));
+}
+
+TEST(Session, OddFramesAreToldAndIgnored)
+{
+    BareGateway gateway;
+    TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
+    LogLines log;
+    test.connectTo(gateway.url());
+    ASSERT_TRUE(gateway.waitForConnection());
+    gateway.send(object(R"({"op":"10"})"));
+    gateway.send(object(R"({"op":null})"));
+    gateway.send(object(R"({})"));
+    gateway.send(object(R"({"op":3})"));
+    gateway.send(object(R"({"op":15})"));
+    gateway.send(object(R"({"op":0,"t":"READY"})"));
+    gateway.send(object(R"({"op":0,"t":5,"d":{}})"));
+    gateway.send(object(R"({"op":0,"t":"","d":{},"s":9})"));
+    gateway.sendBytes(gateway.deflater.message("\x83j")); // the empty list
+    gateway.sendBytes(gateway.deflater.message("\x83")); // nothing behind the version
+    gateway.sendBytes(gateway.deflater.message("no term"));
+    gateway.sendBytes(gateway.deflater.message("\x83\xfe"));
+    gateway.sendBytes(QByteArray());
+    gateway.sendHello();
+    EXPECT_EQ(gateway.take()[QLatin1String("op")].toInt(), 2);
+    QStringList lines = log.all();
+    lines = lines.mid(lines.indexOf(QLatin1String("Entering state type Connected for worker SESS"))
+                      + 1);
+    EXPECT_EQ(lines.join(QLatin1Char('\n')).toStdString(),
+              "Received WebSocket message from Discord gateway without an opcode int\n"
+              "Received WebSocket message from Discord gateway without an opcode int\n"
+              "Received WebSocket message from Discord gateway without an opcode int\n"
+              "Unexpected WebSocket message from Discord gateway. Opcode was: 3\n"
+              "Unrecognized WebSocket message opcode from Discord gateway. Opcode was: 15\n"
+              "Invalid dispatch event from server: 'd' is missing\n"
+              "Invalid dispatch event from server: 't' is missing or not a string\n"
+              "Invalid event name when handling dispatch from Discord gateway. Event name was: \n"
+              "Root Dread value from websocket ETF message is not a map\n"
+              "From ETF build error\n * Erf Error\n   Ended unexpectedly\n"
+              "From ETF build error\n * Build Error\n   Init error\n"
+              "From ETF build error\n * Erf Error\n   Unknown term type 254\n"
+              "Zlib error: -5\n"
+              "Received Hello from Discord gateway\n"
+              "Sending identify message to Discord gateway");
+}
+
+TEST(Session, ReconnectRequestResumes)
+{
+    stage::Stage service(smallStage());
+    TestClient test(service.apiUrl());
+    ASSERT_NE(test.connectUntilReady(service.gatewayUrl()), nullptr);
+    QString const guilds = test.value("select count(*) from guild");
+    LogLines log;
+    service.requestReconnect();
+    QJsonObject frame;
+    ASSERT_TRUE(service.expectFrame(6, &frame));
+    ASSERT_TRUE(log.waitFor("Finished resuming with Discord gateway"));
+    EXPECT_EQ(log.joined(),
+              "Received Reconnect request from Discord gateway for session SESS. Reconnection will "
+              "be attempted.\n"
+              "Closing websocket after reconnect request for session SESS\n"
+              "Stopping heartbeat timer for session SESS\n"
+              "WebSocket disconnected from gateway for session SESS with reason  (code 1000)\n"
+              "Entering state type Reconnecting for worker SESS\n"
+              "Starting reconnect timer for session SESS\n"
+              "Reconnecting WebSocket for session SESS with cached gateway URL "
+                  + service.gatewayUrl().toStdString()
+                  + "\n"
+                    "Opening WebSocket connection for session SESS\n"
+                    "WebSocket connected to gateway for session SESS\n"
+                    "Entering state type Connected for worker SESS\n"
+                    "Received Hello from Discord gateway\n"
+                    "Sending resume message to Discord gateway\n"
+                    "Finished resuming with Discord gateway");
+    QJsonObject const d = frame[QLatin1String("d")].toObject();
+    EXPECT_EQ(d[QLatin1String("token")].toString(), TestClient::defaultToken());
+    EXPECT_EQ(d[QLatin1String("seq")].toInt(), 1);
+    EXPECT_EQ(test.states.join(QLatin1Char(' ')).toStdString(),
+              "Connecting Connected Reconnecting Connected");
+    EXPECT_EQ(test.value("select count(*) from guild"), guilds) << "the store is kept";
+}
+
+TEST(Session, VanishedPeerAndGoingAwayResumeAndReplayWhatWasMissed)
+{
+    stage::Stage service(smallStage());
+    TestClient test(service.apiUrl());
+    ASSERT_NE(test.connectUntilReady(service.gatewayUrl()), nullptr);
+    for (int round = 0; round < 3; ++round) {
+        LogLines log;
+        if (round == 0)
+            service.dropConnection();
+        else
+            service.closeWith(999 + round, QStringLiteral("bye"));
+        // While nobody is connected.
+        QString const name = QStringLiteral("renamed %1").arg(round);
+        QString const guild = test.value("select cast(id as text) from guild");
+        service.sendDispatch(QStringLiteral("GUILD_UPDATE"),
+                             { { QStringLiteral("id"), guild }, { QStringLiteral("name"), name } });
+        ASSERT_TRUE(service.expectFrame(6));
+        ASSERT_TRUE(log.waitFor("Finished resuming with Discord gateway")) << round;
+        QString const query = QStringLiteral("select name from guild where id = %1").arg(guild);
+        EXPECT_EQ(test.value(query.toLatin1().constData()), name);
+    }
+}
+
+TEST(Session, InvalidSessionIdentifiesAnewAndEmptiesTheStore)
+{
+    stage::Stage service(smallStage());
+    TestClient test(service.apiUrl());
+    ASSERT_NE(test.connectUntilReady(service.gatewayUrl()), nullptr);
+    ASSERT_TRUE(service.expectFrame(2));
+    ASSERT_TRUE(waitUntil([&] { return test.reloads == 1; }));
+    LogLines log;
+    service.sendDispatch(QStringLiteral("MESSAGE_CREATE"),
+                         object(R"({"id":"11","channel_id":"12","content":"old",
+                                    "author":{"id":"13","username":"u"}})"));
+    ASSERT_TRUE(waitUntil(
+        [&] { return !test.value("select content from message where id = 11").isEmpty(); }));
+    service.invalidateSession();
+    ASSERT_TRUE(service.expectFrame(2));
+    ASSERT_TRUE(waitUntil([&] { return test.reloads == 3; })) << "emptied, then filled by READY";
+    EXPECT_EQ(test.value("select content from message where id = 11").toStdString(), "");
+    EXPECT_NE(test.value("select count(*) from guild").toInt(), 0);
+    EXPECT_TRUE(log.has("Discord gateway indicated session ID is invalid for session SESS. "
+                        "Re-identification will be attempted.\n"
+                        "Clearing fetched history markers and guild sync markers on client from "
+                        "session SESS\n"
+                        "Sending identify message to Discord gateway"));
+    EXPECT_EQ(test.states.join(QLatin1Char(' ')).toStdString(), "Connecting Connected");
+}
+
+TEST(Session, InvalidSessionWithoutAHeldOneKeepsTheStore)
+{
+    BareGateway gateway;
+    TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
+    LogLines log;
+    test.connectTo(gateway.url());
+    ASSERT_TRUE(gateway.waitForConnection());
+    gateway.sendHello();
+    EXPECT_EQ(gateway.take()[QLatin1String("op")].toInt(), 2);
+    gateway.send(dispatch("GUILD_CREATE", object(R"({"id":"5","name":"kept","owner_id":"6"})"), 1));
+    gateway.send(object(R"({"op":9,"d":false})"));
+    EXPECT_EQ(gateway.take()[QLatin1String("op")].toInt(), 2);
+    EXPECT_FALSE(log.has("Clearing fetched history markers"));
+    EXPECT_EQ(test.value("select name from guild where id = 5").toStdString(), "kept");
+    EXPECT_EQ(test.reloads, 0);
+}
+
+TEST(Session, CloseCodesThatEndIt)
+{
+    struct Case {
+        int code;
+        char const* reason;
+        bool rejected;
+    };
+    Case const cases[] = {
+        { 4004, "Authentication failed.", true },
+        { 4004, "", false },
+        { 4000, "Unknown error.", false },
+        { 4009, "Session timed out.", false },
+        { 1011, "oops", false },
+    };
+    for (Case const& one : cases) {
+        stage::Stage service(smallStage());
+        TestClient test(service.apiUrl());
+        ASSERT_NE(test.connectUntilReady(service.gatewayUrl()), nullptr);
+        LogLines log;
+        service.closeWith(one.code, QString::fromLatin1(one.reason));
+        ASSERT_TRUE(test.waitForState("Disconnected"));
+        EXPECT_EQ(!test.rejectedTokens.isEmpty(), one.rejected) << one.code << one.reason;
+        EXPECT_EQ(log.has("Authentication failed for session SESS\n"), one.rejected);
+        EXPECT_TRUE(log.has("WebSocket disconnected from gateway for session SESS with reason "));
+        EXPECT_FALSE(log.has("Starting reconnect timer"));
+        EXPECT_TRUE(test.client->sessions().isEmpty());
+        EXPECT_EQ(test.value("select count(*) from guild").toStdString(), "0")
+            << "the store is a cache of the connection";
+        EXPECT_FALSE(test.events.anyAccountConnectionProblem());
+    }
+}
+
+TEST(Session, WrongTokenIsRejected)
+{
+    stage::Stage service(smallStage());
+    TestClient test(service.apiUrl());
+    test.connectTo(QString(), QStringLiteral("wrong"));
+    ASSERT_TRUE(test.waitForState("Disconnected"));
+    EXPECT_EQ(test.rejectedTokens, QStringList{ QStringLiteral("wrong") });
+}
+
+TEST(Session, ClosedByTheUser)
+{
+    stage::Stage service(smallStage());
+    TestClient test(service.apiUrl());
+    DisSession* const session = test.connectUntilReady(service.gatewayUrl());
+    ASSERT_NE(session, nullptr);
+    test.client->disconnectSession(session);
+    ASSERT_TRUE(test.waitForState("Disconnected"));
+    EXPECT_EQ(test.states.join(QLatin1Char(' ')).toStdString(),
+              "Connecting Connected Disconnecting Disconnected");
+    EXPECT_TRUE(waitUntil([&] { return service.connectionCount() == 0; }));
+    // A later connection is a new session.
+    test.userId = FlakeId();
+    EXPECT_NE(test.connectUntilReady(service.gatewayUrl()), nullptr);
+}
+
+TEST(Session, ClosedByTheUserWhileItWaitsToReconnect)
+{
+    stage::Stage service(smallStage());
+    DisSessionTimings timings = quickTimings();
+    timings.reconnectFirst = 1'000'000;
+    TestClient test(service.apiUrl(), timings);
+    DisSession* const session = test.connectUntilReady(service.gatewayUrl());
+    service.dropConnection();
+    ASSERT_TRUE(test.waitForState("Reconnecting"));
+    test.client->disconnectSession(session);
+    EXPECT_TRUE(test.waitForState("Disconnected"));
+}
+
+TEST(Session, FrameThatNeedsThreeGrowthStepsArrivesWhole)
+{
+    BareGateway gateway;
+    TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
+    test.connectTo(gateway.url());
+    ASSERT_TRUE(gateway.waitForConnection());
+    gateway.sendHello();
+    QString const content = QString(300'000, QLatin1Char('x')) + QLatin1String("end");
+    gateway.send(dispatch("MESSAGE_CREATE",
+                          { { QStringLiteral("id"), QStringLiteral("21") },
+                            { QStringLiteral("channel_id"), QStringLiteral("22") },
+                            { QStringLiteral("content"), content } },
+                          1));
+    ASSERT_TRUE(waitUntil(
+        [&] { return !test.value("select content from message where id = 21").isEmpty(); }));
+    EXPECT_EQ(test.value("select content from message where id = 21"), content);
+}
+
+TEST(Session, GarbageInTheStream)
+{
+    stage::Stage service(smallStage());
+    TestClient test(service.apiUrl());
+    ASSERT_NE(test.connectUntilReady(service.gatewayUrl()), nullptr);
+    {
+        // Bytes that inflate, but are no term: the stream goes on.
+        LogLines log;
+        service.sendGarbage();
+        service.sendFrame(object(R"({"op":8})"));
+        ASSERT_TRUE(log.waitFor("Opcode was: 8"));
+        EXPECT_TRUE(log.has("From ETF build error\n * Build Error\n   Init error\n"));
+    }
+    {
+        // Bytes that do not inflate: the stream is lost, the connection stays up.
+        LogLines log;
+        service.sendRawMessage(QByteArray(100, '\xff'));
+        service.sendFrame(object(R"({"op":8})"));
+        ASSERT_TRUE(log.waitFor("Zlib error: -3\nZlib error: -3"));
+        EXPECT_EQ(service.connectionCount(), 1);
+        EXPECT_EQ(test.states.last().toStdString(), "Connected");
+    }
+    {
+        // The next connection has a new stream.
+        LogLines log;
+        service.dropConnection();
+        ASSERT_TRUE(log.waitFor("Finished resuming with Discord gateway"));
+    }
+}
+
+TEST(Session, EndOfTheStreamIsTold)
+{
+    BareGateway gateway;
+    TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
+    LogLines log;
+    test.connectTo(gateway.url());
+    ASSERT_TRUE(gateway.waitForConnection());
+    gateway.send(object(R"({"op":11})"), Z_FINISH);
+    EXPECT_TRUE(log.waitFor("Unexpected zlib stream end"));
+    EXPECT_TRUE(test.waitForState("Connected"));
+}
+
+TEST(Session, MessageOverTheLimitEndsIt)
+{
+    stage::Stage service(smallStage());
+    DisSessionTimings timings = quickTimings();
+    timings.maxSocketMessage = 200'000;
+    TestClient test(service.apiUrl(), timings);
+    ASSERT_NE(test.connectUntilReady(service.gatewayUrl()), nullptr);
+    LogLines log;
+    service.sendRawMessage(QByteArray(200'001, 'x'));
+    ASSERT_TRUE(test.waitForState("Disconnected"));
+    EXPECT_TRUE(log.has("(code 1009)"));
+}
+
+TEST(Session, FrameOverTheBoundIsDropped)
+{
+    stage::Stage service(smallStage());
+    DisSessionTimings timings = quickTimings();
+    timings.maxFrame = 1 << 20;
+    TestClient test(service.apiUrl(), timings);
+    ASSERT_NE(test.connectUntilReady(service.gatewayUrl()), nullptr);
+    LogLines log;
+    service.sendPayload(QByteArray(2 << 20, 'x'));
+    ASSERT_TRUE(log.waitFor("Dropped a Discord gateway frame that inflates to more than 1048576 "
+                            "bytes"));
+    EXPECT_EQ(test.states.last().toStdString(), "Connected");
+}
+
+// A hello and a small dispatch, each sent as two messages that are cut at every byte in turn: the
+// pieces are taken for frames and dropped, and what follows them is whole.
+TEST(Session, MessagesCutAtEveryByte)
+{
+    BareGateway gateway;
+    TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
+    LogLines log;
+    test.connectTo(gateway.url());
+    ASSERT_TRUE(gateway.waitForConnection());
+    QByteArray const frames[] = {
+        encoded(object(R"({"op":10,"d":{"heartbeat_interval":41250}})")),
+        encoded(dispatch("TYPING_START", object(R"({"channel_id":"5","user_id":"6"})"), 3))
+    };
+    for (QByteArray const& frame : frames) {
+        for (int cut = 1;; ++cut) {
+            // At its full length each time: the window would shorten a repeated frame.
+            QByteArray const message = gateway.deflater.message(frame, Z_FULL_FLUSH);
+            if (cut >= message.size())
+                break;
+            gateway.sendBytes(message.left(cut));
+            gateway.sendBytes(message.mid(cut));
+        }
+        gateway.sendBytes(gateway.deflater.message(encoded(object(R"({"op":8})"))));
+        ASSERT_TRUE(log.waitFor("Opcode was: 8"));
+    }
+    gateway.received.clear();
+    gateway.sendHello();
+    ASSERT_TRUE(waitUntil([&] { return !gateway.received.isEmpty(); }));
+    EXPECT_TRUE(test.waitForState("Connected"));
+    EXPECT_FALSE(log.has("Zlib error")) << "the stream is whole throughout";
+}
+
+TEST(Session, ReadyWithoutUserEndsItWithABox)
+{
+    BareGateway gateway;
+    TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
+    QStringList boxes;
+    QObject::connect(test.client.get(), &DisClient::userMustSee,
+                     [&](QString const& title, QString const& body, bool fatal) {
+                         boxes << title << body << (fatal ? QStringLiteral("fatal") : QString());
+                     });
+    test.connectTo(gateway.url());
+    ASSERT_TRUE(gateway.waitForConnection());
+    gateway.sendHello();
+    gateway.send(dispatch("READY", object(R"({"session_id":"abc"})"), 1));
+    ASSERT_TRUE(test.waitForState("Disconnected"));
+    EXPECT_EQ(boxes.join(QLatin1Char('|')).toStdString(),
+              "Discord protocol error|Discord protocol error.\n"
+              "Nakwire did not receive data that is required to operate|fatal");
+}
+
+TEST(Session, BatchesArePostedOnce)
+{
+    BareGateway gateway;
+    TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
+    QStringList typing;
+    QObject::connect(
+        test.client.get(), &DisClient::typingStarts, [&](QVector<DisTypingStart> const& starts) {
+            QStringList users;
+            for (DisTypingStart const& start : starts)
+                users << start.channelId.toString() + QLatin1Char('/') + start.userId.toString();
+            typing << users.join(QLatin1Char(' '));
+        });
+    QVector<int> statusItems;
+    QObject::connect(test.client.get(), &DisClient::disChanges, [&](DisChanges const& changes) {
+        if (changes.has(DisChange::ChangeType::UserStatusChanged) && !changes.isReload())
+            statusItems << changes.items.size();
+    });
+    test.connectTo(gateway.url());
+    ASSERT_TRUE(gateway.waitForConnection());
+    gateway.sendHello();
+    gateway.send(dispatch("READY", readyData("100"), 1));
+    for (char const* const user : { "101", "102", "101" }) {
+        QJsonObject const who{ { QStringLiteral("id"), QLatin1String(user) },
+                               { QStringLiteral("username"), QLatin1String(user) } };
+        gateway.send(dispatch("PRESENCE_UPDATE",
+                              { { QStringLiteral("user"), who },
+                                { QStringLiteral("status"), QStringLiteral("idle") } },
+                              2));
+        gateway.send(dispatch("TYPING_START",
+                              { { QStringLiteral("channel_id"), QStringLiteral("7") },
+                                { QStringLiteral("user_id"), QLatin1String(user) },
+                                { QStringLiteral("timestamp"), 1'560'000'000 } },
+                              3));
+    }
+    ASSERT_TRUE(waitUntil([&] { return !typing.isEmpty() && !statusItems.isEmpty(); }));
+    EXPECT_EQ(typing.join(QLatin1Char('|')).toStdString(), "7/101 7/102");
+    EXPECT_EQ(statusItems.size(), 1);
+    EXPECT_EQ(statusItems.value(0), 4) << "two users, properties and status each";
+    EXPECT_EQ(test.value("select status from user where id = 101").toStdString(), "2");
+}
+
+TEST(Session, GuildsAreSynchronizedOnceAndNeverTheTooLarge)
+{
+    BareGateway gateway;
+    TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
+    LogLines log;
+    test.connectTo(gateway.url());
+    ASSERT_TRUE(gateway.waitForConnection());
+    gateway.sendHello();
+    EXPECT_EQ(gateway.take()[QLatin1String("op")].toInt(), 2);
+    QJsonObject ready = readyData("100");
+    ready.insert(QStringLiteral("guilds"),
+                 QJsonArray{ object(R"({"id":"1","owner_id":"9","member_count":3999})"),
+                             object(R"({"id":"2","owner_id":"9","member_count":4000})"),
+                             object(R"({"id":"3","owner_id":"9"})") });
+    gateway.send(dispatch("READY", ready, 1));
+    ASSERT_TRUE(waitUntil([&] { return test.userId.isValid(); }));
+    auto const include = [&](QSet<FlakeId> const& guilds) {
+        test.client->includeGuildsForSynchronization(test.userId, guilds);
+    };
+    include({ FlakeId(1), FlakeId(2) });
+    EXPECT_EQ(text(gateway.take()), R"({"d":["1"],"op":12})");
+    include({ FlakeId(1), FlakeId(2), FlakeId(322'850'917'248'663'552) }); // sends nothing
+    include({ FlakeId(3), FlakeId(1) });
+    EXPECT_EQ(text(gateway.take()), R"({"d":["1","3"],"op":12})");
+    test.client->removeGuildsForSynchronization(test.userId, { FlakeId(1), FlakeId(77) });
+    EXPECT_EQ(text(gateway.take()), R"({"d":["3"],"op":12})");
+    test.client->setOwnUserStatus(test.userId, DisUserStatusCode::Idle, true, QString());
+    EXPECT_EQ(text(gateway.take()),
+              R"({"d":{"afk":true,"game":null,"since":0,"status":"idle"},"op":3})");
+    EXPECT_TRUE(log.has("Synchronizing 1 additional guilds (1 total)\n"
+                        "Synchronizing 1 additional guilds (2 total)\n"
+                        "Unsynchronizing 1 guilds (1 remain)\n"
+                        "Changing Discord presence status to 2 (afk: 1, game: )"));
+}
+
+TEST(Session, ThreadsEndWithTheClient)
+{
+    QString const name =
+        QStringLiteral("DisSessionWorkerThread").left(15); // as the kernel keeps it
+    ASSERT_FALSE(threadNames().contains(name));
+    stage::Stage service(smallStage());
+    for (int round = 0; round < 5; ++round) {
+        TestClient test(service.apiUrl());
+        ASSERT_NE(test.connectUntilReady(service.gatewayUrl()), nullptr);
+        EXPECT_EQ(threadNames().count(name), 1);
+        if (round % 2)
+            test.client->disconnectAllSessions(); // and gone before it is done
+    }
+    EXPECT_FALSE(threadNames().contains(name));
+}
