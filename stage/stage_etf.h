@@ -47,11 +47,11 @@ struct Term {
     std::vector<Key> keys; // of a map, as many as items
 
     // Maps: appends an entry; chains on temporaries without copying what was built so far.
-    template <int N> Term& set(char const (&key)[N], Term value) &
+    template <int N> Term& set(char const (&key)[N], Term&& value) &
     {
         return setKey(QByteArray::fromRawData(key, N - 1), std::move(value));
     }
-    template <int N> Term&& set(char const (&key)[N], Term value) &&
+    template <int N> Term&& set(char const (&key)[N], Term&& value) &&
     {
         return std::move(setKey(QByteArray::fromRawData(key, N - 1), std::move(value)));
     }

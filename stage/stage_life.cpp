@@ -100,7 +100,7 @@ quint32 Life::Priv::pickPerson(Channel const& channel)
         }
         auto const& members = world.guilds[size_t(channel.guild)].members;
         if (members.size() > 1)
-            person = members[size_t(1 + circle.below(int(members.size()) - 1))].user;
+            person = members[size_t(circle.below(int(members.size()) - 1)) + 1].user;
     }
     return person;
 }
@@ -203,7 +203,7 @@ void Life::Priv::changePresence()
     World& world = stage.world();
     if (world.users.size() < 2 || world.guilds.empty())
         return;
-    User& user = world.users[size_t(1 + rng.below(int(world.users.size()) - 1))];
+    User& user = world.users[size_t(rng.below(int(world.users.size()) - 1)) + 1];
     static constexpr char const* kStatuses[] = { "online", "online", "idle", "dnd", "offline" };
     user.status = QString::fromLatin1(kStatuses[rng.below(5)]);
     user.game =

@@ -291,7 +291,7 @@ quint64 Rng::next()
 
 QString personName(Rng& rng)
 {
-    QString const first = QString::fromUtf8(pick(rng, kFirst));
+    QString first = QString::fromUtf8(pick(rng, kFirst));
     if (rng.chance(45))
         return first;
     if (first[0].isUpper())

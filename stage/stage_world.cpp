@@ -11,8 +11,9 @@ namespace stage {
 namespace {
 
 constexpr int kBlock = 16; // messages of one conversation
-constexpr qint64 kMinuteMs = 60 * 1000;
-constexpr qint64 kDayMs = 24 * 60 * kMinuteMs;
+constexpr qint64 kSecondMs = 1000;
+constexpr qint64 kMinuteMs = 60 * kSecondMs;
+constexpr qint64 kDayMs = 1440 * kMinuteMs;
 constexpr qint64 kUsualSpacingMs = 40 * kMinuteMs; // from one conversation to the next
 constexpr qint64 kLongestPastMs = 600 * kDayMs; // channels are older than that
 constexpr size_t kMaxLivePerChannel = 5000;
@@ -42,7 +43,7 @@ void addUsers(World& world, int count)
     for (int n = 0; n < count; ++n) {
         Rng rng(world.seed, SaltUser, quint64(n));
         User user;
-        user.id = nextId(world, bornMs + n * 500);
+        user.id = nextId(world, bornMs + n * kSecondMs / 2);
         user.name = n == 0 ? QStringLiteral("Robin") : personName(rng);
         user.discriminator = QStringLiteral("%1").arg(rng.below(9999) + 1, 4, 10, QLatin1Char('0'));
         if (rng.chance(70))
@@ -199,7 +200,7 @@ quint32 pickPerson(World const& world, Channel const& channel, Rng& rng)
     if (channel.guild >= 0) {
         auto const& members = world.guilds[size_t(channel.guild)].members;
         int const others = int(members.size()) - 1;
-        return others <= 0 ? 0 : members[size_t(1 + rng.below(others))].user;
+        return others <= 0 ? 0 : members[size_t(rng.below(others)) + 1].user;
     }
     int const which = rng.below(int(channel.recipients.size()) + 1);
     return which == 0 ? 0 : channel.recipients[size_t(which - 1)];

@@ -197,6 +197,11 @@ TEST_F(RestTest, ReactionsPinsTypingAndAcks)
                   .value(key("id"))
                   .toString(),
               key("55"));
+    QJsonArray const left =
+        askObject("GET", base + key("messages/") + last).value(key("reactions")).toArray();
+    ASSERT_EQ(left.size(), 1); // a reaction that nobody holds any more is gone
+    EXPECT_EQ(left[0].toObject().value(key("count")).toInt(), 1);
+    EXPECT_TRUE(left[0].toObject().value(key("me")).toBool());
     ask("PUT", base + key("pins/") + last);
     EXPECT_EQ(status, 204);
     EXPECT_TRUE(dispatched("MESSAGE_UPDATE").value(key("pinned")).toBool());

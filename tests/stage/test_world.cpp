@@ -156,6 +156,25 @@ TEST(StageLife, FollowsItsSeed)
         EXPECT_TRUE(first.contains(QLatin1String(name))) << name;
 }
 
+TEST(StageLife, TypingComesFirst)
+{
+    stage::Stage stage;
+    stage::LifeOptions options;
+    options.messagesPerSecond = 1;
+    stage::Life life(stage, options);
+    // One begins to type after a second, and needs 0.8 to 3.2 seconds more.
+    life.advance(1000);
+    life.advance(799);
+    EXPECT_EQ(life.said(), 0u);
+    for (int n = 0; n < 3; ++n)
+        life.advance(1000);
+    EXPECT_GE(life.said(), 1u);
+    // A minute without time for the script is not caught up with.
+    quint64 const before = life.said();
+    life.advance(60000);
+    EXPECT_LE(life.said(), before + 4);
+}
+
 TEST(StageDeploy, WritesWhatTheClientReads)
 {
     QTemporaryDir directory;
