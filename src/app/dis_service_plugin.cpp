@@ -6,6 +6,7 @@
 #include "data_paths.h"
 #include "deployment.h"
 #include "dis_cache.h"
+#include "dis_channel_view.h"
 #include "dis_client.h"
 #include "dis_listen.h"
 #include "dis_manager.h"
@@ -19,6 +20,16 @@ namespace {
 QString pathOf(char const* fileName)
 {
     return NakDataPaths::appDataPathCreated() + QLatin1Char('/') + QLatin1String(fileName);
+}
+
+// Friends and mentions have no content: their tabs are empty.
+QWidget* makeContent(NakNavLoc const& place, QWidget* parent)
+{
+    if (place.discordKind() != NakNav::DiscordKind::Channel)
+        return nullptr;
+    auto* view = new DisChannelView(parent);
+    view->setChannelId(place.discordChannelId());
+    return view;
 }
 
 template <typename T> void deleteGlobal(T*& global)
@@ -66,9 +77,7 @@ void DisServicePlugin::destroyGlobals()
 
 void DisServicePlugin::registerTabContents()
 {
-    NakTabContents::registerFactory(NakNav::Type::Discord, [](NakNavLoc const&, QWidget*) {
-        return static_cast<QWidget*>(nullptr);
-    });
+    NakTabContents::registerFactory(NakNav::Type::Discord, makeContent);
 }
 
 void DisServicePlugin::deinit()

@@ -109,7 +109,7 @@ NakApplication::NakApplication(QString const& foreignStyle, int& argc, char** ar
     NakLocalCrypto::init();
     NakEvLog::init();
     loadDeploymentConstants();
-    createFirstSingletons();
+    g_globalEvents = new NakGlobalEvents(this);
     loadPreferences();
     createOtherSingletons();
     applyProxy();
@@ -196,12 +196,6 @@ void NakApplication::loadDeploymentConstants()
             .arg(path));
 }
 
-void NakApplication::createFirstSingletons()
-{
-    g_globalEvents = new NakGlobalEvents(this);
-    g_networkAccessManager = new QNetworkAccessManager(this);
-}
-
 void NakApplication::loadPreferences()
 {
     g_preferences = new NakPreferences;
@@ -244,8 +238,12 @@ void NakApplication::hack_chatWindowShown()
     if (d->chatWindowShown)
         return;
     d->chatWindowShown = true;
-    QTimer::singleShot(firstWindowDelayMSecs, g_globalEvents,
-                       &NakGlobalEvents::accountAutoOnlineBecameOk);
+    QTimer::singleShot(firstWindowDelayMSecs, this, [this] {
+        // Nothing of the network is touched before the user sees something, and making this loads
+        // plugins and starts a thread.
+        g_networkAccessManager = new QNetworkAccessManager(this);
+        emit g_globalEvents->accountAutoOnlineBecameOk();
+    });
 }
 
 void NakApplication::on_lastWindowClosed()

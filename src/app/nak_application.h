@@ -53,7 +53,6 @@ private:
     void keepClassFonts();
     void takeLockFile();
     void loadDeploymentConstants();
-    void createFirstSingletons();
     void loadPreferences();
     void createOtherSingletons();
     void applyProxy();
