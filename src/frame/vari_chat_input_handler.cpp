@@ -5,6 +5,7 @@
 #include <QEvent>
 #include <QPlainTextEdit>
 #include <QScrollBar>
+#include <QSplitter>
 #include <QTextBlock>
 #include <QTextLayout>
 
@@ -48,7 +49,22 @@ void VariChatInputHandler::updateHeight()
     }
     if (m_edit->minimumHeight() != height || m_edit->maximumHeight() != height) {
         m_edit->setFixedHeight(height);
+        giveRestToOthers(height);
     }
+}
+
+// A splitter that is told of a new fixed height shrinks the part, and leaves the rest empty.
+void VariChatInputHandler::giveRestToOthers(int height)
+{
+    auto* splitter = qobject_cast<QSplitter*>(m_edit->parentWidget());
+    int const index = splitter ? splitter->indexOf(m_edit) : -1;
+    if (index < 1) {
+        return;
+    }
+    QList<int> sizes = splitter->sizes();
+    sizes[index - 1] += sizes[index] - height;
+    sizes[index] = height;
+    splitter->setSizes(sizes);
 }
 
 bool VariChatInputHandler::eventFilter(QObject* watched, QEvent* event)

@@ -29,6 +29,7 @@ protected:
 
 private:
     int countLines() const;
+    void giveRestToOthers(int height);
 
     QPlainTextEdit* m_edit;
     QTimer m_timer;

@@ -291,7 +291,7 @@ TEST_F(ChannelView, AsksForHistoryOnceWhenShown)
 TEST_F(ChannelView, SlowModeClosesTheInput)
 {
     EXPECT_TRUE(view->input()->isEnabled());
-    EXPECT_EQ(view->input()->placeholderText(), QStringLiteral("Message #general"));
+    EXPECT_EQ(view->input()->hintText(), QStringLiteral("Message #general"));
     // The own user owns the guild and so may ignore the limit; someone else owns it from here on.
     world.exec(QStringLiteral("update guild_channel set rate_limit_per_user = 5"));
     world.exec(QStringLiteral("update guild set owner_id = 9"));
@@ -299,7 +299,7 @@ TEST_F(ChannelView, SlowModeClosesTheInput)
     world.announceReload();
     EXPECT_FALSE(view->input()->isEnabled());
     EXPECT_EQ(view->input()->toPlainText(), QString());
-    EXPECT_EQ(view->input()->placeholderText(),
+    EXPECT_EQ(view->input()->hintText(),
               QStringLiteral("This channel is rate limited. Nakwire does not yet support rate "
                              "limiting."));
 }

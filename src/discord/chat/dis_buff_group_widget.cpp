@@ -197,7 +197,11 @@ void DisBuffGroupWidget::updateFromUserProps()
     DisGroupUserLine::Params line;
     line.name = nameOfAuthor(*m_author);
     line.discriminator = g_preferences->displayDiscriminator ? m_author->userDiscrim() : QString();
-    line.nameColor = m_author->userRoleColor();
+    QColor const role = m_author->userRoleColor();
+    DisBuffStyle const& style = m_manager->style();
+    line.nameColor = role.isValid()
+        ? DisBuffStyles::readableColor(role, style.theme, style.metrics.minNameContrast)
+        : QColor();
     line.isBot = DisCache::userIsBot(m_params.authorId);
     m_header->setParams(line);
     m_initial = initialOfName(*line.name);

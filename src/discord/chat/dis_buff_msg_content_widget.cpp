@@ -116,8 +116,7 @@ void DisBuffMsgContentWidget::setContents(FlakeId channelId, DisBuffItem const& 
     m_textView->setVisible(m_hasText);
     m_timeText.clear();
     if (m_manager->style().metrics.timeOnEachMessage) {
-        m_timeText = QLocale().toString(QDateTime::fromMSecsSinceEpoch(item.timestamp).time(),
-                                        QLocale::ShortFormat);
+        m_timeText = DisBuffStyles::clockText(item.timestamp);
     }
     m_layout = DisBuffMsgLayout();
     if (isVisible()) {

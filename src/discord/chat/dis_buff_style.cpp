@@ -22,6 +22,8 @@ constexpr double smallFontScale = 0.86;
 constexpr double initialFontScale = 0.5; // of the avatar
 constexpr int fillAlpha = 28;
 constexpr int hueCount = 24;
+constexpr double minTimestampContrast = 2.0;
+constexpr int mixSteps = 8;
 constexpr int darkThemeLightness = 126;
 
 QFont scaled(QFont font, double factor)
@@ -42,6 +44,32 @@ double screenFactor()
         return 1.0;
     }
     return screen->logicalDotsPerInch() / 96.0;
+}
+
+double linearChannel(double value)
+{
+    return value <= 0.03928 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+}
+
+// Relative luminance and contrast as the accessibility guidelines for the web define them.
+double luminance(QColor const& color)
+{
+    return 0.2126 * linearChannel(color.redF()) + 0.7152 * linearChannel(color.greenF())
+        + 0.0722 * linearChannel(color.blueF());
+}
+
+double contrast(QColor const& a, QColor const& b)
+{
+    double const la = luminance(a);
+    double const lb = luminance(b);
+    return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
+}
+
+QColor mixed(QColor const& a, QColor const& b, double share)
+{
+    return QColor::fromRgbF(a.redF() + (b.redF() - a.redF()) * share,
+                            a.greenF() + (b.greenF() - a.greenF()) * share,
+                            a.blueF() + (b.blueF() - a.blueF()) * share);
 }
 
 QColor withAlpha(QColor color, int alpha)
@@ -83,8 +111,9 @@ DisBuffMetrics metricsFromPreferences(NakPreferences const& preferences)
     m.initialFont.setPixelSize(std::max(1, qRound(m.avatarSize * initialFontScale)));
     m.timeOnEachMessage = preferences.timestampsOnEachMessage;
     if (m.timeOnEachMessage) {
-        QString const widest = QLocale().toString(QTime(20, 0), QLocale::ShortFormat);
-        m.timeColumn = m.smallFm.horizontalAdvance(widest) + m.partGap;
+        QDateTime const widest(QDate(2020, 10, 20), QTime(20, 0));
+        m.timeColumn =
+            m.smallFm.horizontalAdvance(clockText(widest.toMSecsSinceEpoch())) + m.partGap;
     }
     return m;
 }
@@ -92,10 +121,11 @@ DisBuffMetrics metricsFromPreferences(NakPreferences const& preferences)
 DisBuffTheme themeFromPalette(QPalette const& palette)
 {
     DisBuffTheme t;
+    t.ground = palette.color(QPalette::Active, QPalette::Base);
     t.name = palette.color(QPalette::Active, QPalette::Text);
     t.dim = palette.color(QPalette::Disabled, QPalette::Text);
     QColor const stamp = NakAppTheme::getGlobalThemeColors().chatTimestamp;
-    t.timestamp = stamp.isValid() ? stamp : t.dim;
+    t.timestamp = stamp.isValid() ? readableColor(stamp, t, minTimestampContrast) : t.dim;
     t.botBackground = palette.color(QPalette::Active, QPalette::Button);
     t.botText = t.dim;
     t.highlight = palette.color(QPalette::Active, QPalette::Highlight);
@@ -107,6 +137,17 @@ DisBuffTheme themeFromPalette(QPalette const& palette)
     return t;
 }
 
+QColor readableColor(QColor const& color, DisBuffTheme const& theme, double minContrast)
+{
+    for (int step = 0; step < mixSteps; ++step) {
+        QColor const candidate = mixed(color, theme.name, static_cast<double>(step) / mixSteps);
+        if (contrast(candidate, theme.ground) >= minContrast) {
+            return candidate;
+        }
+    }
+    return theme.name;
+}
+
 QColor avatarColor(FlakeId userId, bool darkTheme)
 {
     // The low bits of ids are counters and mostly zero; the product spreads the times above them.
@@ -115,11 +156,19 @@ QColor avatarColor(FlakeId userId, bool darkTheme)
     return darkTheme ? QColor::fromHsl(hue, 80, 140) : QColor::fromHsl(hue, 95, 120);
 }
 
+QString clockText(qint64 msecsSinceEpoch)
+{
+    QLocale const locale;
+    QString format = locale.timeFormat(QLocale::ShortFormat);
+    format.remove(QStringLiteral(":ss")); // a few locales count seconds even in short
+    return locale.toString(QDateTime::fromMSecsSinceEpoch(msecsSinceEpoch).time(), format);
+}
+
 QString timeText(qint64 msecsSinceEpoch, QDateTime const& now)
 {
     QDateTime const time = QDateTime::fromMSecsSinceEpoch(msecsSinceEpoch);
     QLocale const locale;
-    QString const clock = locale.toString(time.time(), QLocale::ShortFormat);
+    QString const clock = clockText(msecsSinceEpoch);
     if (time.date() == now.date()) {
         return clock;
     }

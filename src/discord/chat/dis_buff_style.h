@@ -37,6 +37,7 @@ struct DisBuffMetrics {
     int contentGap = 1; // between the messages of a group
     int noteGap = 1; // above a line that stands for what is not text
     bool timeOnEachMessage = false;
+    double minNameContrast = 3.0; // of role colours against the ground
     int timeColumn = 0; // width at the right of each message, its gap included; 0: none
     double highlightRadius = 3.0;
     double highlightPen = 1.0;
@@ -45,6 +46,7 @@ struct DisBuffMetrics {
 };
 
 struct DisBuffTheme {
+    QColor ground;
     QColor name; // of authors without a role colour
     QColor dim;
     QColor timestamp;
@@ -72,10 +74,16 @@ QMargins groupBuffContentMargins(int padding);
 DisBuffMetrics metricsFromPreferences(NakPreferences const& preferences);
 DisBuffTheme themeFromPalette(QPalette const& palette);
 
+// The colour, or one between it and text that can be read on the ground: the colours of roles and
+// of custom themes are not made for each other.
+QColor readableColor(QColor const& color, DisBuffTheme const& theme, double minContrast);
+
 // The ground of a missing avatar: always the same for a user, and told apart from its neighbours.
 QColor avatarColor(FlakeId userId, bool darkTheme);
 
-// "21:05" today, with the date in front on other days.
+// "21:05".
+QString clockText(qint64 msecsSinceEpoch);
+// The same today, with the date in front on other days.
 QString timeText(qint64 msecsSinceEpoch, QDateTime const& now);
 QString fullDateText(qint64 msecsSinceEpoch);
 

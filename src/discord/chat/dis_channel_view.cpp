@@ -258,13 +258,12 @@ void DisChannelView::refreshEnabled()
     m_priv->input->setEnabled(!limited);
     if (limited) {
         m_priv->input->clear();
-        m_priv->input->setPlaceholderText(QStringLiteral(
+        m_priv->input->setHintText(QStringLiteral(
             "This channel is rate limited. Nakwire does not yet support rate limiting."));
         return;
     }
     QString const name = m_priv->channel.channelName();
-    m_priv->input->setPlaceholderText(name.isEmpty() ? QString()
-                                                     : QStringLiteral("Message ") + name);
+    m_priv->input->setHintText(name.isEmpty() ? QString() : QStringLiteral("Message ") + name);
 }
 
 void DisChannelView::refreshTopicText()

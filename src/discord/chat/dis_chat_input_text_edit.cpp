@@ -4,6 +4,7 @@
 
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QPainter>
 #include <QTextBlock>
 
 #include <algorithm>
@@ -25,6 +26,8 @@ DisChatInputTextEdit::DisChatInputTextEdit(QWidget* parent)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setLineWrapMode(QPlainTextEdit::WidgetWidth);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    // The part of the box that a text change repaints is smaller than the hint.
+    connect(this, &QPlainTextEdit::textChanged, viewport(), qOverload<>(&QWidget::update));
 }
 
 DisChatInputTextEdit::~DisChatInputTextEdit() = default;
@@ -36,6 +39,12 @@ void DisChatInputTextEdit::setVisualHintMode(VisualHintMode mode)
     }
     m_hintMode = mode;
     updateHintColors();
+}
+
+void DisChatInputTextEdit::setHintText(QString const& text)
+{
+    m_hintText = text;
+    viewport()->update();
 }
 
 bool DisChatInputTextEdit::endsInsideFence(QString const& text)
@@ -52,6 +61,20 @@ int DisChatInputTextEdit::countCodePoints(QString const& text)
 {
     return static_cast<int>(
         std::count_if(text.cbegin(), text.cend(), [](QChar c) { return !c.isHighSurrogate(); }));
+}
+
+void DisChatInputTextEdit::paintEvent(QPaintEvent* event)
+{
+    QPlainTextEdit::paintEvent(event);
+    if (m_hintText.isEmpty() || !isEmptyDocument()) {
+        return;
+    }
+    int const margin = cursorWidth() + textMargin;
+    QRect const rect = viewport()->rect().adjusted(margin, textMargin, -margin, 0);
+    QPainter painter(viewport());
+    painter.setPen(palette().color(QPalette::Disabled, QPalette::Text));
+    painter.drawText(rect, Qt::AlignLeft | Qt::AlignTop | Qt::TextSingleLine,
+                     fontMetrics().elidedText(m_hintText, Qt::ElideRight, rect.width()));
 }
 
 void DisChatInputTextEdit::keyPressEvent(QKeyEvent* event)
@@ -143,9 +166,10 @@ void DisChatInputTextEdit::updateHintColors()
         return;
     }
     m_updatingColors = true;
+    QPalette const application = QGuiApplication::palette();
     QPalette colors;
     if (m_hintMode == VisualHintMode::EditingMessage) {
-        colors.setColor(QPalette::Base, QGuiApplication::palette().color(QPalette::AlternateBase));
+        colors.setColor(QPalette::Base, application.color(QPalette::AlternateBase));
     }
     setPalette(colors);
     m_updatingColors = false;

@@ -19,6 +19,11 @@ public:
     VisualHintMode visualHintMode() const { return m_hintMode; }
     void setVisualHintMode(VisualHintMode mode);
 
+    // Stands in the box while it is empty. Qt's own placeholder never shows in a document whose
+    // margin was changed.
+    QString hintText() const { return m_hintText; }
+    void setHintText(QString const& text);
+
     // Within a fenced block that is not closed before the cursor, Enter makes a new line.
     bool fenceAwareEnter() const { return m_fenceAwareEnter; }
     void setFenceAwareEnter(bool on) { m_fenceAwareEnter = on; }
@@ -37,6 +42,7 @@ signals:
     void pressedCopyWithNoSelection();
 
 protected:
+    void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void changeEvent(QEvent* event) override;
 
@@ -47,6 +53,7 @@ private:
     QString textToCursor() const;
     void updateHintColors();
 
+    QString m_hintText;
     VisualHintMode m_hintMode = VisualHintMode::Normal;
     bool m_fenceAwareEnter = false;
     bool m_updatingColors = false;
