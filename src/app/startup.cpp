@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDebug>
+#include <QPalette>
 #include <QStyleFactory>
 
 #include <sodium.h>
@@ -144,7 +145,11 @@ QString NakStartup::chooseStyle(NakAppTheme::ThemeColors const& colors)
         return choice.name;
     }
     NakAppTheme::setGlobalThemeColors(colors);
-    QApplication::setPalette(NakAppTheme::themeColorsToPalette(colors));
-    QApplication::setStyle(new NakwireStyle);
+    // Before the application exists the toolkit does not ask the style to complete the palette.
+    QPalette palette = NakAppTheme::themeColorsToPalette(colors);
+    auto* const style = new NakwireStyle;
+    style->polish(palette);
+    QApplication::setPalette(palette);
+    QApplication::setStyle(style);
     return QString();
 }

@@ -4,7 +4,9 @@
 
 #include "nakwire_style.h"
 
+#include <QHelpEvent>
 #include <QMouseEvent>
+#include <QStyleOptionTab>
 
 NakTabBar::NakTabBar(QWidget* parent)
     : QTabBar(parent)
@@ -48,6 +50,17 @@ void NakTabBar::tabLayoutChange()
     showCloseButtonsThatFit();
 }
 
+// The tip of a tab is its title, which needs no second telling where all of it can be read.
+bool NakTabBar::event(QEvent* event)
+{
+    if (event->type() == QEvent::ToolTip) {
+        int const index = tabAt(static_cast<QHelpEvent*>(event)->pos());
+        if (index < 0 || !isElided(index))
+            return true;
+    }
+    return QTabBar::event(event);
+}
+
 void NakTabBar::mousePressEvent(QMouseEvent* event)
 {
     int const index = tabAt(event->pos());
@@ -61,6 +74,13 @@ void NakTabBar::mousePressEvent(QMouseEvent* event)
 int NakTabBar::barHeight() const
 {
     return 2 * fontMetrics().height();
+}
+
+bool NakTabBar::isElided(int index) const
+{
+    QStyleOptionTab option;
+    initStyleOption(&option, index);
+    return option.text != tabText(index);
 }
 
 void NakTabBar::showCloseButtonsThatFit()

@@ -22,9 +22,11 @@ protected:
     QSize tabSizeHint(int index) const override;
     QSize minimumTabSizeHint(int index) const override;
     void tabLayoutChange() override;
+    bool event(QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
 
 private:
     int barHeight() const;
+    bool isElided(int index) const;
     void showCloseButtonsThatFit();
 };

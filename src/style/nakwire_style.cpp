@@ -209,6 +209,32 @@ void paintPushButtonPanel(QPainter* painter, QStyleOption const& option)
         paintFocusRing(painter, option);
 }
 
+// Fusion's outline vanishes on a dark ground.
+void paintCheckBox(QPainter* painter, QStyleOption const& option)
+{
+    bool const enabled = option.state.testFlag(QStyle::State_Enabled);
+    QPalette const& palette = option.palette;
+    QRectF const box = QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5);
+    ScopedPainter const scope(painter);
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setPen(stepped(palette, QPalette::Window, enabled ? sliderActiveStep : sliderStep));
+    painter->setBrush(stepped(palette, QPalette::Base,
+                              option.state.testFlag(QStyle::State_Sunken) ? pressedStep : 0));
+    painter->drawRoundedRect(box, 2, 2);
+
+    auto const at = [&box](double x, double y) {
+        return box.topLeft() + QPointF(x * box.width(), y * box.height());
+    };
+    painter->setPen(QPen(palette.color(QPalette::Text), 1.8, Qt::SolidLine, Qt::RoundCap));
+    if (option.state.testFlag(QStyle::State_On)) {
+        QPointF const tick[] = { at(0.24, 0.52), at(0.43, 0.72), at(0.77, 0.28) };
+        painter->setBrush(Qt::NoBrush);
+        painter->drawPolyline(tick, 3);
+    } else if (option.state.testFlag(QStyle::State_NoChange)) {
+        painter->drawLine(at(0.28, 0.5), at(0.72, 0.5));
+    }
+}
+
 void paintMenuBarItem(QStyle const& style, QPainter* painter, QStyleOptionMenuItem const& item)
 {
     bool const enabled = item.state.testFlag(QStyle::State_Enabled);
@@ -308,7 +334,7 @@ QColor NakwireStyle::tabStripColor(QPalette const& palette)
 {
     // Not by lightness, which makes a faint tint a strong one.
     QColor const window = palette.color(QPalette::Window);
-    return window.darker(window.lightness() > 126 ? 108 : 125);
+    return window.darker(window.lightness() > 126 ? 105 : 125);
 }
 
 QColor NakwireStyle::lineColor(QPalette const& palette)
@@ -333,6 +359,13 @@ void NakwireStyle::polish(QPalette& palette)
     palette.setColor(QPalette::ToolTipText, text);
 }
 
+void NakwireStyle::polish(QWidget* widget)
+{
+    QProxyStyle::polish(widget);
+    if (widget->inherits("QTipLabel"))
+        widget->setPalette(QApplication::palette());
+}
+
 void NakwireStyle::drawPrimitive(PrimitiveElement element, QStyleOption const* option,
                                  QPainter* painter, QWidget const* widget) const
 {
@@ -343,11 +376,19 @@ void NakwireStyle::drawPrimitive(PrimitiveElement element, QStyleOption const* o
     case PE_PanelButtonTool:
         paintToolButtonPanel(painter, *option);
         return;
+    case PE_IndicatorCheckBox:
+        paintCheckBox(painter, *option);
+        return;
     case PE_PanelButtonCommand:
         paintPushButtonPanel(painter, *option);
         return;
     case PE_IndicatorTabClose:
         paintTabClose(painter, *option);
+        return;
+    case PE_PanelTipLabel:
+        painter->fillRect(option->rect, lineColor(option->palette));
+        painter->fillRect(option->rect.adjusted(1, 1, -1, -1),
+                          option->palette.color(QPalette::ToolTipBase));
         return;
     case PE_FrameTabWidget:
     case PE_FrameTabBarBase:

@@ -27,6 +27,8 @@ public:
     // Fills the roles that a theme does not name (bevels, links, tool tips, placeholders) from
     // those that it does.
     void polish(QPalette& palette) override;
+    // Tool tips take the theme's colours too; by themselves they keep the desktop's.
+    void polish(QWidget* widget) override;
 
     void drawPrimitive(PrimitiveElement element, QStyleOption const* option, QPainter* painter,
                        QWidget const* widget) const override;

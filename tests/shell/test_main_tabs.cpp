@@ -333,6 +333,31 @@ TEST_F(MainTabs, TabsShareTheBarEvenly)
     EXPECT_EQ(bar()->tabRect(0).width(), bar()->width() / 20);
 }
 
+TEST_F(MainTabs, ManyTabsHaveNoCloseButtonsToHitByMistake)
+{
+    m_tabs.resize(640, 300);
+    m_tabs.show();
+    m_tabs.setTabsClosable(true);
+    auto const shown = [&] {
+        std::string text;
+        settle();
+        for (int i = 0; i < m_tabs.count(); ++i)
+            text += bar()->tabButton(i, QTabBar::RightSide)->isVisible() ? 'x' : '.';
+        return text;
+    };
+    for (quint64 id : { 1, 2, 3 })
+        openNew(id);
+    EXPECT_EQ(shown(), "xxx");
+    for (quint64 id = 4; id <= 11; ++id)
+        openNew(id);
+    EXPECT_EQ(shown(), "..........x");
+    m_tabs.setCurrentIndex(3);
+    EXPECT_EQ(shown(), "...x.......");
+    for (int i = 0; i < 8; ++i)
+        m_tabs.closeTab(10 - i);
+    EXPECT_EQ(shown(), "xxx");
+}
+
 TEST_F(MainTabs, AMiddleClickClosesTheTabUnderIt)
 {
     m_tabs.resize(640, 300);
