@@ -19,7 +19,7 @@ namespace stage {
 
 namespace {
 
-constexpr size_t kMaxSessions = 32;
+constexpr size_t kMaxSessions = 96; // above the connections, so that one of them is idle
 constexpr size_t kMaxConnections = 64;
 constexpr size_t kMaxLoggedDispatches = 8192;
 constexpr qint64 kMaxLoggedBytes = 16 << 20;
@@ -265,23 +265,19 @@ void Gateway::onHeartbeat(GatewayConnection& connection, Term const*)
 
 void Gateway::onIdentify(GatewayConnection& connection, Term const* d)
 {
-    if (connection.session) {
-        connection.socket->close(QWebSocketProtocol::CloseCode(AlreadyAuthenticated),
-                                 QStringLiteral("Already authenticated."));
+    if (!maySignIn(connection, d))
         return;
-    }
-    if (!tokenIsRight(d)) {
-        connection.socket->close(QWebSocketProtocol::CloseCode(AuthenticationFailed),
-                                 QStringLiteral("Authentication failed."));
-        return;
-    }
     auto session = std::make_shared<GatewaySession>();
     Rng rng(m_world.seed, 0x5e55, ++m_sessionsMade);
     session->id = QByteArray::number(rng.next() | 1ull << 63, 16)
         + QByteArray::number(rng.next() | 1ull << 63, 16);
     m_sessions.push_back(session);
-    if (m_sessions.size() > kMaxSessions)
-        m_sessions.pop_front();
+    if (m_sessions.size() > kMaxSessions) {
+        m_sessions.erase(
+            std::find_if(m_sessions.begin(), m_sessions.end(), [&session](auto const& one) {
+                return !one->connection && one != session;
+            }));
+    }
     attach(connection, session);
     session->seq = 1;
     send(connection,
@@ -292,11 +288,8 @@ void Gateway::onIdentify(GatewayConnection& connection, Term const* d)
 
 void Gateway::onResume(GatewayConnection& connection, Term const* d)
 {
-    if (!tokenIsRight(d)) {
-        connection.socket->close(QWebSocketProtocol::CloseCode(AuthenticationFailed),
-                                 QStringLiteral("Authentication failed."));
+    if (!maySignIn(connection, d))
         return;
-    }
     Term const* wanted = d->find("session_id");
     Term const* seq = d->find("seq");
     auto const known = std::find_if(m_sessions.begin(), m_sessions.end(), [&](auto const& session) {
@@ -361,12 +354,19 @@ void Gateway::onMemberList(GatewayConnection& connection, Term const* d)
 
 void Gateway::onAccepted(GatewayConnection&, Term const*) { }
 
-bool Gateway::tokenIsRight(Term const* d) const
+// Closes the connection if not.
+bool Gateway::maySignIn(GatewayConnection& connection, Term const* d)
 {
     Term const* token = d ? d->find("token") : nullptr;
-    if (!token || token->bytes.isEmpty())
-        return false;
-    return m_options.token.isEmpty() || token->bytes == m_options.token.toUtf8();
+    bool const right = token && !token->bytes.isEmpty()
+        && (m_options.token.isEmpty() || token->bytes == m_options.token.toUtf8());
+    if (connection.session)
+        connection.socket->close(QWebSocketProtocol::CloseCode(AlreadyAuthenticated),
+                                 QStringLiteral("Already authenticated."));
+    else if (!right)
+        connection.socket->close(QWebSocketProtocol::CloseCode(AuthenticationFailed),
+                                 QStringLiteral("Authentication failed."));
+    return right && !connection.session;
 }
 
 // The session's former connection, if it still stands, is cut.

@@ -83,7 +83,7 @@ private:
     void onMemberList(GatewayConnection& connection, Term const* d);
     void onAccepted(GatewayConnection& connection, Term const* d);
 
-    bool tokenIsRight(Term const* d) const;
+    bool maySignIn(GatewayConnection& connection, Term const* d);
     void attach(GatewayConnection& connection, std::shared_ptr<GatewaySession> const& session);
     void dispatchTo(GatewaySession& session, QByteArray const& name, QByteArray const& payload);
     void replay(GatewayConnection& connection, qint64 seq);

@@ -156,6 +156,42 @@ TEST(StageGateway, WhatCannotBeResumedIsInvalid)
     EXPECT_NE(payload(client.waitFor(0, "READY")).value(key("session_id")).toString(), session);
 }
 
+TEST(StageGateway, OneSignInPerConnection)
+{
+    stage::Stage stage(options());
+    for (bool const again : { true, false }) {
+        WireClient client;
+        QSignalSpy closed(&client.socket, &QWebSocket::disconnected);
+        client.open(stage.gatewayUrl());
+        client.waitFor(10);
+        client.identify();
+        QString const session =
+            payload(client.waitFor(0, "READY")).value(key("session_id")).toString();
+        if (again)
+            client.identify();
+        else
+            client.resume(session, 1);
+        ASSERT_TRUE(waitUntil([&] { return closed.count() == 1; }));
+        EXPECT_EQ(int(client.socket.closeCode()), 4005);
+    }
+    // More sessions than are kept: the newest are served, the oldest cannot be resumed.
+    QStringList sessions;
+    for (int n = 0; n < 97; ++n) {
+        WireClient client;
+        client.open(stage.gatewayUrl());
+        client.waitFor(10);
+        client.identify();
+        sessions << payload(client.waitFor(0, "READY")).value(key("session_id")).toString();
+    }
+    WireClient client;
+    client.open(stage.gatewayUrl());
+    client.waitFor(10);
+    client.resume(sessions.first(), 1);
+    EXPECT_FALSE(client.waitFor(9).isEmpty());
+    client.resume(sessions.last(), 1);
+    EXPECT_FALSE(client.waitFor(0, "RESUMED").isEmpty());
+}
+
 TEST(StageGateway, FaultsReachTheClient)
 {
     stage::Stage stage(options());
