@@ -25,6 +25,7 @@ struct sqlite3;
     X(Commit, "commit transaction") \
     \
     X(GuildReplace, "replace into guild (id, name, icon, owner_id, afk_channel_id) values (?, ?, ?, ?, ?)") \
+    X(GuildMemberAny, "select null from guild_member limit 1") \
     X(GuildMemberReplace, "replace into guild_member (guild_id, user_id, nick) values (?, ?, ?)") \
     X(GuildMemberEnsure, "insert or ignore into guild_member (guild_id, user_id) values (?, ?)") \
     X(GuildMemberEnsureFromChannel, "insert or ignore into guild_member (guild_id, user_id) " \

@@ -7,6 +7,7 @@
 // written last still is: rows of equal keys keep their order.
 
 #include "dis_db_prepared.h"
+#include "dis_index_pause.h"
 #include "dis_store_rows.h"
 #include "dis_store_updates.h"
 
@@ -15,6 +16,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <memory>
 #include <tuple>
 #include <vector>
 
@@ -49,6 +51,8 @@ struct Collection {
     std::vector<DisRows::Role> roles;
     std::vector<DisRows::Channel> channels;
     std::vector<GuildLists> lists;
+
+    size_t memberRows() const { return users.size() + members.size() + memberRoles.size(); }
 };
 
 void collectMembers(Collection& all, Dread::Ctx const& ctx, Dread::VMap const& map, FlakeId guildId)
@@ -282,6 +286,17 @@ void writeEmojis(DisDbPrepared& db, Dread::Ctx const& ctx, std::vector<GuildList
     }
 }
 
+// From here on making the indexes anew is cheaper than keeping them up to date, if there is little
+// in the tables yet.
+constexpr size_t manyMemberRows = 2000;
+
+std::unique_ptr<DisIndexPause> pauseIndexesFor(DisDbPrepared& db, Collection const& all)
+{
+    if (all.memberRows() < manyMemberRows || !isEmpty(db, DisStmt::GuildMemberAny))
+        return nullptr;
+    return std::make_unique<DisIndexPause>(db.db);
+}
+
 } // namespace
 
 void updateWithGuildJson(DisDbPrepared& db, Dread::Ctx const& ctx, Dread::VMap const& map)
@@ -295,6 +310,7 @@ void updateWithGuildJsons(DisDbPrepared& db, Dread::Ctx const& ctx,
     Collection all;
     for (auto const& guild : guilds)
         collectGuild(all, ctx, guild);
+    auto const pause = pauseIndexesFor(db, all);
     writeInOrder(db, all.guilds, sortedById(all.guilds), DisRows::writeGuild);
     writeMembers(db, all);
     writeVoiceStates(db, ctx, all.lists);
