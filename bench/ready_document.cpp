@@ -115,8 +115,8 @@ private:
     // --- values ---
     quint64 below(quint64 n) { return m_random() % n; }
     bool oneIn(quint64 n) { return below(n) == 0; }
-    // Snowflakes rise, with uneven gaps.
-    quint64 newId() { return m_lastId += (1ULL << 22) * (1 + below(40000)) + below(1 << 12); }
+    // In no order: people, channels and roles are as old as they are, wherever they are listed.
+    quint64 newId() { return 100'000'000'000'000'000ULL + below(900'000'000'000'000'000ULL); }
     std::string word() { return words[below(std::size(words))]; }
     std::string name() { return word() + '-' + std::to_string(below(10000)); }
     std::string hex(int digits)
@@ -335,7 +335,6 @@ private:
     ReadyShape const m_shape;
     std::mt19937_64 m_random;
     EtfWriter m_to;
-    quint64 m_lastId = 175928847299117063;
     quint64 m_ownId = 80351110224678912;
     quint64 m_category = 0;
     std::vector<quint64> m_roles; // of the guild at hand, as are the users
