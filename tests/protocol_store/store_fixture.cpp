@@ -11,8 +11,11 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <cstring>
-#include <set>
+#include <iterator>
+#include <sstream>
+#include <vector>
 
 Store::Store()
     : path(directory.filePath(QStringLiteral("discord_client.nakdb")))
@@ -156,25 +159,26 @@ std::string changesText(DisChanges const& changes)
     return text;
 }
 
-std::string lineDifference(std::string const& actual, std::string const& expected)
+std::string lineDifference(std::string const& before, std::string const& after)
 {
     auto const split = [](std::string const& text) {
-        auto const lines = QString::fromStdString(text).split(QLatin1Char('\n'));
-        std::multiset<std::string> set;
-        for (auto const& line : lines)
-            set.insert(line.toStdString());
-        return set;
+        std::vector<std::string> lines;
+        std::istringstream stream(text);
+        for (std::string line; std::getline(stream, line);)
+            lines.push_back(line);
+        std::sort(lines.begin(), lines.end());
+        return lines;
     };
-    auto const a = split(actual);
-    auto const e = split(expected);
+    auto const b = split(before);
+    auto const a = split(after);
+    std::vector<std::string> gone;
+    std::vector<std::string> come;
+    std::set_difference(b.begin(), b.end(), a.begin(), a.end(), std::back_inserter(gone));
+    std::set_difference(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(come));
     std::string text;
-    for (auto const& line : e) {
-        if (e.count(line) > a.count(line))
-            text += "missing  " + line + "\n";
-    }
-    for (auto const& line : a) {
-        if (a.count(line) > e.count(line))
-            text += "too many " + line + "\n";
-    }
+    for (auto const& line : gone)
+        text += "-" + line + "\n";
+    for (auto const& line : come)
+        text += "+" + line + "\n";
     return text;
 }

@@ -43,5 +43,6 @@ void withJson(QByteArray json, std::function<void(Dread::Ctx const&, Dread::Val 
 // "MessageCreated 1 2 3; GuildChanged 7", with "reload" for a record that tells to reload.
 std::string changesText(DisChanges const& changes);
 
-// Two multi-line texts as a diff: the lines that only one of them has. Empty when they are equal.
-std::string lineDifference(std::string const& actual, std::string const& expected);
+// The lines that only before has, each after a minus, then those that only after has, each after a
+// plus. Empty when they hold the same lines.
+std::string lineDifference(std::string const& before, std::string const& after);

@@ -1,0 +1,193 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "dis_cache.h"
+#include "dis_perms.h"
+#include "store_fixture.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace DisPerms;
+
+// Guild 10 of user 2 with the text channel 20 and the voice channel 21; user 3 has the role 30,
+// user 4 the roles 30 and 31, user 5 none, and user 6 is in another guild only.
+constexpr char guild[] =
+    "insert into guild values (10, 'G', null, 2, null), (11, 'H', null, 6, null);"
+    "insert into any_channel values (20, 1), (21, 2), (50, 4);"
+    "insert into guild_channel values (20, 10, -1, 0, 0, 0, 'text', null, 5, 500);"
+    "insert into guild_voice_channel values (21, 10, -1, 1, 0, 64000, 0, 'voice');"
+    "insert into private_channel (id) values (50);"
+    "insert into guild_member (guild_id, user_id) values (10, 2), (10, 3), (10, 4), (10, 5), "
+    "(11, 6);"
+    "insert into guild_member_role values (3, 30), (4, 30), (4, 31), (6, 32);";
+
+struct RightsCase {
+    char const* what;
+    quint32 everyone; // permissions of the everyone role, and of the roles 30 and 31
+    quint32 role30;
+    quint32 role31;
+    char const* overwrites; // of channel 20: target, allow, deny, type
+    quint64 user;
+    quint32 caps;
+};
+
+RightsCase const cases[] = {
+    { "the owner has all without any role", 0, 0, 0, "", 2, 127 },
+    { "the owner cannot be denied", 0, 0, 0, "(20, 2, 0, 1024, 1)", 2, 127 },
+    { "the owner of another guild has nothing of it", 0, 0, 0, "", 6, 0 },
+    { "nobody may do anything", 0, 0, 0, "", 3, 0 },
+    { "everyone reads", 0x400, 0, 0, "", 5, CapAccess },
+    { "a non-member has the everyone role's bits", 0x400, 0, 0, "", 6, CapAccess },
+    { "an unknown user too", 0x400, 0, 0, "", 99, CapAccess },
+    { "a role reads", 0, 0x400, 0, "", 3, CapAccess },
+    { "who lacks the role does not", 0, 0x400, 0, "", 5, 0 },
+    { "roles add up", 0x400, 0x2000, 0x10, "", 4,
+      CapAccess | CapManageMessages | CapManageChannel },
+    { "each bit becomes its capability: manage channels", 0x10, 0, 0, "", 5, CapManageChannel },
+    { "manage roles", 0x10000000, 0, 0, "", 5, CapEditPermissions },
+    { "external emoji", 0x40000, 0, 0, "", 5, CapUseExternalEmoji },
+    { "manage messages", 0x2000, 0, 0, "", 5, CapManageMessages },
+    { "create invites", 0x1, 0, 0, "", 5, CapCreateInvite },
+    { "connect", 0x100000, 0, 0, "", 5, CapConnectVoice },
+    { "bits without a capability", 0x6FEBDBE6, 0, 0, "", 5, 0 },
+    { "an administrator has all", 0, 0x8, 0, "", 3, 127 },
+    { "an administrator cannot be denied", 0, 0x8, 0, "(20, 3, 0, 2147483647, 1)", 3, 127 },
+    { "everyone is denied", 0x400, 0, 0, "(20, 10, 0, 1024, 0)", 5, 0 },
+    { "a role's allow beats the everyone role's deny", 0x400, 0, 0,
+      "(20, 10, 0, 1024, 0), (20, 30, 1024, 0, 0)", 3, CapAccess },
+    { "but only for who has the role", 0x400, 0, 0, "(20, 10, 0, 1024, 0), (20, 30, 1024, 0, 0)", 5,
+      0 },
+    { "levels are merged: everyone's allow beats a role's deny too", 0, 0, 0,
+      "(20, 10, 1024, 0, 0), (20, 30, 0, 1024, 0)", 3, CapAccess },
+    { "and a role's allow the user's own deny", 0, 0, 0,
+      "(20, 30, 1024, 0, 0), (20, 3, 0, 1024, 1)", 3, CapAccess },
+    { "a role's deny", 0x400, 0, 0, "(20, 30, 0, 1024, 0)", 3, 0 },
+    { "one role denies, the other allows", 0, 0, 0, "(20, 30, 0, 1024, 0), (20, 31, 1024, 0, 0)", 4,
+      CapAccess },
+    { "a user's own allow", 0, 0, 0, "(20, 3, 1024, 0, 1)", 3, CapAccess },
+    { "is for that user", 0, 0, 0, "(20, 3, 1024, 0, 1)", 4, 0 },
+    { "a user's own deny", 0x400, 0, 0, "(20, 3, 0, 1024, 1)", 3, 0 },
+    { "a deny of other bits", 0x2400, 0, 0, "(20, 10, 0, 8192, 0)", 5, CapAccess },
+    { "overwrites of another channel do not count", 0x400, 0, 0, "(21, 10, 0, 1024, 0)", 5,
+      CapAccess },
+    { "an allow of administrator is a bit like any other", 0, 0, 0, "(20, 3, 8, 0, 1)", 3, 0 },
+    { "all capabilities one by one", 0x10142411, 0x40000, 0, "", 3, 127 },
+};
+
+class Rights : public Store {
+public:
+    explicit Rights(RightsCase const& c)
+    {
+        exec(guild);
+        std::string const roles = "insert into role values (10, 10, 'e', 0, 0, 0, "
+            + std::to_string(c.everyone) + ", 0, 0), (30, 10, 'a', 0, 0, 1, "
+            + std::to_string(c.role30) + ", 0, 0), (31, 10, 'b', 0, 0, 2, "
+            + std::to_string(c.role31) + ", 0, 0), (32, 11, 'c', 0, 0, 1, 2147483647, 0, 0)";
+        exec(roles.c_str());
+        if (*c.overwrites)
+            exec(("insert into guild_channel_permission values " + std::string(c.overwrites))
+                     .c_str());
+        DisCache::createGlobalData(db);
+    }
+    ~Rights() { DisCache::destroyGlobalData(); }
+};
+
+} // namespace
+
+TEST(DisRights, CapabilitiesAsWorkedOutByHand)
+{
+    for (auto const& c : cases) {
+        SCOPED_TRACE(c.what);
+        Rights rights(c);
+        FlakeId const user(c.user);
+        EXPECT_EQ(DisCache::guildMemberChannelCaps_uncached(user, FlakeId(20)), c.caps);
+        EXPECT_EQ(DisCache::guildMemberChannelCaps(user, FlakeId(20)), c.caps);
+        EXPECT_EQ(DisCache::guildMemberChannelCaps(user, FlakeId(20)), c.caps) << "from the cache";
+        // Neither a private nor an unknown channel has capabilities.
+        EXPECT_EQ(DisCache::guildMemberChannelCaps(user, FlakeId(50)), 0U);
+        EXPECT_EQ(DisCache::guildMemberChannelCaps(user, FlakeId(99)), 0U);
+        EXPECT_EQ(DisCache::guildMemberChannelCaps(FlakeId(), FlakeId(20)), 0U);
+    }
+}
+
+TEST(DisRights, EachQuestionAsksItsCapability)
+{
+    struct Question {
+        bool (*ask)(FlakeId user, FlakeId channel);
+        quint32 caps;
+    };
+    Question const questions[] = {
+        { DisCache::userCanAccessGuildChannel, 1 },
+        { DisCache::userCanManageGuildChannel, 2 },
+        { DisCache::userCanEditPermissionsOnGuildChannel, 4 },
+        { DisCache::userCanUseExternalEmojiInGuildChannel, 8 },
+        { DisCache::userCanManageMessagesInGuildChannel, 16 },
+        { DisCache::userCanCreateInviteForGuildChannel, 32 },
+        { DisCache::userCanConnectVoiceForGuildChannel, 64 },
+        { DisCache::userCanIgnoreRateLimitingInGuildChannel, 2 | 16 },
+    };
+    for (quint32 const bit : { 0x400U, 0x10U, 0x10000000U, 0x40000U, 0x2000U, 0x1U, 0x100000U }) {
+        Rights rights({ "", bit, 0, 0, "", 5, 0 });
+        auto const caps = DisCache::guildMemberChannelCaps(FlakeId(5), FlakeId(20));
+        for (auto const& question : questions)
+            EXPECT_EQ(question.ask(FlakeId(5), FlakeId(20)), (question.caps & caps) != 0)
+                << bit << ' ' << question.caps;
+    }
+}
+
+TEST(DisRights, GuildWideQuestions)
+{
+    struct Question {
+        bool (*ask)(FlakeId user, FlakeId guild);
+        quint32 mask;
+    };
+    Question const questions[] = {
+        { DisCache::userCanManageGuildChannels, 0x18 },
+        { DisCache::userCanUseBansInGuild, 0xC },
+        { DisCache::userCanViewAuditLogInGuild, 0x88 },
+        { DisCache::userCanManageEmojisInGuild, 0x40000008 },
+        { DisCache::userCanManageInvitesInGuild, 0x28 },
+    };
+    for (int shift = 0; shift < 31; ++shift) {
+        quint32 const bit = 1U << shift;
+        Rights rights({ "", 0, bit, 0, "", 3, 0 });
+        EXPECT_EQ(DisCache::userGuildPermissions(FlakeId(3), FlakeId(10)), bit);
+        for (auto const& question : questions) {
+            EXPECT_EQ(question.ask(FlakeId(3), FlakeId(10)), (bit & question.mask) != 0) << shift;
+            EXPECT_FALSE(question.ask(FlakeId(5), FlakeId(10))) << shift;
+            EXPECT_TRUE(question.ask(FlakeId(2), FlakeId(10))) << "the owner";
+            EXPECT_FALSE(question.ask(FlakeId(2), FlakeId(99))) << "an unknown guild";
+        }
+    }
+}
+
+TEST(DisRights, OverrideOfOneTarget)
+{
+    Rights rights({ "", 0, 0, 0, "(20, 30, 5, 6, 0)", 3, 0 });
+    quint32 allow = 1;
+    quint32 deny = 2;
+    EXPECT_FALSE(DisCache::guildChannelPermissionsOverride(FlakeId(3), FlakeId(20), &allow, &deny));
+    EXPECT_EQ(allow, 1U);
+    EXPECT_TRUE(DisCache::guildChannelPermissionsOverride(FlakeId(30), FlakeId(20), &allow, &deny));
+    EXPECT_EQ(allow, 5U);
+    EXPECT_EQ(deny, 6U);
+}
+
+TEST(DisRights, FlagsHaveTheirNames)
+{
+    std::string names;
+    for (int shift = 0; shift < 32; ++shift) {
+        auto const name = flagDisplayName(static_cast<Flag>(1U << shift)).toStdString();
+        names += std::to_string(shift) + ' ' + name + '\n';
+    }
+    EXPECT_EQ(names,
+              "0 Create Instant Invite\n1 Kick Members\n2 Ban Members\n3 Administrator\n"
+              "4 Manage Channels\n5 Manage Guild\n6 Add Reactions\n7 View Audit Log\n"
+              "8 Priority Speaker\n9 \n10 Read Messages\n11 Send Messages\n12 Send TTS Messages\n"
+              "13 Manage Messages\n14 Embed Links\n15 Attach Files\n16 Read Message History\n"
+              "17 Mention Everyone\n18 Use External Emojis\n19 \n20 Connect\n21 Speak\n"
+              "22 Mute Members\n23 Deafen Members\n24 Move Members\n25 Use VAD\n"
+              "26 Change Nickname\n27 Manage Nicknames\n28 Manage Roles\n29 Manage Webhooks\n"
+              "30 Manage Emojis\n31 \n");
+}
