@@ -1,0 +1,33 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// What the tests of the model stand on: a client with a store of its own, and rows in it.
+
+#include "dis_client.h"
+#include "global_events.h"
+
+#include <QTemporaryDir>
+
+#include <functional>
+#include <memory>
+
+// Runs the event loop until the condition holds; only a failing test waits the whole time.
+bool waitUntil(std::function<bool()> const& condition);
+
+class ModelWorld {
+public:
+    explicit ModelWorld(QString const& apiUrl = QStringLiteral("http://127.0.0.1:1/api/v6"));
+    ~ModelWorld();
+
+    void run(char const* sql); // on the store
+    void tell(DisChange::ChangeType type, FlakeId a, FlakeId b = {}, FlakeId c = {});
+
+    QTemporaryDir dir;
+    NakGlobalEvents events;
+    std::unique_ptr<DisClient> client;
+};
+
+// The roles that this program plays when it starts itself; see main.cpp.
+constexpr char const* saveAccountsRole = "--save-accounts-until-killed";
+[[noreturn]] void saveAccountsUntilKilled(QString const& path);
