@@ -108,7 +108,7 @@ void removeLeftovers(QFileInfo const& file)
 // False if the file stays where it is.
 bool setAside(QString const& path)
 {
-    for (int i = 1; i <= 1'000; ++i) {
+    for (int i = 1; i <= 100; ++i) {
         QString const other = QStringLiteral("%1.unreadable-%2").arg(path).arg(i);
         if (QFileInfo::exists(other) || !QFile::rename(path, other))
             continue;
