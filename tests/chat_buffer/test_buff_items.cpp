@@ -126,6 +126,38 @@ TEST_F(BuffItems, SpanMayLastLongerThanTheGap)
     EXPECT_EQ(spansUpwards(), QStringLiteral("0~300000"));
 }
 
+TEST_F(BuffItems, EndlessSpansAreCutAtTheSamePlacesFromBothSides)
+{
+    for (int i = 0; i < 64; ++i) {
+        add(1000 * i, 1);
+    }
+    EXPECT_EQ(spansUpwards(), QStringLiteral("0~63000")) << "a long one is whole";
+    for (int i = 64; i < 3000; ++i) {
+        add(1000 * i, 1);
+    }
+    items->invalidate();
+    QStringList up = spansUpwards().split(QLatin1Char(' '));
+    std::reverse(up.begin(), up.end());
+    items->invalidate();
+    QStringList const down = spansDownwards().split(QLatin1Char(' '));
+    EXPECT_EQ(up, down);
+    int next = 0;
+    for (QString const& span : down) {
+        int const first = span.section(QLatin1Char('~'), 0, 0).toInt() / 1000;
+        int const last = span.section(QLatin1Char('~'), 1, 1).toInt() / 1000;
+        EXPECT_EQ(first, next);
+        EXPECT_LT(last - first, 300);
+        next = last + 1;
+        for (int i = first; i <= last; i += 7) {
+            DisBuffSpan const found =
+                items->findSpanContainingItem(DisBuffItem::confirmed(at(1000 * i), FlakeId(1)));
+            EXPECT_EQ(name(found.first) + QLatin1Char('~') + name(found.last), span);
+        }
+    }
+    EXPECT_EQ(next, 3000);
+    EXPECT_GT(down.size(), 20);
+}
+
 TEST_F(BuffItems, AuthorsAndChannelsSplit)
 {
     add(1, 1);

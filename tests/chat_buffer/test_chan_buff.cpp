@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QLabel>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
 #include <QWheelEvent>
@@ -456,6 +457,58 @@ TEST_F(ChanBuff, MutingHidesAndShowsInPlace)
     settle();
     EXPECT_EQ(shown(),
               QStringLiteral("message 0|message 1|message 2|message 3|message 4|message 5"));
+}
+
+TEST_F(ChanBuff, MutingWhileAwayFromTheEndKeepsThePlace)
+{
+    fill(100);
+    open();
+    wheel(40);
+    std::map<quint64, int> const before = topsOnScreen();
+    g_disManager->addMutedUser(bob);
+    settle();
+    ASSERT_FALSE(buffer->isStuckToEnd());
+    // The topmost message that is still there stands where it was.
+    std::map<quint64, int> const after = topsOnScreen();
+    for (auto const& [id, top] : before) {
+        qint64 const msecs =
+            FlakeId(id).toMSecsSinceEpoch_Discord() - idAt(0).toMSecsSinceEpoch_Discord();
+        if (msecs / farApart % 2 == 0) { // by alice
+            EXPECT_EQ(after.count(id) != 0 ? after.at(id) : -1, top);
+            break;
+        }
+    }
+    g_disManager->removeMutedUser(bob);
+}
+
+TEST_F(ChanBuff, ABotsLogDoesNotBecomeOneWidget)
+{
+    world.addMessages(
+        5000, [](int i) { return idAt(i * 1000); }, [this](int) { return bob; },
+        [](int i) { return QStringLiteral("log line %1").arg(i); });
+    open();
+    for (int i = 0; i < 30; ++i) {
+        wheel(3);
+        expectCovered();
+        EXPECT_LT(buffer->findChildren<DisBuffMsgContentWidget*>().size(), 500);
+    }
+}
+
+TEST_F(ChanBuff, WhatScrollingLeavesOnTheScreenIsWhatPaintingGives)
+{
+    fill(300);
+    open();
+    for (int i = 0; i < 25; ++i) {
+        buffer->updateViewWithDelta((i * 37) % 90 - 25);
+        settle();
+    }
+    QImage const screen = buffer->screen()
+                              ->grabWindow(buffer->winId())
+                              .toImage()
+                              .convertToFormat(QImage::Format_RGB32);
+    QImage const painted = buffer->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    ASSERT_EQ(screen.size(), painted.size());
+    EXPECT_TRUE(screen == painted);
 }
 
 TEST_F(ChanBuff, AnEmptiedStoreKeepsTheScreenUntilHistoryComes)

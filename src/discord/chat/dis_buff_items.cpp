@@ -21,6 +21,12 @@ constexpr char nearEndSql[] =
     "(select id from message where channel_id = :channel_id order by id asc limit 1 offset 50), "
     "(select max(id) from message where channel_id = :channel_id))";
 
+bool inOneRun(DisBuffItem const& a, DisBuffItem const& b)
+{
+    return a.isValid() && b.isValid() && a.authorId == b.authorId
+        && std::llabs(a.timestamp - b.timestamp) <= DisBuffItems::spanMaxGapMSecs;
+}
+
 enum ParamIndex { ParamChannelId = 1, ParamMessageId = 2 };
 enum Column { ColId = 0, ColAuthorId = 1 };
 
@@ -313,11 +319,26 @@ DisBuffItem DisBuffItems::spanEnd(DisBuffItem item, Direction direction)
 {
     for (;;) {
         DisBuffItem const next = neighbour(item, direction);
-        bool const joins = next.isValid() && next.authorId == item.authorId
-            && std::llabs(next.timestamp - item.timestamp) <= spanMaxGapMSecs;
-        if (!joins) {
+        if (!inOneRun(item, next) || isCutBefore(direction == Direction::Earlier ? item : next)) {
             return item;
         }
         item = next;
     }
+}
+
+bool DisBuffItems::isCutBefore(DisBuffItem item)
+{
+    // The low bits of ids are mostly zero; the product spreads the times above them.
+    quint64 const spread = (item.id.value() >> 16) * 0x9E3779B97F4A7C15ULL;
+    if ((spread >> 40) % cutOneIn != 0) {
+        return false;
+    }
+    for (int length = 0; length < longRun; ++length) {
+        DisBuffItem const earlier = neighbour(item, Direction::Earlier);
+        if (!inOneRun(earlier, item)) {
+            return false;
+        }
+        item = earlier;
+    }
+    return true;
 }

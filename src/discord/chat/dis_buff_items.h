@@ -127,6 +127,11 @@ public:
     // Neighbours closer than this, by one author, are in one span.
     static constexpr qint64 spanMaxGapMSecs = 179999;
     static constexpr int cacheSize = 300;
+    // A span has a widget for each message, so one that never ends, as a bot's log does, is cut:
+    // behind a run of this many, before one message in so many, told by its id. The rule looks at
+    // a bounded way back only, so the cuts are the same wherever one asks from.
+    static constexpr int longRun = 64;
+    static constexpr int cutOneIn = 16;
 
     DisBuffAdjacentItems findAdjacentItems(DisBuffItem const& item);
     DisBuffSpan findSpanContainingItem(DisBuffItem const& item);
@@ -164,6 +169,7 @@ private:
     DisBuffAdjacentItems pendingNeighbours(DisBuffItem const& item);
     DisBuffItem neighbour(DisBuffItem const& item, Direction direction);
     DisBuffItem spanEnd(DisBuffItem item, Direction direction);
+    bool isCutBefore(DisBuffItem item);
 
     DisBuffItemsSources m_sources;
     FlakeId m_channelId;

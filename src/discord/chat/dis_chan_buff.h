@@ -122,8 +122,8 @@ private:
     DisBuffMsgContentWidget* findContent(FlakeId id) const;
     template <typename Visitor> void forEachContent(Visitor visit) const;
 
-    Anchor takeAnchor() const;
-    bool restoreAnchor(Anchor const& anchor);
+    QVector<Anchor> takeAnchors() const;
+    bool restoreAnchor(QVector<Anchor> const& anchors);
     void resyncGroups(Refill refill);
     DisBuffItem firstLivingItem(DisBuffGroupWidget const* group);
     void resequence(Refill refill);

@@ -125,44 +125,47 @@ DisBuffMsgContentWidget* DisChanBuff::findContent(FlakeId id) const
 
 // --- the sequence changed around what is shown ---
 
-// The first message that begins within the view; with none, the one that fills it.
-DisChanBuff::Anchor DisChanBuff::takeAnchor() const
+// Every message that is held, in the order in which it may serve: first those that begin within the
+// view, from the top, since these are what is read.
+QVector<DisChanBuff::Anchor> DisChanBuff::takeAnchors() const
 {
-    Anchor anchor;
-    Anchor filling;
+    QVector<Anchor> anchors;
+    QVector<Anchor> others;
     QVector<ZilViewItem> items;
     m_priv->view->items(items);
     for (ZilViewItem const& item : qAsConst(items)) {
         auto const* group = static_cast<DisBuffGroupWidget const*>(item.widget);
         for (DisBuffMsgContentWidget const* content : group->contents()) {
             int const top = item.top + content->y();
-            if (top >= 0) {
-                return top < m_priv->view->height() || !filling.item.isValid()
-                    ? Anchor{ content->buffItem(), top }
-                    : filling;
-            }
-            filling = { content->buffItem(), top };
+            bool const begins = top >= 0 && top < m_priv->view->height();
+            (begins ? anchors : others).append({ content->buffItem(), top });
         }
     }
-    return filling;
+    // Of those above the view the nearest is the best.
+    std::reverse(others.begin(), others.end());
+    return anchors + others;
 }
 
-bool DisChanBuff::restoreAnchor(Anchor const& anchor)
+bool DisChanBuff::restoreAnchor(QVector<Anchor> const& anchors)
 {
-    if (!anchor.item.isValid()) {
+    auto const anchor = std::find_if(anchors.cbegin(), anchors.cend(), [this](Anchor const& a) {
+        return m_priv->items.exists(a.item);
+    });
+    if (anchor == anchors.cend()) {
         return false;
     }
-    for (DisBuffGroup const& group : qAsConst(m_priv->groups)) {
-        auto const& contents = group.widget->contents();
-        for (int i = 0; i < contents.size(); ++i) {
-            if (contents.at(i)->buffItem() == anchor.item) {
-                int const top = group.widget->contentTop(i, m_priv->view->width());
-                m_priv->view->adaptOffset(group.widget, anchor.top - top);
-                return true;
-            }
-        }
+    DisBuffGroupWidget* group =
+        findOrCreateGroupWidget(m_priv->items.findSpanContainingItem(anchor->item));
+    auto const& contents = group->contents();
+    auto const content = std::find_if(
+        contents.cbegin(), contents.cend(),
+        [&anchor](DisBuffMsgContentWidget const* c) { return c->buffItem() == anchor->item; });
+    if (content == contents.cend()) {
+        return false;
     }
-    return false;
+    int const index = static_cast<int>(content - contents.cbegin());
+    m_priv->view->adaptOffset(group, anchor->top - group->contentTop(index, m_priv->view->width()));
+    return true;
 }
 
 // Points every group that is held at the span in which its messages are now, and fills in what is
@@ -200,13 +203,13 @@ DisBuffItem DisChanBuff::firstLivingItem(DisBuffGroupWidget const* group)
 void DisChanBuff::resequence(Refill refill)
 {
     DisBuffReads::Scope const scope(m_priv->reads);
-    Anchor const anchor = m_priv->stuckToEnd ? Anchor() : takeAnchor();
+    QVector<Anchor> const anchors = m_priv->stuckToEnd ? QVector<Anchor>() : takeAnchors();
     invalidateItemCaches();
     resyncGroups(refill);
     bool const any = m_priv->items.newestSpan().isValid();
     if (!any) {
         m_priv->view->clear();
-    } else if (m_priv->stuckToEnd || !restoreAnchor(anchor)) {
+    } else if (m_priv->stuckToEnd || !restoreAnchor(anchors)) {
         stick();
         pinNewest();
     }
