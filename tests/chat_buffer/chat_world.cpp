@@ -124,7 +124,7 @@ void ChatWorld::connectOwnUser()
     m_session = m_client->addSessionWithAuthToken(
         QStringLiteral("t"), QStringLiteral("ws://127.0.0.1:%1").arg(m_requests.serverPort()));
     DisClientImpl::DisEventOutcome outcome;
-    outcome.ready = DisClientImpl::DisReadyOutcome();
+    outcome.ready.emplace();
     outcome.ready->ownUserId = ownUser;
     m_session->receiveOutcome(outcome);
 }
