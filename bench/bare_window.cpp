@@ -11,7 +11,9 @@ int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
     QMainWindow window;
-    window.menuBar()->addMenu(QStringLiteral("File"))->addAction(QStringLiteral("Quit"), &app, &QApplication::quit);
+    window.menuBar()
+        ->addMenu(QStringLiteral("File"))
+        ->addAction(QStringLiteral("Quit"), &app, &QApplication::quit);
     window.setCentralWidget(new QLabel(QStringLiteral("A bare window")));
     window.resize(1000, 700);
     window.show();

@@ -11,15 +11,15 @@
 
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <set>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 
@@ -29,7 +29,7 @@ constexpr double limitMSecs = 60000;
 
 double nowMSecs()
 {
-    timespec time {};
+    timespec time{};
     clock_gettime(CLOCK_MONOTONIC, &time);
     return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
 }
@@ -57,9 +57,10 @@ Window findWindow(Display* display, int* width, int* height)
     Window found = None;
     XQueryTree(display, DefaultRootWindow(display), &root, &parent, &children, &count);
     for (unsigned i = 0; i < count && found == None; ++i) {
-        XWindowAttributes attributes {};
-        if (XGetWindowAttributes(display, children[i], &attributes) != 0 && attributes.map_state == IsViewable
-            && attributes.width >= leastSide && attributes.height >= leastSide) {
+        XWindowAttributes attributes{};
+        if (XGetWindowAttributes(display, children[i], &attributes) != 0
+            && attributes.map_state == IsViewable && attributes.width >= leastSide
+            && attributes.height >= leastSide) {
             found = children[i];
             *width = attributes.width;
             *height = attributes.height;
@@ -70,7 +71,10 @@ Window findWindow(Display* display, int* width, int* height)
     return found;
 }
 
-int ignoreErrors(Display*, XErrorEvent*) { return 0; } // a window may go while it is looked at
+int ignoreErrors(Display*, XErrorEvent*)
+{
+    return 0;
+} // a window may go while it is looked at
 
 } // namespace
 

@@ -18,7 +18,7 @@ function(nakwire_flags target)
   endif()
   target_compile_definitions(${target} PRIVATE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_URL_CAST_FROM_STRING
-    QT_DISABLE_DEPRECATED_BEFORE=0x050F00)
+    QT_DISABLE_DEPRECATED_BEFORE=0x050F00 $<$<BOOL:${NAKWIRE_ASSERTS}>:QT_FORCE_ASSERTS>)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wno-deprecated-declarations -Werror)
 endfunction()

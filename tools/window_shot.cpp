@@ -54,10 +54,13 @@ int main(int argc, char** argv)
 {
     QGuiApplication app(argc, argv);
     QCommandLineParser parser;
-    parser.addOptions({{QStringLiteral("window"), QStringLiteral("X11 window id"), QStringLiteral("id")},
-                       {QStringLiteral("out"), QStringLiteral("picture to write"), QStringLiteral("file")},
-                       {QStringLiteral("lines"), QStringLiteral("least lines of text"), QStringLiteral("n"), QStringLiteral("8")},
-                       {QStringLiteral("timeout"), QStringLiteral("seconds to wait"), QStringLiteral("s"), QStringLiteral("30")}});
+    parser.addOptions(
+        { { QStringLiteral("window"), QStringLiteral("X11 window id"), QStringLiteral("id") },
+          { QStringLiteral("out"), QStringLiteral("picture to write"), QStringLiteral("file") },
+          { QStringLiteral("lines"), QStringLiteral("least lines of text"), QStringLiteral("n"),
+            QStringLiteral("8") },
+          { QStringLiteral("timeout"), QStringLiteral("seconds to wait"), QStringLiteral("s"),
+            QStringLiteral("30") } });
     parser.addHelpOption();
     parser.process(app);
     WId const window = parser.value(QStringLiteral("window")).toULongLong(nullptr, 0);

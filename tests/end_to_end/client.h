@@ -1,0 +1,52 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// The real program, as its user meets it: a process with a window, keys and pixels. The test's own
+// event loop goes on while it waits, since the stage lives in it.
+
+#include "stage.h"
+
+#include <QImage>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <functional>
+
+// Waits for the condition with a bound; false if it never came true.
+bool waitFor(std::function<bool()> const& condition, int limitMSecs = 20000);
+
+class Client {
+public:
+    // Writes a deployment file and a data directory whose account connects by itself and whose tab
+    // shows the stage's busy channel.
+    explicit Client(stage::Stage& stage, QString const& token);
+    ~Client(); // ends the program in an orderly way, or kills it
+
+    bool start(); // true once its window is on screen
+    bool quit(); // by SIGTERM; true if it ended with status 0
+
+    qint64 processId() const { return m_process.processId(); }
+    bool isRunning() const { return m_process.state() == QProcess::Running; }
+    QString folder() const { return m_folder.path(); } // holds data, log and everything it writes
+    QByteArray output() const { return m_output; } // standard output and error so far
+
+    // Lines that xdotool understands, such as "Return" or "ctrl+t".
+    void key(QString const& keys);
+    void type(QString const& text);
+    void dismissBox(); // Return in the newest window, then back to the first
+    QStringList windows() const; // X11 ids of all its visible windows
+    QImage picture() const; // of the first window
+    QImage stillPicture() const; // once it has stopped changing
+    // Rows of pixels with ink in the middle of the window, in runs: lines of text.
+    int textLines() const;
+
+private:
+    QString xdotool(QStringList const& arguments) const;
+
+    QTemporaryDir m_folder;
+    QProcess m_process;
+    QByteArray m_output;
+    QString m_window;
+    bool m_ready = false; // its files are written
+};

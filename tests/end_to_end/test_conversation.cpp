@@ -1,0 +1,211 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+// A conversation as its user meets it: history on screen, a line typed, sent, pending, confirmed,
+// edited; a line that is too long; and no secret anywhere but in the account file.
+
+#include "client.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QJsonObject>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+QString const markedToken = QStringLiteral("MARKED-SECRET-7d1f0c");
+
+stage::StageOptions smallStage()
+{
+    stage::StageOptions options;
+    options.token = markedToken;
+    options.world.messagesInBusyChannel = 2000;
+    return options;
+}
+
+class Conversation : public testing::Test {
+protected:
+    Conversation()
+        : m_stage(smallStage())
+        , m_client(m_stage, markedToken)
+    {
+    }
+
+    void SetUp() override
+    {
+        ASSERT_TRUE(m_client.start());
+        ASSERT_TRUE(waitFor([this] { return m_client.textLines() >= 8; }))
+            << m_client.output().toStdString();
+    }
+
+    QString messagesPath() const
+    {
+        return QStringLiteral("/channels/%1/messages").arg(m_stage.busyChannelId());
+    }
+    int posts() const { return m_stage.requests("POST", messagesPath()).size(); }
+    QString postedContent(int index) const
+    {
+        return m_stage.requests("POST", messagesPath())
+            .at(index)
+            .json()
+            .value(QStringLiteral("d"))
+            .toObject()
+            .value(QStringLiteral("content"))
+            .toString();
+    }
+    QStringList patched() const
+    {
+        QStringList contents;
+        for (stage::StageRequest const& request : m_stage.requests()) {
+            if (request.method == "PATCH")
+                contents.append(request.json().value(QStringLiteral("content")).toString());
+        }
+        return contents;
+    }
+    void send(QString const& text)
+    {
+        int const before = posts();
+        m_client.type(text);
+        m_client.key(QStringLiteral("Return"));
+        ASSERT_TRUE(waitFor([&] { return posts() > before; }));
+    }
+
+    stage::Stage m_stage;
+    Client m_client;
+};
+
+// In UTF-8, or in UTF-16 of either byte order.
+bool holdsToken(QByteArray const& bytes)
+{
+    QByteArray bigEndian;
+    QByteArray littleEndian;
+    for (QChar const unit : markedToken) {
+        bigEndian.append(static_cast<char>(unit.row())).append(static_cast<char>(unit.cell()));
+        littleEndian.append(static_cast<char>(unit.cell())).append(static_cast<char>(unit.row()));
+    }
+    return bytes.contains(markedToken.toUtf8()) || bytes.contains(bigEndian)
+        || bytes.contains(littleEndian);
+}
+
+// How much fainter the pixels that differ are before than after: 1 for as strong, 0 for nothing
+// there. The strongest pixel counts, measured against the conversation's background.
+double fainterBy(QImage const& before, QImage const& after)
+{
+    QImage const first = before.convertToFormat(QImage::Format_Grayscale8);
+    QImage const second = after.convertToFormat(QImage::Format_Grayscale8);
+    int const background = first.constScanLine(first.height() / 2)[2];
+    int strongestBefore = 0;
+    int strongestAfter = 0;
+    for (int y = 0; y < first.height(); ++y) {
+        for (int x = 0; x < first.width(); ++x) {
+            int const one = first.constScanLine(y)[x];
+            int const two = second.constScanLine(y)[x];
+            if (one == two)
+                continue;
+            strongestBefore = qMax(strongestBefore, qAbs(one - background));
+            strongestAfter = qMax(strongestAfter, qAbs(two - background));
+        }
+    }
+    return strongestAfter == 0 ? 1 : double(strongestBefore) / strongestAfter;
+}
+
+} // namespace
+
+TEST_F(Conversation, ATypedLineIsSentPendingAndConfirmedInPlace)
+{
+    // The service takes the request but stays silent on the gateway, so the line stays pending.
+    m_stage.answer("POST", messagesPath(), 200, "{}", {}, 1);
+    send(QStringLiteral("hello from the keyboard"));
+    EXPECT_EQ(postedContent(0), QStringLiteral("hello from the keyboard"));
+    QImage const pending = m_client.stillPicture();
+    QJsonObject const sent = m_stage.requests("POST", messagesPath())
+                                 .first()
+                                 .json()
+                                 .value(QStringLiteral("d"))
+                                 .toObject();
+    QString const nonce = sent.value(QStringLiteral("nonce")).toString();
+    m_stage.sendDispatch(
+        QStringLiteral("MESSAGE_CREATE"),
+        { { QStringLiteral("id"), nonce },
+          { QStringLiteral("nonce"), nonce },
+          { QStringLiteral("channel_id"), QString::number(m_stage.busyChannelId()) },
+          { QStringLiteral("type"), 0 },
+          { QStringLiteral("content"), sent.value(QStringLiteral("content")) },
+          { QStringLiteral("author"),
+            QJsonObject{ { QStringLiteral("id"), QString::number(m_stage.ownUserId()) },
+                         { QStringLiteral("username"), QStringLiteral("me") },
+                         { QStringLiteral("discriminator"), QStringLiteral("0001") } } } });
+    ASSERT_TRUE(waitFor([&] { return m_client.picture() != pending; })) << "nothing was confirmed";
+    // Painted at opacity 0.6 while pending, then at 1.
+    EXPECT_NEAR(fainterBy(pending, m_client.stillPicture()), 0.6, 0.1);
+}
+
+TEST_F(Conversation, UpEditsTheLastLineAndEscapeLeaves)
+{
+    send(QStringLiteral("first try"));
+    m_client.key(QStringLiteral("Up"));
+    m_client.key(QStringLiteral("Escape"));
+    send(QStringLiteral("second line"));
+    EXPECT_EQ(postedContent(1), QStringLiteral("second line")) << "Escape left text behind";
+    EXPECT_EQ(patched(), QStringList());
+
+    // The second line has to be in the store before it can be the last one.
+    ASSERT_TRUE(waitFor([this] {
+        m_client.key(QStringLiteral("Up"));
+        m_client.type(QStringLiteral("!"));
+        m_client.key(QStringLiteral("Return"));
+        return !patched().isEmpty();
+    }));
+    EXPECT_EQ(patched(), QStringList(QStringLiteral("second line!")));
+}
+
+TEST_F(Conversation, ALineThatIsTooLongIsRefusedAndStays)
+{
+    m_client.type(QString(2001, QLatin1Char('x')));
+    int const windows = m_client.windows().size();
+    m_client.key(QStringLiteral("Return"));
+    ASSERT_TRUE(waitFor([&] { return m_client.windows().size() > windows; })) << "no box";
+    EXPECT_EQ(posts(), 0);
+    m_client.dismissBox();
+    m_client.key(QStringLiteral("BackSpace"));
+    m_client.key(QStringLiteral("Return"));
+    ASSERT_TRUE(waitFor([this] { return posts() > 0; }));
+    EXPECT_EQ(postedContent(0), QString(2000, QLatin1Char('x')));
+}
+
+TEST_F(Conversation, NoSecretLeavesTheAccountFile)
+{
+    send(QStringLiteral("one line"));
+    m_stage.answer("POST", messagesPath(), 500, R"({"message":"broken","code":0})", {}, 1);
+    send(QStringLiteral("a line that fails"));
+    m_stage.sendGarbage();
+    m_stage.requestReconnect();
+    QFile commandLine(QStringLiteral("/proc/%1/cmdline").arg(m_client.processId()));
+    ASSERT_TRUE(commandLine.open(QIODevice::ReadOnly));
+    EXPECT_FALSE(commandLine.readAll().contains(markedToken.toLatin1()));
+
+    QStringList holders;
+    int logs = 0;
+    QDirIterator files(m_client.folder(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        QFile file(files.next());
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        QByteArray const bytes = file.readAll();
+        logs += bytes.contains("Sending identify message to Discord gateway") ? 1 : 0;
+        if (holdsToken(bytes))
+            holders.append(QDir(m_client.folder()).relativeFilePath(file.fileName()));
+    }
+    EXPECT_EQ(logs, 1) << "the event log was not looked at";
+    EXPECT_EQ(holders, QStringList(QStringLiteral("Nakwire/nakwire_accounts.bin")));
+    ASSERT_TRUE(m_client.quit());
+    EXPECT_FALSE(m_client.output().contains(markedToken.toLatin1()));
+}
+
+TEST_F(Conversation, TheWindowComesBackWithItsTab)
+{
+    ASSERT_TRUE(m_client.quit());
+    ASSERT_TRUE(m_client.start());
+    EXPECT_TRUE(waitFor([this] { return m_client.textLines() >= 8; }));
+}
