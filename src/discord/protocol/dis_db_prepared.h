@@ -41,9 +41,10 @@ struct sqlite3;
     X(RoleDelete, "delete from role where id = ?") \
     \
     X(EmojiReplace, "replace into emoji (id, name, managed, require_colons, animated) values (?, ?, ?, ?, ?)") \
+    X(EmojiRoleAny, "select null from emoji_role limit 1") \
     X(EmojiRoleReplace, "replace into emoji_role (emoji_id, role_id) values (?, ?)") \
     X(EmojiGuildReplace, "replace into emoji_guild (emoji_id, guild_id) values (?, ?)") \
-    X(EmojiAny, "select null from emoji limit 1") \
+    X(EmojiGuildAny, "select null from emoji_guild limit 1") \
     X(EmojiDeleteOfGuild, "delete from emoji where id in (select emoji_id from emoji_guild where guild_id = ?1 " \
         "union select emoji_id from emoji_role where role_id in (select id from role where guild_id = ?1))") \
     X(EmojiRoleDeleteOfGuild, "delete from emoji_role where role_id in (select id from role where guild_id = ?)") \

@@ -274,12 +274,15 @@ void writeVoiceStates(DisDbPrepared& db, Dread::Ctx const& ctx,
     }
 }
 
+// A guild's emojis are found through its id or through its roles. Clearing is dear, so it is left
+// out where neither can find any.
 void writeEmojis(DisDbPrepared& db, Dread::Ctx const& ctx, std::vector<GuildLists> const& guilds)
 {
-    bool const wasEmpty = isEmpty(db, DisStmt::EmojiAny);
+    bool const wasEmpty = isEmpty(db, DisStmt::EmojiGuildAny);
     QSet<FlakeId> written;
     for (auto const& guild : guilds) {
-        if (!wasEmpty || written.contains(guild.guildId))
+        bool const isFresh = wasEmpty && !written.contains(guild.guildId);
+        if (!isFresh || !isEmpty(db, DisStmt::EmojiRoleAny))
             clearGuildEmojis(db, guild.guildId);
         addGuildEmojis(db, ctx, guild.emojis, guild.guildId);
         written.insert(guild.guildId);
