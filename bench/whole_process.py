@@ -21,10 +21,10 @@ children = []
 
 
 def row(name, unit, ours, floor, goal, goal_is_ratio=True):
-    ratio = ours / floor if floor else float("nan")
-    held = (ratio if goal_is_ratio else ours) <= goal
-    print(f"{name}\t{unit}\t{ours:.2f}\t{floor:.2f}\t{ratio:.3f}\t"
-          f"{'' if goal_is_ratio else 'absolute '}<= {goal}\t{'held' if held else 'missed'}", flush=True)
+    ratio = f"{ours / floor:.3f}" if goal_is_ratio else "-"
+    held = (ours / floor if goal_is_ratio else ours) <= goal
+    print(f"{name}\t{unit}\t{ours:.2f}\t{f'{floor:.2f}' if goal_is_ratio else '-'}\t{ratio}\t<={goal}\t"
+          f"{'held' if held else 'missed'}", flush=True)
 
 
 def start(command, **arguments):
@@ -124,8 +124,8 @@ def main(folder):
     switches, ticks = wakeups_and_ticks(pid)
     time.sleep(10)
     switches_after, ticks_after = wakeups_and_ticks(pid)
-    row("voluntary wake-ups in ten idle seconds", "count", switches_after - switches, 0, 8, goal_is_ratio=False)
-    row("processor time in ten idle seconds", "ms", 10 * (ticks_after - ticks), 0, 0, goal_is_ratio=False)
+    row("voluntary wake-ups in ten idle seconds", "count", switches_after - switches, None, 8, goal_is_ratio=False)
+    row("processor time in ten idle seconds", "ms", 10 * (ticks_after - ticks), None, 0, goal_is_ratio=False)
     for process in (watcher, bare_watcher):
         stop(process)
 
