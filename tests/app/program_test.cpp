@@ -174,6 +174,33 @@ TEST_F(Program, SecondOneAsksAndLeavesTheFirstAlone)
     expectOrderlyEnd(*first);
 }
 
+TEST_F(Program, ForcedStartBesideALivingOne)
+{
+    auto first = start();
+    ASSERT_FALSE(waitForWindow(*first, m_title).isEmpty());
+    QByteArray const lock = lockText();
+    for (bool goesOn : { false, true }) {
+        auto second = start();
+        QString const box = waitForWindow(*second, QStringLiteral("Nakwire Startup"));
+        ASSERT_FALSE(box.isEmpty());
+        s_display->pressKey(box, QStringLiteral("shift+Tab")); // from "Quit" to "Force start"
+        s_display->pressKey(box, QStringLiteral("Return"));
+        QString const failure = waitForWindow(*second, QStringLiteral("Lock file failure"));
+        ASSERT_FALSE(failure.isEmpty());
+        if (goesOn)
+            s_display->pressKey(failure, QStringLiteral("Tab")); // from "Abort" to "Ignore"
+        s_display->pressKey(failure, QStringLiteral("Return"));
+        if (goesOn) {
+            EXPECT_FALSE(waitForWindow(*second, m_title).isEmpty());
+            kill(static_cast<pid_t>(second->processId()), SIGTERM);
+        }
+        EXPECT_EQ(waitForEnd(*second).status, goesOn ? 0 : 1);
+        EXPECT_EQ(lockText(), lock);
+    }
+    kill(static_cast<pid_t>(first->processId()), SIGTERM);
+    expectOrderlyEnd(*first);
+}
+
 TEST_F(Program, LockOfADeadProcessIsTaken)
 {
     auto first = start();
