@@ -214,9 +214,11 @@ private:
         for (quint64 i = below(9); i > 0; --i) {
             topic += word() + ' ';
         }
-        m_to.map(10);
+        m_to.map(12);
         field("id", id);
         field("type", type);
+        field("guild_id", m_guild);
+        textOrNil("last_pin_timestamp", !oneIn(3), time());
         field("name", name());
         field("position", position);
         type == 4 ? nilField("parent_id") : field("parent_id", m_category);
@@ -241,13 +243,14 @@ private:
     }
     void writeMember(int index)
     {
-        m_to.map(8);
+        m_to.map(9);
         m_to.key("user");
         writeUser(index == 0 ? m_ownId : m_users[static_cast<std::size_t>(index)]);
         textOrNil("nick", oneIn(3), name());
         idsField("roles", int(below(5)), m_roles);
         field("joined_at", time());
         nilField("premium_since");
+        field("hoisted_role", m_roles[below(m_roles.size())]);
         field("deaf", false);
         field("mute", false);
         field("pending", false);
@@ -274,6 +277,7 @@ private:
     void writeGuild()
     {
         quint64 const id = newId();
+        m_guild = id;
         m_roles.clear();
         m_users.clear();
         for (int i = 0; i < m_shape.membersPerGuild; ++i) {
@@ -336,7 +340,8 @@ private:
     std::mt19937_64 m_random;
     EtfWriter m_to;
     quint64 m_ownId = 80351110224678912;
-    quint64 m_category = 0;
+    quint64 m_guild = 0; // at hand
+    quint64 m_category = 0; // the last that was written
     std::vector<quint64> m_roles; // of the guild at hand, as are the users
     std::vector<quint64> m_users;
     std::vector<quint64> m_channels; // of all guilds
