@@ -157,7 +157,7 @@ int setList(Ctx* ctx, quint32 offset, quint32 count, VList* out);
 int setMap(Ctx* ctx, quint32 offset, quint32 count, VMap* out);
 inline void setMapKey(Ctx* ctx, VMap const& map, quint32 index, char const* data, quint16 length)
 {
-    auto& key = *reinterpret_cast<Key*>(ctx->buf + map.offset + 16U * index);
+    auto& key = *reinterpret_cast<Key*>(ctx->buf + map.offset + std::size_t(16) * index);
     key.data = data;
     key.length = length;
 }
@@ -165,15 +165,16 @@ inline void setMapKey(Ctx* ctx, VMap const& map, quint32 index, char const* data
 // --- reading ---
 inline Val const& listAt(Ctx const& ctx, VList const& list, quint32 index)
 {
-    return *reinterpret_cast<Val const*>(ctx.buf + list.offset + 24U * index);
+    return *reinterpret_cast<Val const*>(ctx.buf + list.offset + std::size_t(24) * index);
 }
 inline Key const& mapKeyAt(Ctx const& ctx, VMap const& map, quint32 index)
 {
-    return *reinterpret_cast<Key const*>(ctx.buf + map.offset + 16U * index);
+    return *reinterpret_cast<Key const*>(ctx.buf + map.offset + std::size_t(16) * index);
 }
 inline Val const& mapValueAt(Ctx const& ctx, VMap const& map, quint32 index)
 {
-    return *reinterpret_cast<Val const*>(ctx.buf + map.offset + 16U * map.count + 24U * index);
+    return *reinterpret_cast<Val const*>(ctx.buf + map.offset + std::size_t(16) * map.count
+                                         + std::size_t(24) * index);
 }
 
 constexpr std::size_t keyLengthLimit = 65536; // bytes; a key this long or longer is nowhere

@@ -184,6 +184,29 @@ TEST(Etf, ReadsTermsByHand)
     }
 }
 
+TEST(Etf, EveryTermNeedsAllItsBytes)
+{
+    std::vector<std::string> const terms{
+        raw("F\x3f\xf8\0\0\0\0\0\0"),
+        raw("a\1"),
+        raw("b\0\0\1\0"),
+        raw("d\0\2ok"),
+        raw("k\0\2\1\2"),
+        raw("l\0\0\0\0"),
+        raw("m\0\0\0\2ok"),
+        raw("n\2\0\1\1"),
+        raw("n\x08\0\1\2\3\4\5\6\7\x08"),
+        raw("s\2ok"),
+        raw("t\0\0\0\0"),
+    };
+    for (std::string const& term : terms) {
+        EXPECT_NE(decode("\x83" + term), "Ended unexpectedly") << term;
+        for (std::size_t length = 0; length < term.size(); ++length) {
+            EXPECT_EQ(decode("\x83" + term.substr(0, length)), "Ended unexpectedly") << term;
+        }
+    }
+}
+
 TEST(Etf, AnEmptyBinaryPointsSomewhere)
 {
     std::string const bytes = raw("\x83m\0\0\0\0");
@@ -237,6 +260,34 @@ TEST(Etf, TheCompressedFormMustKeepItsWord)
     EXPECT_TRUE(prepared.owned);
     EXPECT_EQ(prepared.size, 10U);
     Erf::destroy(prepared);
+}
+
+TEST(Etf, AnHonestFrameThatInflatesToTooMuchIsRefused)
+{
+    // A binary of 256 MiB of zeros with its head: five bytes more than are taken.
+    quint32 const stated = Erf::maxInflatedSize + 5;
+    std::string frame = raw("\x83P\x10\0\0\5");
+    std::string const head = raw("m\x10\0\0\0");
+    std::string const zeros(1 << 20, '\0');
+    std::string packed(4 << 20, '\0');
+    z_stream deflater{};
+    deflateInit(&deflater, Z_BEST_SPEED);
+    deflater.next_out = reinterpret_cast<Bytef*>(&packed[0]);
+    deflater.avail_out = static_cast<uInt>(packed.size());
+    auto const put = [&](std::string const& bytes, int flush) {
+        deflater.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
+        deflater.avail_in = static_cast<uInt>(bytes.size());
+        return deflate(&deflater, flush);
+    };
+    put(head, Z_NO_FLUSH);
+    for (int i = 0; i < 256; ++i) {
+        put(zeros, Z_NO_FLUSH);
+    }
+    ASSERT_EQ(put("", Z_FINISH), Z_STREAM_END);
+    ASSERT_EQ(deflater.total_in, stated);
+    frame += packed.substr(0, deflater.total_out);
+    deflateEnd(&deflater);
+    EXPECT_TRUE(Erf::prep(frame.data(), frame.size()).failed);
 }
 
 TEST(Etf, TheEnvelopeBoundsTheSize)

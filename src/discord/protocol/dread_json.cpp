@@ -17,7 +17,7 @@ namespace DreadJson {
 namespace {
 
 constexpr unsigned maxDepth = 255; // of containers within each other
-constexpr std::size_t blockSize = 64 * 1024; // bytes, of the document's allocator
+constexpr std::size_t blockSize = 65536; // bytes, of the document's allocator
 constexpr std::size_t writerLevels = 32; // levels of 16 bytes, the writer's first stack
 constexpr int firstGrowth = 128; // bytes
 constexpr int lastGrowth = 0x3FFFFFFF; // an array larger than this grows no more
