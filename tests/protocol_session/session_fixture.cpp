@@ -158,6 +158,7 @@ BareGateway::BareGateway()
     server.listen(QHostAddress::LocalHost);
     QObject::connect(&server, &QWebSocketServer::newConnection, [this] {
         socket = server.nextPendingConnection();
+        socket->setParent(&server); // which does not own it by itself
         deflater.reset();
         ++connections;
         QObject::connect(socket, &QWebSocket::binaryMessageReceived,

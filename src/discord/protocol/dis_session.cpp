@@ -206,6 +206,8 @@ void DisSession::sendFrame(QJsonObject const& json)
 
 void DisSession::setOwnUserStatus(DisUserStatusCode code, bool afk, QString const& game)
 {
+    if (code == DisUserStatusCode::Unknown)
+        return; // the wire has no word for it
     addLog(EvLog::Severity::Info,
            QStringLiteral("Changing Discord presence status to %1 (afk: %2, game: %3)")
                .arg(static_cast<int>(code))
