@@ -154,6 +154,15 @@ TEST_F(MainTabs, SwitchingToATabThatShowsThePlaceAddsNoHistory)
     EXPECT_FALSE(m_tabs.backAction()->isEnabled());
 }
 
+TEST_F(MainTabs, ContentThatIsNowhereLeavesNoHistory)
+{
+    openNew(1);
+    contentAt(m_tabs, 0)->setPlace(NakNavLoc());
+    openHere(2);
+    EXPECT_EQ(tabsOf(m_tabs), "[2]");
+    EXPECT_FALSE(m_tabs.backAction()->isEnabled());
+}
+
 TEST_F(MainTabs, ContentThatCanMoveIsKept)
 {
     openNew(1);
