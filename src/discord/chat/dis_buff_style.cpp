@@ -6,6 +6,7 @@
 #include "preferences.h"
 
 #include <QCoreApplication>
+#include <QFontInfo>
 #include <QGuiApplication>
 #include <QLocale>
 #include <QPalette>
@@ -44,6 +45,14 @@ double screenFactor()
         return 1.0;
     }
     return screen->logicalDotsPerInch() / 96.0;
+}
+
+// A font in pixels measures and paints alike whatever the device's resolution: with points, a
+// painter on a screen of other than 96 dots per inch would scale once more than the metrics do.
+QFont inPixels(QFont font)
+{
+    font.setPixelSize(std::max(1, QFontInfo(font).pixelSize()));
+    return font;
 }
 
 double linearChannel(double value)
@@ -95,10 +104,11 @@ QMargins groupBuffContentMargins(int padding)
 DisBuffMetrics metricsFromPreferences(NakPreferences const& preferences)
 {
     DisBuffMetrics m;
-    m.textFont = scaled(preferences.messageBufferFont, screenFactor());
+    QFont const body = scaled(preferences.messageBufferFont, screenFactor());
+    m.textFont = inPixels(body);
     m.nameFont = m.textFont;
     m.nameFont.setBold(true);
-    m.smallFont = scaled(m.textFont, smallFontScale);
+    m.smallFont = inPixels(scaled(body, smallFontScale));
     m.textFm = QFontMetrics(m.textFont);
     m.nameFm = QFontMetrics(m.nameFont);
     m.smallFm = QFontMetrics(m.smallFont);
