@@ -373,6 +373,51 @@ TEST_F(ChanBuff, PendingMessagesConfirmedOutOfOrderAreShownInOrder)
     EXPECT_TRUE(shown().endsWith(QStringLiteral("message 2|second|p:first|p:third")));
 }
 
+TEST_F(ChanBuff, PendingMessagesWithinOneSpanAreReorderedToo)
+{
+    // All of one author and close together: the span's ends alone do not tell the order.
+    world.addMessage(idAt(0), world.ownUser, QStringLiteral("sent"));
+    for (quint64 i = 1; i <= 3; ++i) {
+        world.addPending(idAt(0, i), world.ownUser, QStringLiteral("p%1").arg(i),
+                         idAt(0).toMSecsSinceEpoch_Discord());
+    }
+    open();
+    ASSERT_EQ(shown(), QStringLiteral("sent|p:p1|p:p2|p:p3"));
+    world.addMessage(idAt(50), world.ownUser, QStringLiteral("p2"));
+    world.announceCreated(idAt(50), world.ownUser, idAt(0, 2));
+    settle();
+    EXPECT_EQ(shown(), QStringLiteral("sent|p2|p:p1|p:p3"));
+}
+
+TEST_F(ChanBuff, AMessageThatJoinsAGroupLeavesItsWidgetsAlone)
+{
+    fill(20);
+    open();
+    QVector<DisBuffMsgContentWidget*> const before = contents();
+    world.addMessage(idAt(19 * farApart + 5), bob, QStringLiteral("joined"));
+    world.announceCreated(idAt(19 * farApart + 5), bob);
+    settle();
+    ASSERT_TRUE(shown().endsWith(QStringLiteral("message 19|joined")));
+    QVector<DisBuffMsgContentWidget*> const after = contents();
+    EXPECT_EQ(after.at(after.size() - 2), before.last());
+}
+
+TEST_F(ChanBuff, HistoryThatJoinsTheOnlyGroupOnScreenDoesNotMoveIt)
+{
+    auto const text = [](int i) { return QStringLiteral("line %1").arg(i); };
+    world.addMessages(
+        40, [](int i) { return idAt((i + 40) * 1000); }, [this](int) { return alice; }, text);
+    open();
+    wheel(3);
+    ASSERT_EQ(buffer->view()->count(), 1);
+    std::map<quint64, int> const before = topsOnScreen();
+    world.addMessages(
+        20, [](int i) { return idAt((i + 20) * 1000); }, [this](int) { return alice; }, text);
+    world.announceHistory();
+    settle();
+    EXPECT_EQ(topsOnScreen(), before);
+}
+
 TEST_F(ChanBuff, CancelledPendingMessageGoes)
 {
     fill(3);
