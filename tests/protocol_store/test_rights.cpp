@@ -162,6 +162,23 @@ TEST(DisRights, GuildWideQuestions)
     }
 }
 
+TEST(DisRights, ChangedChannelForgetsItsCapabilitiesOnly)
+{
+    Rights rights({ "", 0x400, 0, 0, "", 5, 0 });
+    auto const mayRead = [](quint64 channel) {
+        return DisCache::userCanAccessGuildChannel(FlakeId(5), FlakeId(channel));
+    };
+    ASSERT_TRUE(mayRead(20) && mayRead(21));
+    rights.exec("insert into guild_channel_permission values (20, 10, 0, 1024, 0), "
+                "(21, 10, 0, 1024, 0)");
+    EXPECT_TRUE(mayRead(20) && mayRead(21));
+    DisChanges changes;
+    changes.add(DisChange::ChangeType::ChannelChanged, FlakeId(20));
+    DisCache::applyChanges(changes);
+    EXPECT_FALSE(mayRead(20));
+    EXPECT_TRUE(mayRead(21));
+}
+
 TEST(DisRights, OverrideOfOneTarget)
 {
     Rights rights({ "", 0, 0, 0, "(20, 30, 5, 6, 0)", 3, 0 });
