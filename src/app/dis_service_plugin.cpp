@@ -3,6 +3,7 @@
 #include "dis_service_plugin.h"
 
 #include "boxes.h"
+#include "chat_window.h"
 #include "data_paths.h"
 #include "deployment.h"
 #include "dis_cache.h"
@@ -11,6 +12,7 @@
 #include "dis_listen.h"
 #include "dis_manager.h"
 #include "dis_text_document.h"
+#include "main_tabs.h"
 #include "tab_contents.h"
 
 #include <QTimer>
@@ -30,6 +32,19 @@ QWidget* makeContent(NakNavLoc const& place, QWidget* parent)
     auto* view = new DisChannelView(parent);
     view->setChannelId(place.discordChannelId());
     return view;
+}
+
+// The channels that can be seen: those of the current tabs of windows that are not put away.
+QSet<FlakeId> shownChannels()
+{
+    QSet<FlakeId> channels;
+    for (NakChatWindow const* window : NakChatWindow::chatWindows()) {
+        NakNavLoc const place = window->mainTabs()->currentNavLoc();
+        if (window->isVisible() && !window->isMinimized() && place.type() == NakNav::Type::Discord
+            && place.discordKind() == NakNav::DiscordKind::Channel)
+            channels.insert(place.discordChannelId());
+    }
+    return channels;
 }
 
 template <typename T> void deleteGlobal(T*& global)
@@ -59,6 +74,7 @@ void DisServicePlugin::createGlobals()
                                 pathOf("discord_client.nakdb"), this);
     DisCache::createGlobalData();
     g_disManager = new DisManager(pathOf("nakwire_accounts.bin"), this);
+    g_disManager->setForegroundChannelsProvider(shownChannels);
     g_disTextDocumentManager = new DisTextDocumentManager(this);
     g_disListenManager = new DisListenManager(this);
 }

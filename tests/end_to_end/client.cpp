@@ -95,6 +95,11 @@ void Client::type(QString const& text)
               text });
 }
 
+void Client::xdo(QString const& command)
+{
+    xdotool(command.split(QLatin1Char(' ')));
+}
+
 void Client::dismissBox()
 {
     for (QString const& window : windows()) {

@@ -34,6 +34,7 @@ public:
     // Lines that xdotool understands, such as "Return" or "ctrl+t".
     void key(QString const& keys);
     void type(QString const& text);
+    void xdo(QString const& command); // any command of xdotool, words apart by blanks
     void dismissBox(); // Return in the newest window, then back to the first
     QStringList windows() const; // X11 ids of all its visible windows
     QImage picture() const; // of the first window

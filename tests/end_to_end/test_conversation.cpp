@@ -17,18 +17,18 @@ namespace {
 
 QString const markedToken = QStringLiteral("MARKED-SECRET-7d1f0c");
 
-stage::StageOptions smallStage()
+stage::StageOptions markedStage()
 {
     stage::StageOptions options;
     options.token = markedToken;
-    options.world.messagesInBusyChannel = 2000;
+    options.world.messagesInBusyChannel = 100000;
     return options;
 }
 
 class Conversation : public testing::Test {
 protected:
     Conversation()
-        : m_stage(smallStage())
+        : m_stage(markedStage())
         , m_client(m_stage, markedToken)
     {
     }
@@ -54,6 +54,23 @@ protected:
             .toObject()
             .value(QStringLiteral("content"))
             .toString();
+    }
+    int historyRequests() const
+    {
+        int count = 0;
+        for (stage::StageRequest const& request : m_stage.requests("GET", messagesPath()))
+            count += request.query.contains(QLatin1String("before=")) ? 1 : 0;
+        return count;
+    }
+    // Does it again and again, as a user would, until the condition holds.
+    bool repeatUntil(QString const& command, std::function<bool()> const& condition)
+    {
+        for (int i = 0; i < 400; ++i) {
+            if (condition())
+                return true;
+            m_client.xdo(command);
+        }
+        return false;
     }
     QStringList patched() const
     {
@@ -151,13 +168,11 @@ TEST_F(Conversation, UpEditsTheLastLineAndEscapeLeaves)
     EXPECT_EQ(postedContent(1), QStringLiteral("second line")) << "Escape left text behind";
     EXPECT_EQ(patched(), QStringList());
 
-    // The second line has to be in the store before it can be the last one.
-    ASSERT_TRUE(waitFor([this] {
-        m_client.key(QStringLiteral("Up"));
-        m_client.type(QStringLiteral("!"));
-        m_client.key(QStringLiteral("Return"));
-        return !patched().isEmpty();
-    }));
+    m_client.stillPicture(); // the line is confirmed, so it can be the last one
+    m_client.key(QStringLiteral("Up"));
+    m_client.type(QStringLiteral("!"));
+    m_client.key(QStringLiteral("Return"));
+    ASSERT_TRUE(waitFor([this] { return !patched().isEmpty(); }));
     EXPECT_EQ(patched(), QStringList(QStringLiteral("second line!")));
 }
 
@@ -208,4 +223,29 @@ TEST_F(Conversation, TheWindowComesBackWithItsTab)
     ASSERT_TRUE(m_client.quit());
     ASSERT_TRUE(m_client.start());
     EXPECT_TRUE(waitFor([this] { return m_client.textLines() >= 8; }));
+}
+
+TEST_F(Conversation, HistoryIsReadOnDemandByWheelKeysAndMiddleButton)
+{
+    EXPECT_TRUE(m_stage.expectFrame(12)) << "the guild on screen was not synchronized";
+    m_client.xdo(QStringLiteral("mousemove 400 300"));
+    QImage const newest = m_client.stillPicture();
+
+    EXPECT_TRUE(repeatUntil(QStringLiteral("click --repeat 10 --delay 5 4"),
+                            [this] { return historyRequests() >= 1; }));
+    EXPECT_TRUE(
+        repeatUntil(QStringLiteral("key Page_Up"), [this] { return historyRequests() >= 2; }));
+    EXPECT_LE(historyRequests(), 4) << "asked for more than the view came near to";
+
+    QImage const old = m_client.stillPicture();
+    m_stage.sendDispatch(QStringLiteral("TYPING_START"), {}); // something harmless arrives
+    m_client.xdo(QStringLiteral("mousedown 2"));
+    m_client.xdo(QStringLiteral("mousemove_relative -- 0 -60"));
+    EXPECT_TRUE(waitFor([&] { return m_client.picture() != old; }))
+        << "the middle button moved nothing";
+    m_client.xdo(QStringLiteral("mouseup 2"));
+
+    // Nothing new was said, so the end looks as it did.
+    m_client.key(QStringLiteral("End"));
+    EXPECT_TRUE(waitFor([&] { return m_client.stillPicture() == newest; }));
 }
