@@ -343,6 +343,60 @@ TEST(Rest, HistoryRepliesThatAreNoPage)
     EXPECT_EQ(on.test.value("select count(*) from message").toStdString(), "0");
 }
 
+TEST(Rest, HistoryThatFailsCanBeAskedForAgain)
+{
+    QString const path = QStringLiteral("/channels/77/messages");
+    std::string const asked = "GET /channels/77/messages?limit=100" + jsonHeaders + "\n";
+    struct Case {
+        int status; // 0: the connection is cut
+        char const* body;
+        char const* logged;
+    };
+    for (Case const& one :
+         { Case{ 500, "[]", "Failed to fetch history for channel 77: InternalServerError" },
+           Case{ 403, "[]", "Failed to fetch history for channel 77: ContentAccessDenied" },
+           Case{ 0, "", "Failed to fetch history for channel 77: RemoteHostClosed" },
+           Case{ 200, "{}", "Did not get a Dread::List" } }) {
+        SignedIn on;
+        DisClient& client = *on.test.client;
+        LogLines log;
+        if (one.status == 0)
+            on.service.cut(path, 2); // one more than shown: idempotent requests are repeated by Qt
+        else
+            on.service.answer("GET", path, one.status, one.body, {}, 1);
+        client.fetchRecentHistoryForChannel(FlakeId(77));
+        ASSERT_TRUE(waitUntil([&] { return !on.test.historyFetched.isEmpty(); })) << one.logged;
+        EXPECT_EQ(client.channelsWithFetchedHistory(), QSet<FlakeId>()) << one.logged;
+        EXPECT_NE(log.joined().find(one.logged), std::string::npos) << log.joined();
+        on.seen = on.service.requests().size();
+        // Nothing asks by itself: what comes next is another channel's.
+        client.fetchRecentHistoryForChannel(on.channel);
+        EXPECT_EQ(on.nextRequest(),
+                  "GET " + on.channelPath() + "/messages?limit=100" + jsonHeaders + "\n");
+        on.service.answer("GET", path, 200, page(3));
+        client.fetchRecentHistoryForChannel(FlakeId(77));
+        EXPECT_EQ(on.nextRequest(), asked);
+        EXPECT_TRUE(waitUntil([&] { return on.test.historyFetched.size() == 3; }));
+        EXPECT_EQ(client.channelsWithFetchedHistory(), (QSet<FlakeId>{ FlakeId(77), on.channel }));
+    }
+}
+
+TEST(Rest, EarlierHistoryThatFailsIsLoggedOnly)
+{
+    SignedIn on;
+    LogLines log;
+    DisClient& client = *on.test.client;
+    client.fetchRecentHistoryForChannel(on.channel);
+    ASSERT_TRUE(waitUntil([&] { return on.test.historyFetched.size() == 1; }));
+    on.service.answer("GET", QString::fromStdString(on.channelPath() + "/messages"), 500, "");
+    client.fetchChannelHistoryEarlierThanMessage(on.channel, FlakeId(9));
+    std::string const line =
+        "Failed to fetch history for channel " + on.channel.toString().toStdString();
+    EXPECT_TRUE(log.waitFor(line.c_str()));
+    EXPECT_EQ(on.test.historyFetched.size(), 1);
+    EXPECT_EQ(client.channelsWithFetchedHistory(), QSet<FlakeId>{ on.channel });
+}
+
 TEST(Rest, BodiesAreBounded)
 {
     DisSessionTimings timings = quickTimings();

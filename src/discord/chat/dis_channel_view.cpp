@@ -392,6 +392,7 @@ DisTopicLine* DisChannelView::topicLine() const
 void DisChannelView::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);
+    m_priv->recentHistoryAsked = false; // a request that failed is made once more
     refreshState();
     g_disManager->hack_foregroundChannelsMayHaveChanged();
 }

@@ -126,6 +126,8 @@ signals:
     void messageAckReceived(FlakeId const& userId, FlakeId const& channelId,
                             FlakeId const& messageId);
     void directMessageChannelCreated(FlakeId const& channelId);
+    // Also when the most recent page could not be had: the channel is then not among
+    // channelsWithFetchedHistory() any more.
     void channelHistoryFetched(FlakeId const& channelId);
     void typingStarts(QVector<DisTypingStart> const& starts);
     void userUnreadCountersInitialized(FlakeId const& userId, QHash<FlakeId, int> const& counts);

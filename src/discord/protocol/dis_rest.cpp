@@ -236,19 +236,25 @@ void DisSession::recentHistoryTimeout()
 void DisSession::receiveHistoryReply(QNetworkReply* reply, HistoryRequest const& request,
                                      FlakeId guild)
 {
-    if (reply->error() != QNetworkReply::NoError)
+    if (reply->error() != QNetworkReply::NoError) {
+        addLog(EvLog::Severity::Warn,
+               QStringLiteral("Failed to fetch history for channel %1: %2")
+                   .arg(request.channel.toString(), RestHelpers::errorName(reply)));
+        historyFailed(request);
         return;
+    }
     auto page = std::make_shared<DisHistoryPage>();
     page->channelId = request.channel;
     page->guildId = guild;
     auto* const watcher = new QFutureWatcher<PagePtr>(this);
-    connect(watcher, &QFutureWatcher<PagePtr>::finished, this, [this, watcher] {
+    connect(watcher, &QFutureWatcher<PagePtr>::finished, this, [this, watcher, request] {
         watcher->deleteLater();
         PagePtr const parsed = watcher->result();
         if (!parsed) {
             addLog(EvLog::Severity::Warn,
                    QStringLiteral("Did not get a Dread::List from JSON-to-Dread conversion when "
                                   "receiving channel history"));
+            historyFailed(request);
             return;
         }
         Utils::invokeOnThread(m_worker,
@@ -256,6 +262,17 @@ void DisSession::receiveHistoryReply(QNetworkReply* reply, HistoryRequest const&
     });
     watcher->setFuture(QtConcurrent::run(parsePage, std::move(page), RestHelpers::takeBody(reply),
                                          m_timings.maxBody));
+}
+
+// The channel counts as not asked for, so that whoever shows it again asks again. Nothing does so
+// by itself. A failed page of earlier messages is not told at all: the buffer would take that for
+// news and ask for the page at once, without end.
+void DisSession::historyFailed(HistoryRequest const& request)
+{
+    if (request.message.isValid())
+        return;
+    m_fetchedHistory.remove(request.channel);
+    emit m_client->channelHistoryFetched(request.channel);
 }
 
 void DisSession::historyPageWritten(FlakeId channel, int count)

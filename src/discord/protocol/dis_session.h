@@ -108,6 +108,7 @@ private:
     void queueHistory(HistoryRequest const& request);
     void recentHistoryTimeout();
     void receiveHistoryReply(QNetworkReply* reply, HistoryRequest const& request, FlakeId guild);
+    void historyFailed(HistoryRequest const& request);
     void postTyping(FlakeId channel);
     void typingTimeout();
 

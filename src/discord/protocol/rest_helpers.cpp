@@ -6,6 +6,7 @@
 #include "gateway_protocol.h"
 
 #include <QJsonDocument>
+#include <QMetaEnum>
 #include <QNetworkAccessManager>
 #include <QNetworkRequest>
 #include <QUrlQuery>
@@ -177,6 +178,13 @@ std::optional<QByteArray> inflatedBody(Body const& body, qint64 maxBody)
     if (code != Z_STREAM_END)
         return {};
     return out;
+}
+
+QString errorName(QNetworkReply const* reply)
+{
+    char const* const key =
+        QMetaEnum::fromType<QNetworkReply::NetworkError>().valueToKey(reply->error());
+    return QString::fromLatin1(key ? key : "Unknown");
 }
 
 QString loggableUrl(QUrl const& url)

@@ -55,6 +55,7 @@ Body takeBody(QNetworkReply* reply);
 [[nodiscard]] std::optional<QByteArray> inflatedBody(Body const& body, qint64 maxBody);
 
 // --- text ---
+QString errorName(QNetworkReply const* reply); // for the log
 // For the log: a query is shown only where all its keys are known to hold no secret.
 QString loggableUrl(QUrl const& url);
 // One part of a path: everything but letters, digits and "-._~" is percent-encoded.
