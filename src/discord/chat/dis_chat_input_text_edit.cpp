@@ -23,6 +23,8 @@ DisChatInputTextEdit::DisChatInputTextEdit(QWidget* parent)
     setFrameShape(QFrame::NoFrame);
     document()->setDocumentMargin(textMargin);
     setViewportMargins(sideMargin, 0, 0, 0);
+    setBackgroundRole(QPalette::Base); // the margin belongs to the box
+    setAutoFillBackground(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setLineWrapMode(QPlainTextEdit::WidgetWidth);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
