@@ -34,8 +34,9 @@ def compile_alone(header):
     return header, run.returncode, run.stderr
 
 
-headers = subprocess.run(["git", "ls-files", "src/*.h", "stage/*.h"], check=True, capture_output=True,
-                         text=True).stdout.split()
+listed = subprocess.run(["git", "ls-files", "-co", "--exclude-standard", "src/*.h", "stage/*.h"],
+                        check=True, capture_output=True, text=True).stdout.split()
+headers = [header for header in sorted(set(listed)) if os.path.exists(header)]
 failed = False
 with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
     for header, status, errors in pool.map(compile_alone, headers):

@@ -7,8 +7,10 @@ import re
 import subprocess
 import sys
 
-files = subprocess.run(["git", "ls-files", "src", "stage", "tests", "fuzz", "bench", "tools"],
-                       check=True, capture_output=True, text=True).stdout.split()
+listed = subprocess.run(["git", "ls-files", "-co", "--exclude-standard", "CMakeLists.txt", "bench",
+                         "cmake", "fuzz", "script", "src", "stage", "tests", "tools"],
+                        check=True, capture_output=True, text=True).stdout.split()
+files = [name for name in sorted(set(listed)) if pathlib.Path(name).is_file()]
 room_of_folder, sees = {}, {}
 for name in files:
     if name.endswith("CMakeLists.txt"):
@@ -28,13 +30,18 @@ for name in files:
 
 for name in files:
     path = pathlib.Path(name)
-    if path.suffix not in (".h", ".cpp"):
+    if path.suffix not in (".h", ".cpp", ".cmake", ".py") and path.name != "CMakeLists.txt":
         continue
     text = path.read_text()
     if "SPDX-License-Identifier: GPL-3.0-or-later" not in text:
         problems.append(f"{name}: no SPDX line")
+    if path.suffix not in (".h", ".cpp"):
+        continue
     for module in re.findall(r"#include <(Qt[A-Z]\w+/\w+)>", text):
         problems.append(f"{name}: include <{module.split('/')[1]}> without its module")
+    for header in re.findall(r"#include <([^>]+)>", text):
+        if header in home:
+            problems.append(f"{name}: include \"{header}\" with quotes")
     own = str(path.parent)
     for header in re.findall(r'#include "([^"]+)"', text):
         folder = home.get(header)
