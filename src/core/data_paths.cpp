@@ -13,7 +13,7 @@ QString NakDataPaths::appDataPath()
 
 QString NakDataPaths::appDataPathCreated()
 {
-    QString const path = appDataPath();
+    QString path = appDataPath();
     QDir const directory(path);
     if (!directory.exists()) {
         directory.mkpath(QStringLiteral("."));

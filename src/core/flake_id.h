@@ -20,7 +20,10 @@ class FlakeId {
 public:
     // The invalid id: all bits set. It is what a failed parse gives.
     constexpr FlakeId() = default;
-    constexpr explicit FlakeId(quint64 value) : m_value(value) { }
+    constexpr explicit FlakeId(quint64 value)
+        : m_value(value)
+    {
+    }
 
     // Decimal text, base 10. Null, empty or otherwise bad text gives the invalid id.
     static FlakeId fromString(QString const& text);
@@ -48,10 +51,22 @@ private:
     quint64 m_value = std::numeric_limits<quint64>::max();
 };
 
-constexpr bool operator==(FlakeId a, FlakeId b) { return a.value() == b.value(); }
-constexpr bool operator!=(FlakeId a, FlakeId b) { return a.value() != b.value(); }
-constexpr bool operator<(FlakeId a, FlakeId b) { return a.value() < b.value(); }
-inline uint qHash(FlakeId id, uint seed = 0) { return ::qHash(id.value(), seed); }
+constexpr bool operator==(FlakeId a, FlakeId b)
+{
+    return a.value() == b.value();
+}
+constexpr bool operator!=(FlakeId a, FlakeId b)
+{
+    return a.value() != b.value();
+}
+constexpr bool operator<(FlakeId a, FlakeId b)
+{
+    return a.value() < b.value();
+}
+inline uint qHash(FlakeId id, uint seed = 0)
+{
+    return ::qHash(id.value(), seed);
+}
 
 // One signed 64-bit integer in the stream.
 QDataStream& operator<<(QDataStream& stream, FlakeId const& id);

@@ -17,8 +17,7 @@ namespace Utils {
 // Runs function once on the thread that target lives on, from that thread's event loop, never
 // synchronously. Does nothing if target dies first. Callable from any thread, provided that
 // target cannot be in the middle of its destructor on another thread at the time of the call.
-template <typename Function>
-void invokeOnThread(QObject* target, Function&& function)
+template <typename Function> void invokeOnThread(QObject* target, Function&& function)
 {
 #if defined(__SANITIZE_THREAD__)
     // The distribution's Qt is not built for the sanitizer, which therefore cannot see that posting

@@ -150,7 +150,7 @@ DisBuffTheme themeFromPalette(QPalette const& palette)
 QColor readableColor(QColor const& color, DisBuffTheme const& theme, double minContrast)
 {
     for (int step = 0; step < mixSteps; ++step) {
-        QColor const candidate = mixed(color, theme.name, static_cast<double>(step) / mixSteps);
+        QColor candidate = mixed(color, theme.name, static_cast<double>(step) / mixSteps);
         if (contrast(candidate, theme.ground) >= minContrast) {
             return candidate;
         }
@@ -178,7 +178,7 @@ QString timeText(qint64 msecsSinceEpoch, QDateTime const& now)
 {
     QDateTime const time = QDateTime::fromMSecsSinceEpoch(msecsSinceEpoch);
     QLocale const locale;
-    QString const clock = clockText(msecsSinceEpoch);
+    QString clock = clockText(msecsSinceEpoch);
     if (time.date() == now.date()) {
         return clock;
     }

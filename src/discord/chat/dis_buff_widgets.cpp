@@ -96,7 +96,7 @@ QString noteOfImageAttachment(NakStmt& row)
 
 QString noteOfFileAttachment(NakStmt& row)
 {
-    QString const name = row.colString(FileRow::FileName);
+    QString name = row.colString(FileRow::FileName);
     qint64 const size = row.colInt64(FileRow::FileSize);
     if (size <= 0) {
         return name;

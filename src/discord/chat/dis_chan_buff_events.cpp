@@ -169,7 +169,7 @@ QString DisChanBuff::selectedPlainText() const
         return {};
     }
     DisBuffMsgContentWidget const* content = findContent(highlight.messageId);
-    QString const selected = content ? content->selectedPlainText() : QString();
+    QString selected = content ? content->selectedPlainText() : QString();
     if (!selected.isEmpty()) {
         return selected;
     }
@@ -267,11 +267,10 @@ void DisChanBuff::cancelPending(FlakeId nonce)
 void DisChanBuff::resendPending(FlakeId nonce)
 {
     auto const& pending = g_disClient->pendingMessages_hack();
-    auto const it = pending.constFind(nonce);
-    if (it == pending.constEnd()) {
+    if (!pending.contains(nonce)) {
         return;
     }
-    DisPendingMsg const record = *it;
+    DisPendingMsg const record = pending.value(nonce);
     cancelPending(nonce);
     g_disClient->sendMessageAsUser(record.authorId, record.channelId, record.text);
 }

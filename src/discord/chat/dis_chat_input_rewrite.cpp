@@ -94,7 +94,8 @@ QString editable(DisplayMessagePiece const& piece)
 
 } // namespace
 
-QString DisUtils::parseChatInputAsUserInChannel(FlakeId userId, FlakeId channelId, QString text)
+QString DisUtils::parseChatInputAsUserInChannel(FlakeId userId, FlakeId channelId,
+                                                QString const& text)
 {
     QString out;
     out.reserve(text.size());

@@ -13,7 +13,7 @@ namespace DisUtils {
 
 // The wire text of what was typed: shortcodes of emoji that the user may use in the channel and
 // names of known users become markup, everything else stays.
-QString parseChatInputAsUserInChannel(FlakeId userId, FlakeId channelId, QString text);
+QString parseChatInputAsUserInChannel(FlakeId userId, FlakeId channelId, QString const& text);
 
 // The editable text of a stored message.
 QString reverseChatParseAsUser(FlakeId userId, QString const& text);
