@@ -5,6 +5,8 @@
 // of the window shows at least so many lines of text, twice in a row with the same count, so that
 // neither an empty state nor a half-painted page passes. Exit status 0 only if it did.
 
+#include "text_lines.h"
+
 #include <QCommandLineParser>
 #include <QElapsedTimer>
 #include <QGuiApplication>
@@ -17,36 +19,6 @@
 namespace {
 
 constexpr int pollMSecs = 150;
-constexpr int inkContrast = 60; // difference in grey level that counts as ink
-constexpr int inkPixelsPerRow = 6;
-
-bool rowHasInk(QImage const& grey, int y, int left, int right)
-{
-    uchar const* line = grey.constScanLine(y);
-    int const background = line[left];
-    int ink = 0;
-    for (int x = left; x < right; ++x)
-        ink += qAbs(line[x] - background) > inkContrast ? 1 : 0;
-    return ink >= inkPixelsPerRow;
-}
-
-// Runs of rows with ink in the middle of the window, away from tabs, tool bars, input and status.
-int countTextLines(QImage const& picture)
-{
-    QImage const grey = picture.convertToFormat(QImage::Format_Grayscale8);
-    int const top = grey.height() / 6;
-    int const bottom = grey.height() * 5 / 6;
-    int const left = grey.width() / 16;
-    int const right = grey.width() * 9 / 10;
-    int lines = 0;
-    bool inLine = false;
-    for (int y = top; y < bottom; ++y) {
-        bool const ink = rowHasInk(grey, y, left, right);
-        lines += ink && !inLine ? 1 : 0;
-        inLine = ink;
-    }
-    return lines;
-}
 
 } // namespace
 

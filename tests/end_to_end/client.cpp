@@ -3,6 +3,7 @@
 #include "client.h"
 
 #include "stage_deploy.h"
+#include "text_lines.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
@@ -16,16 +17,6 @@
 namespace {
 
 constexpr int keyDelayMSecs = 2;
-constexpr int inkContrast = 60;
-
-bool rowHasInk(QImage const& grey, int y)
-{
-    uchar const* line = grey.constScanLine(y);
-    int ink = 0;
-    for (int x = grey.width() / 16; x < grey.width() * 9 / 10; ++x)
-        ink += qAbs(line[x] - line[grey.width() / 16]) > inkContrast ? 1 : 0;
-    return ink >= 6;
-}
 
 } // namespace
 
@@ -140,15 +131,7 @@ QImage Client::stillPicture() const
 
 int Client::textLines() const
 {
-    QImage const grey = picture().convertToFormat(QImage::Format_Grayscale8);
-    int lines = 0;
-    bool inLine = false;
-    for (int y = grey.height() / 6; y < grey.height() * 5 / 6; ++y) {
-        bool const ink = rowHasInk(grey, y);
-        lines += ink && !inLine ? 1 : 0;
-        inLine = ink;
-    }
-    return lines;
+    return countTextLines(picture());
 }
 
 // Runs while the test's event loop goes on: the client may be waiting for the stage.

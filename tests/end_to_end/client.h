@@ -39,8 +39,7 @@ public:
     QStringList windows() const; // X11 ids of all its visible windows
     QImage picture() const; // of the first window
     QImage stillPicture() const; // once it has stopped changing
-    // Rows of pixels with ink in the middle of the window, in runs: lines of text.
-    int textLines() const;
+    int textLines() const; // in the middle of the window
 
 private:
     QString xdotool(QStringList const& arguments) const;

@@ -1,6 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
+
+// The main() of every test program with widgets: they need an application object, and a data
+// directory of their own.
+
 #include <QApplication>
+#include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
