@@ -39,7 +39,7 @@ QTextCharFormat withFont(QFont const& font)
 DisTextFormats DisText::formatsFromPrefs(NakPreferences const& prefs)
 {
     QPalette const palette = QGuiApplication::palette();
-    QBrush const dimInk = palette.brush(QPalette::Disabled, QPalette::Text);
+    QBrush const& dimInk = palette.brush(QPalette::Disabled, QPalette::Text);
     DisTextFormats f;
     f.bodyFont = scaledToScreen(prefs.messageBufferFont);
     f.regular = withFont(f.bodyFont);

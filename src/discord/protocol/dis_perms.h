@@ -44,7 +44,7 @@ namespace DisPerms {
 // clang-format on
 
 enum Flag : quint32 {
-#define DIS_PERMS_FLAG(name, bit, text) name = bit,
+#define DIS_PERMS_FLAG(name, bit, text) name = (bit),
     DIS_PERMS_FLAGS(DIS_PERMS_FLAG)
 #undef DIS_PERMS_FLAG
 };
