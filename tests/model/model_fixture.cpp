@@ -5,15 +5,8 @@
 #include "deployment.h"
 #include "dis_cache.h"
 
-#include <QTest>
-
 #include <gtest/gtest.h>
 #include <sqlite3.h>
-
-bool waitUntil(std::function<bool()> const& condition)
-{
-    return QTest::qWaitFor(condition, 20'000);
-}
 
 ModelWorld::ModelWorld(QString const& apiUrl)
 {

@@ -6,14 +6,11 @@
 
 #include "dis_client.h"
 #include "global_events.h"
+#include "wait_until.h"
 
 #include <QTemporaryDir>
 
-#include <functional>
 #include <memory>
-
-// Runs the event loop until the condition holds; only a failing test waits the whole time.
-bool waitUntil(std::function<bool()> const& condition);
 
 class ModelWorld {
 public:

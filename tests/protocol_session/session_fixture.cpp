@@ -14,12 +14,6 @@
 #include <QJsonDocument>
 #include <QNetworkProxy>
 #include <QRegularExpression>
-#include <QTest>
-
-bool waitUntil(std::function<bool()> const& condition)
-{
-    return QTest::qWaitFor(condition, 5'000);
-}
 
 // --- LogLines ---
 
@@ -206,6 +200,20 @@ QJsonObject BareGateway::take()
 void BareGateway::close(int code, QString const& reason)
 {
     socket->close(static_cast<QWebSocketProtocol::CloseCode>(code), reason);
+}
+
+// --- a session against it ---
+
+void BareSession::SetUp()
+{
+    test.connectTo(gateway.url());
+    ASSERT_TRUE(gateway.waitForConnection());
+}
+
+void BareSession::greet(QJsonValue const& interval)
+{
+    gateway.sendHello(interval);
+    EXPECT_EQ(gateway.take()[QLatin1String("op")].toInt(), 2);
 }
 
 // --- JSON ---

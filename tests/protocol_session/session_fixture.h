@@ -9,6 +9,7 @@
 #include "dis_client.h"
 #include "dis_session.h"
 #include "global_events.h"
+#include "wait_until.h"
 
 #include <QJsonObject>
 #include <QStringList>
@@ -17,11 +18,9 @@
 #include <QWebSocket>
 #include <QWebSocketServer>
 
-#include <functional>
-#include <memory>
+#include <gtest/gtest.h>
 
-// Runs the event loop until the condition holds; only a failing test waits the whole time.
-bool waitUntil(std::function<bool()> const& condition);
+#include <memory>
 
 // Follows the event log from where it stands at construction.
 class LogLines {
@@ -89,6 +88,17 @@ public:
     Deflater deflater;
     QVector<QJsonObject> received;
     int connections = 0;
+};
+
+// A client whose socket to the gateway is open; neither has said anything yet.
+class BareSession : public testing::Test {
+protected:
+    void SetUp() override;
+    void greet(QJsonValue const& interval = 41'250); // hello, and identify in return
+
+    BareGateway gateway;
+    TestClient test{ QStringLiteral("http://127.0.0.1:1/api/v6") };
+    LogLines log;
 };
 
 std::string text(QJsonObject const& json);

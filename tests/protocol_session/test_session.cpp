@@ -202,14 +202,9 @@ TEST(Session, HelloIntervals)
     }
 }
 
-TEST(Session, HeartbeatsCarryTheLastSequenceNumber)
+TEST_F(BareSession, HeartbeatsCarryTheLastSequenceNumber)
 {
-    BareGateway gateway;
-    TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
-    test.connectTo(gateway.url());
-    ASSERT_TRUE(gateway.waitForConnection());
-    gateway.sendHello(20);
-    EXPECT_EQ(gateway.take()[QLatin1String("op")].toInt(), 2);
+    greet(20);
     EXPECT_EQ(text(gateway.take()), R"({"d":-1,"op":1})");
     // An unknown event counts; one without data or name does not, nor does a number out of range.
     gateway.send(dispatch("UNHEARD_OF", {}, 77));
@@ -222,13 +217,8 @@ TEST(Session, HeartbeatsCarryTheLastSequenceNumber)
     }));
 }
 
-TEST(Session, OddFramesAreToldAndIgnored)
+TEST_F(BareSession, OddFramesAreToldAndIgnored)
 {
-    BareGateway gateway;
-    TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
-    LogLines log;
-    test.connectTo(gateway.url());
-    ASSERT_TRUE(gateway.waitForConnection());
     gateway.send(object(R"({"op":"10"})"));
     gateway.send(object(R"({"op":null})"));
     gateway.send(object(R"({})"));
@@ -242,8 +232,7 @@ TEST(Session, OddFramesAreToldAndIgnored)
     gateway.sendBytes(gateway.deflater.message("no term"));
     gateway.sendBytes(gateway.deflater.message("\x83\xfe"));
     gateway.sendBytes(QByteArray());
-    gateway.sendHello();
-    EXPECT_EQ(gateway.take()[QLatin1String("op")].toInt(), 2);
+    greet();
     QStringList lines = log.all();
     lines = lines.mid(lines.indexOf(QLatin1String("Entering state type Connected for worker SESS"))
                       + 1);
@@ -350,15 +339,9 @@ TEST(Session, InvalidSessionIdentifiesAnewAndEmptiesTheStore)
     EXPECT_EQ(test.states.join(QLatin1Char(' ')).toStdString(), "Connecting Connected");
 }
 
-TEST(Session, InvalidSessionWithoutAHeldOneKeepsTheStore)
+TEST_F(BareSession, InvalidSessionWithoutAHeldOneKeepsTheStore)
 {
-    BareGateway gateway;
-    TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
-    LogLines log;
-    test.connectTo(gateway.url());
-    ASSERT_TRUE(gateway.waitForConnection());
-    gateway.sendHello();
-    EXPECT_EQ(gateway.take()[QLatin1String("op")].toInt(), 2);
+    greet();
     gateway.send(dispatch("GUILD_CREATE", object(R"({"id":"5","name":"kept","owner_id":"6"})"), 1));
     gateway.send(object(R"({"op":9,"d":false})"));
     EXPECT_EQ(gateway.take()[QLatin1String("op")].toInt(), 2);
@@ -437,12 +420,8 @@ TEST(Session, ClosedByTheUserWhileItWaitsToReconnect)
     EXPECT_TRUE(test.waitForState("Disconnected"));
 }
 
-TEST(Session, FrameThatNeedsThreeGrowthStepsArrivesWhole)
+TEST_F(BareSession, FrameThatNeedsThreeGrowthStepsArrivesWhole)
 {
-    BareGateway gateway;
-    TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
-    test.connectTo(gateway.url());
-    ASSERT_TRUE(gateway.waitForConnection());
     gateway.sendHello();
     QString const content = QString(300'000, QLatin1Char('x')) + QLatin1String("end");
     gateway.send(dispatch("MESSAGE_CREATE",
@@ -485,13 +464,8 @@ TEST(Session, GarbageInTheStream)
     }
 }
 
-TEST(Session, EndOfTheStreamIsTold)
+TEST_F(BareSession, EndOfTheStreamIsTold)
 {
-    BareGateway gateway;
-    TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
-    LogLines log;
-    test.connectTo(gateway.url());
-    ASSERT_TRUE(gateway.waitForConnection());
     gateway.send(object(R"({"op":11})"), Z_FINISH);
     EXPECT_TRUE(log.waitFor("Unexpected zlib stream end"));
     EXPECT_TRUE(test.waitForState("Connected"));
@@ -526,13 +500,8 @@ TEST(Session, FrameOverTheBoundIsDropped)
 
 // A hello and a small dispatch, each sent as two messages that are cut at every byte in turn: the
 // pieces are taken for frames and dropped, and what follows them is whole.
-TEST(Session, MessagesCutAtEveryByte)
+TEST_F(BareSession, MessagesCutAtEveryByte)
 {
-    BareGateway gateway;
-    TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
-    LogLines log;
-    test.connectTo(gateway.url());
-    ASSERT_TRUE(gateway.waitForConnection());
     QByteArray const frames[] = {
         encoded(object(R"({"op":10,"d":{"heartbeat_interval":41250}})")),
         encoded(dispatch("TYPING_START", object(R"({"channel_id":"5","user_id":"6"})"), 3))
@@ -556,17 +525,13 @@ TEST(Session, MessagesCutAtEveryByte)
     EXPECT_FALSE(log.has("Zlib error")) << "the stream is whole throughout";
 }
 
-TEST(Session, ReadyWithoutUserEndsItWithABox)
+TEST_F(BareSession, ReadyWithoutUserEndsItWithABox)
 {
-    BareGateway gateway;
-    TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
     QStringList boxes;
     QObject::connect(test.client.get(), &DisClient::userMustSee,
                      [&](QString const& title, QString const& body, bool fatal) {
                          boxes << title << body << (fatal ? QStringLiteral("fatal") : QString());
                      });
-    test.connectTo(gateway.url());
-    ASSERT_TRUE(gateway.waitForConnection());
     gateway.sendHello();
     gateway.send(dispatch("READY", object(R"({"session_id":"abc"})"), 1));
     ASSERT_TRUE(test.waitForState("Disconnected"));
@@ -575,10 +540,8 @@ TEST(Session, ReadyWithoutUserEndsItWithABox)
               "Nakwire did not receive data that is required to operate|fatal");
 }
 
-TEST(Session, BatchesArePostedOnce)
+TEST_F(BareSession, BatchesArePostedOnce)
 {
-    BareGateway gateway;
-    TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
     QStringList typing;
     QObject::connect(
         test.client.get(), &DisClient::typingStarts, [&](QVector<DisTypingStart> const& starts) {
@@ -592,8 +555,6 @@ TEST(Session, BatchesArePostedOnce)
         if (changes.has(DisChange::ChangeType::UserStatusChanged) && !changes.isReload())
             statusItems << changes.items.size();
     });
-    test.connectTo(gateway.url());
-    ASSERT_TRUE(gateway.waitForConnection());
     gateway.sendHello();
     gateway.send(dispatch("READY", readyData("100"), 1));
     for (char const* const user : { "101", "102", "101" }) {
@@ -616,15 +577,9 @@ TEST(Session, BatchesArePostedOnce)
     EXPECT_EQ(test.value("select status from user where id = 101").toStdString(), "2");
 }
 
-TEST(Session, GuildsAreSynchronizedOnceAndNeverTheTooLarge)
+TEST_F(BareSession, GuildsAreSynchronizedOnceAndNeverTheTooLarge)
 {
-    BareGateway gateway;
-    TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
-    LogLines log;
-    test.connectTo(gateway.url());
-    ASSERT_TRUE(gateway.waitForConnection());
-    gateway.sendHello();
-    EXPECT_EQ(gateway.take()[QLatin1String("op")].toInt(), 2);
+    greet();
     QJsonObject ready = readyData("100");
     ready.insert(QStringLiteral("guilds"),
                  QJsonArray{ object(R"({"id":"1","owner_id":"9","member_count":3999})"),

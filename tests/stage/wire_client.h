@@ -5,11 +5,9 @@
 // A bare gateway client for the tests: a web socket, one inflate stream, and the frames it saw.
 
 #include "stage_etf.h"
+#include "wait_until.h"
 
-#include <QDeadlineTimer>
-#include <QEventLoop>
 #include <QJsonObject>
-#include <QTimer>
 #include <QUrl>
 #include <QVector>
 #include <QWebSocket>
@@ -17,22 +15,7 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
-#include <functional>
-
 constexpr int kWaitMs = 10000; // only a failing test waits that long
-
-// Runs the event loop until the condition holds.
-inline bool waitUntil(std::function<bool()> const& condition)
-{
-    QDeadlineTimer const deadline(kWaitMs);
-    QTimer wake;
-    QEventLoop loop;
-    QObject::connect(&wake, &QTimer::timeout, &loop, &QEventLoop::quit);
-    wake.start(2);
-    while (!condition() && !deadline.hasExpired())
-        loop.exec();
-    return condition();
-}
 
 struct WireClient {
     QWebSocket socket;
