@@ -260,8 +260,8 @@ void DisSession::receiveHistoryReply(QNetworkReply* reply, HistoryRequest const&
         Utils::invokeOnThread(m_worker,
                               [worker = m_worker, parsed] { worker->writeHistoryPage(parsed); });
     });
-    watcher->setFuture(QtConcurrent::run(parsePage, std::move(page), RestHelpers::takeBody(reply),
-                                         m_timings.maxBody));
+    watcher->setFuture(
+        QtConcurrent::run(parsePage, page, RestHelpers::takeBody(reply), m_timings.maxBody));
 }
 
 // The channel counts as not asked for, so that whoever shows it again asks again. Nothing does so
