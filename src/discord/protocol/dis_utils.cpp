@@ -53,7 +53,7 @@ QString pairDisplayName(FlakeId channel, FlakeId ownUser)
 
 QString groupDisplayName(FlakeId channel, FlakeId ownUser)
 {
-    QString const name = DisCache::privateGroupChannelName(channel);
+    QString name = DisCache::privateGroupChannelName(channel);
     if (!name.isEmpty())
         return name;
     QStringList names;
