@@ -17,7 +17,7 @@ namespace {
 
 using NakAppTheme::ThemeColors;
 
-constexpr qint64 customThemeMaxBytes = 1024 * 1024;
+constexpr qint64 customThemeMaxBytes = 1 << 20;
 
 // How far chat_timestamp stands off base, in per cent.
 constexpr int timestampLightenBy = 160;

@@ -118,7 +118,7 @@ QIcon NakGuiIcons::iconForCode(QChar code)
     NakIconCacheKey const key{ code.unicode() };
     if (QIcon const* icon = m_icons.object(key))
         return *icon;
-    QIcon const icon(new GlyphIconEngine(code));
+    QIcon icon(new GlyphIconEngine(code));
     m_icons.insert(key, new QIcon(icon));
     return icon;
 }
