@@ -333,7 +333,7 @@ bool NakwireStyle::tabShowsClose(int tabWidth, bool current)
 QColor NakwireStyle::tabStripColor(QPalette const& palette)
 {
     // Not by lightness, which makes a faint tint a strong one.
-    QColor const window = palette.color(QPalette::Window);
+    QColor const& window = palette.color(QPalette::Window);
     return window.darker(window.lightness() > 126 ? 105 : 125);
 }
 

@@ -207,7 +207,7 @@ void ZilDragDial::endPress()
 void ZilDragDial::hideEvent(QHideEvent* event)
 {
     endPress();
-    QWidget::hideEvent(event);
+    QScrollBar::hideEvent(event);
 }
 
 void ZilDragDial::wheelEvent(QWheelEvent* event)
