@@ -114,6 +114,18 @@ TEST_F(TextDocumentTest, ARefilledDocumentIsAsHighAsANewOne)
     }
 }
 
+TEST_F(TextDocumentTest, FillsLeaveNothingThatGrows)
+{
+    DisTextDocument* const document = manager->takeTextDocument(&owner);
+    for (int i = 0; i < 500; ++i) {
+        QString const text = QStringLiteral("see http://a.b/%1 now").arg(i);
+        document->setFromParams({ QStringRef(&text), noGuild, Modes::Normal });
+        EXPECT_LT(document->allFormats().size(), 64);
+        std::string const address = "http://a.b/" + std::to_string(i);
+        EXPECT_EQ(dump(*document), "[|see ][underlined >" + address + "|" + address + "][| now]");
+    }
+}
+
 TEST_F(TextDocumentTest, DiscriminatorsByPreference)
 {
     preferences.displayDiscriminator = true;

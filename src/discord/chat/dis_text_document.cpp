@@ -23,6 +23,12 @@ namespace {
 constexpr int pooledDocuments = 100;
 constexpr int usualReparses = 256; // that many need no heap
 
+// A document without undo keeps the characters that were removed, up to 96 KiB of them, and each
+// format that it ever had, of which every link brings a new one. Beyond these it starts afresh:
+// rarely enough to cost nothing, and early enough to keep hundreds of documents small.
+constexpr int maxKeptChars = 2048;
+constexpr int maxKeptFormats = 48;
+
 using DocKey = Util::PtrKey<DisTextDocument>;
 using Kind = DisplayMessagePiece::Kind;
 
@@ -41,10 +47,12 @@ struct DisTextDocument::Impl {
     QPointer<DisTextDocumentManager> manager;
     int contentIndex = -1; // in the manager's list
     int formatsVersion = 0; // of the default font
+    int writtenChars = 0; // since it was last empty
     bool hasCodeBlock = false;
 
     static void addToContentList(DisTextDocument* doc);
     static void disconnectResources(DisTextDocument* doc);
+    static void dropWhatWasRemoved(DisTextDocument* doc);
     static void setData(DisTextDocument* doc, DisText::ContentParams const& params);
 };
 
@@ -233,6 +241,7 @@ void DisTextDocument::setFromParams(DisText::ContentParams const& params)
 void DisTextDocument::clear()
 {
     QTextDocument::clear();
+    m_impl->writtenChars = 0;
     Impl::disconnectResources(this);
 }
 
@@ -279,7 +288,16 @@ void DisTextDocument::Impl::disconnectResources(DisTextDocument* doc)
     }
 }
 
-// What the document held before was never cleared: the new text goes in before it, and one step at
+void DisTextDocument::Impl::dropWhatWasRemoved(DisTextDocument* doc)
+{
+    Impl& impl = *doc->m_impl;
+    if (impl.writtenChars > maxKeptChars || doc->allFormats().size() > maxKeptFormats) {
+        doc->QTextDocument::clear();
+        impl.writtenChars = 0;
+    }
+}
+
+// What the document held before was not cleared: the new text goes in before it, and one step at
 // the end removes it. All is one edit, so it is laid out once.
 void DisTextDocument::Impl::setData(DisTextDocument* doc, DisText::ContentParams const& params)
 {
@@ -296,6 +314,7 @@ void DisTextDocument::Impl::setData(DisTextDocument* doc, DisText::ContentParams
         impl.formatsVersion = priv.formatsVersion;
         doc->setDefaultFont(priv.formats.bodyFont);
     }
+    dropWhatWasRemoved(doc);
     QTextCursor cursor(doc);
     bool const action = params.mode == DisText::ContentMode::Action;
     Filler filler{ cursor, priv.formats, params,
@@ -305,6 +324,7 @@ void DisTextDocument::Impl::setData(DisTextDocument* doc, DisText::ContentParams
     filler.body();
     removeFromCursor(cursor);
     impl.hasCodeBlock = filler.hasCodeBlock;
+    impl.writtenChars += doc->characterCount();
     keepShapedText(*doc);
     cursor.endEditBlock();
 }
