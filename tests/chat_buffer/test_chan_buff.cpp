@@ -257,6 +257,23 @@ TEST_F(ChanBuff, NewMessagesScrollInOnlyAtTheEnd)
     EXPECT_TRUE(shown().endsWith(QStringLiteral("message 99|new one|grouped")));
 }
 
+TEST_F(ChanBuff, ABurstIsOnePass)
+{
+    fill(100);
+    open();
+    quint64 const before = buffer->reads().readCount();
+    for (int i = 0; i < 20; ++i) {
+        FlakeId const id = idAt(100 * farApart + i);
+        world.addMessage(id, alice, QStringLiteral("burst %1").arg(i));
+        world.announceCreated(id, alice);
+    }
+    EXPECT_EQ(buffer->reads().readCount(), before);
+    settle();
+    EXPECT_TRUE(shown().endsWith(QStringLiteral("burst 17|burst 18|burst 19")));
+    EXPECT_EQ(shown().count(QStringLiteral("burst 0|burst 1|burst 2|")), 1);
+    EXPECT_EQ(bottomOfLast(), buffer->view()->height());
+}
+
 TEST_F(ChanBuff, AMessageThatJoinsAHalfShownGroupAppearsOnce)
 {
     fill(100);

@@ -15,6 +15,8 @@
 
 namespace {
 
+constexpr qint64 quarterMSecs = 15 * 60 * 1000;
+
 DisBuffGroupLayout layoutGroup(QVector<DisBuffMsgContentWidget*> const& contents,
                                DisBuffMetrics const& metrics, int headerHeight, int width)
 {
@@ -88,8 +90,15 @@ DisBuffGroupWidget::DisBuffGroupWidget(DisBuffWidgetsManager* manager)
 
 DisBuffGroupWidget::~DisBuffGroupWidget() = default;
 
+// Each new message asks for it of every group on screen. The header's text depends on what day it
+// is, and everywhere on earth a day begins with a quarter of an hour.
 void DisBuffGroupWidget::setFramingContent(DisBuffGroupParams const& params)
 {
+    qint64 const quarter = QDateTime::currentMSecsSinceEpoch() / quarterMSecs;
+    if (quarter == m_framedQuarter && params.key() == m_params.key()) {
+        return;
+    }
+    m_framedQuarter = quarter;
     m_params = params;
     m_author->setParams({ params.authorId, params.guildId, -1 });
     DisGroupUserLine::Params line;
@@ -107,12 +116,14 @@ void DisBuffGroupWidget::updateFromPreferences()
 {
     m_header->styleChanged();
     invalidateLayout();
+    m_framedQuarter = -1;
     setFramingContent(m_params);
 }
 
 void DisBuffGroupWidget::clearResourcesOnly()
 {
     m_author->clear();
+    m_framedQuarter = -1;
     for (DisBuffMsgContentWidget* content : qAsConst(m_contents)) {
         content->clearResourcesOnly();
     }

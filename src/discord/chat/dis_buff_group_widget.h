@@ -12,6 +12,8 @@
 #include <QVector>
 #include <QWidget>
 
+#include <tuple>
+
 class DisBuffMsgContentWidget;
 class DisGroupUserLine;
 
@@ -20,6 +22,8 @@ struct DisBuffGroupParams {
     FlakeId guildId; // invalid outside guilds
     qint64 timestamp = 0; // of the first message, milliseconds since the Unix epoch
     bool timestampKnown = false;
+
+    auto key() const { return std::tie(authorId, guildId, timestamp, timestampKnown); }
 };
 
 // In the group's coordinates.
@@ -68,6 +72,7 @@ private:
     DisGroupUserLine* m_header;
     DisUserListener* m_author;
     DisBuffGroupParams m_params;
+    qint64 m_framedQuarter = -1; // the quarter of an hour in which the header was filled in
     QString m_initial;
     QVector<DisBuffMsgContentWidget*> m_contents;
     mutable DisBuffGroupLayout m_layout; // for the width asked for last

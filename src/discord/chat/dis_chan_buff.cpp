@@ -353,6 +353,15 @@ void DisChanBuff::checkOldestMessage()
 
 // --- events ---
 
+bool DisChanBuff::event(QEvent* event)
+{
+    if (event->type() == resequenceEventType()) {
+        resequence(Refill::Changed);
+        return true;
+    }
+    return QWidget::event(event);
+}
+
 bool DisChanBuff::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched != m_priv->view) {

@@ -17,6 +17,7 @@
 #include "dis_types.h"
 #include "zil_view.h"
 
+#include <QEvent>
 #include <QWidget>
 
 #include <memory>
@@ -89,6 +90,7 @@ public slots:
     void updateViewWithDelta(int delta);
 
 protected:
+    bool event(QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     void changeEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
@@ -126,6 +128,8 @@ private:
     bool restoreAnchor(QVector<Anchor> const& anchors);
     void resyncGroups(Refill refill);
     DisBuffItem firstLivingItem(DisBuffGroupWidget const* group);
+    void resequenceSoon();
+    static QEvent::Type resequenceEventType();
     void resequence(Refill refill);
     bool confirmInPlace(DisBuffItem const& confirmed, FlakeId nonce);
     bool fitsAt(DisBuffGroupWidget const& group, int index, DisBuffItem const& item);

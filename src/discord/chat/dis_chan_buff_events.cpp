@@ -108,7 +108,7 @@ void DisChanBuff::receiveMessageCreated(FlakeId const& messageId, FlakeId const&
     if (nonce.isValid() && confirmInPlace(DisBuffItem::confirmed(messageId, authorId), nonce)) {
         return;
     }
-    resequence(Refill::Changed);
+    resequenceSoon();
 }
 
 void DisChanBuff::receiveChannelHistoryFetched(FlakeId const& channelId)

@@ -4,7 +4,10 @@
 #include "dis_chan_buff.h"
 #include "dis_chan_buff_p.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
+#include <utility>
 
 // --- the view's questions ---
 
@@ -75,15 +78,17 @@ DisBuffGroupWidget* DisChanBuff::findOrCreateGroupWidget(DisBuffSpan const& span
 void DisChanBuff::setAllContentsOnGroupWidget(DisBuffGroupWidget* group, DisBuffSpan const& span,
                                               Refill refill)
 {
-    group->setUpdatesEnabled(false);
     group->setFramingContent(framingOf(span));
+    int const before = group->contents().size();
     int count = 0;
+    bool changed = false;
     for (DisBuffItem item = span.first; item.isValid();) {
         bool const fresh = count == group->contents().size();
         DisBuffMsgContentWidget* content =
             fresh ? group->appendContent() : group->contents().at(count);
         if (fresh || refill == Refill::All || content->buffItem() != item) {
             setContents(content, item);
+            changed = true;
         }
         ++count;
         if (item.id == span.last.id) {
@@ -92,8 +97,10 @@ void DisChanBuff::setAllContentsOnGroupWidget(DisBuffGroupWidget* group, DisBuff
         item = m_priv->items.findAdjacentItems(item).later;
     }
     group->truncateContents(count);
-    group->invalidateLayout();
-    group->setUpdatesEnabled(true);
+    // Most groups stay as they are when a message comes, and are neither placed nor painted again.
+    if (changed || count != before) {
+        group->invalidateLayout();
+    }
 }
 
 DisBuffGroupParams DisChanBuff::framingOf(DisBuffSpan const& span) const
@@ -200,8 +207,29 @@ DisBuffItem DisChanBuff::firstLivingItem(DisBuffGroupWidget const* group)
     return {};
 }
 
+// A burst of messages is one pass over the groups: the event comes behind all that stand in the
+// queue now. The first message of all shows at once.
+void DisChanBuff::resequenceSoon()
+{
+    if (m_priv->view->count() == 0) {
+        resequence(Refill::Changed);
+    } else if (!m_priv->resequencePosted) {
+        m_priv->resequencePosted = true;
+        QCoreApplication::postEvent(this, new QEvent(resequenceEventType()), Qt::LowEventPriority);
+    }
+}
+
+QEvent::Type DisChanBuff::resequenceEventType()
+{
+    static int const type = QEvent::registerEventType();
+    return static_cast<QEvent::Type>(type);
+}
+
 void DisChanBuff::resequence(Refill refill)
 {
+    if (std::exchange(m_priv->resequencePosted, false)) {
+        QCoreApplication::removePostedEvents(this, resequenceEventType());
+    }
     DisBuffReads::Scope const scope(m_priv->reads);
     QVector<Anchor> const anchors = m_priv->stuckToEnd ? QVector<Anchor>() : takeAnchors();
     invalidateItemCaches();

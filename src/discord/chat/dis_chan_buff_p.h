@@ -47,6 +47,7 @@ struct DisChanBuff::Priv {
     bool stuckToEnd = true;
     bool nearEnd = false; // of what the store has
     bool textSelection = false;
+    bool resequencePosted = false;
 };
 
 // A message that is on screen, and where: what must not move when the sequence around it changes.
