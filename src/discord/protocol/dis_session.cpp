@@ -57,6 +57,7 @@ DisSession::~DisSession()
 {
     addLog(EvLog::Severity::Info, QStringLiteral("Deleting session %1").arg(m_logName));
     m_worker->deleteLater();
+    m_thread.requestInterruption(); // no waiting for this thread, which now waits
     m_thread.quit();
     m_thread.wait();
 }

@@ -15,6 +15,7 @@
 
 #include <QCoreApplication>
 #include <QMetaEnum>
+#include <QThread>
 #include <QWebSocket>
 
 #include <iterator>
@@ -24,6 +25,10 @@ namespace {
 
 // The connection-wide compression is always asked for.
 constexpr bool useZlibStream = true;
+
+// About a kilobyte each. The wait ends by itself, for the user-interface thread may stand still.
+constexpr int mostUnderway = 512;
+constexpr int longestWaitMSecs = 200;
 
 void addLog(EvLog::Severity severity, QString const& text)
 {
@@ -384,9 +389,25 @@ void DisSessionWorker::finishDispatch(DisClientImpl::DisEventOutcome const& outc
     if (outcome.typingBatchGrew && !m_typingStartBatchTimer.isActive())
         m_typingStartBatchTimer.start();
     if (!isEmpty(outcome))
-        tellSession([outcome](DisSession& session) { session.receiveOutcome(outcome); });
+        tellOutcome(outcome);
     if (outcome.userMustSee && outcome.userMustSee->fatal)
         closeConnection();
+}
+
+// The user-interface thread may take longer over an event than this one does. It then sets the
+// pace: the socket is not read meanwhile, so that the server waits and nothing piles up here.
+void DisSessionWorker::tellOutcome(DisClientImpl::DisEventOutcome const& outcome)
+{
+    QThread const* const thread = QThread::currentThread();
+    for (int waited = 0; *m_underway >= mostUnderway && waited < longestWaitMSecs
+         && !thread->isInterruptionRequested();
+         ++waited)
+        QThread::msleep(1);
+    ++*m_underway;
+    tellSession([outcome, underway = m_underway](DisSession& session) {
+        --*underway;
+        session.receiveOutcome(outcome);
+    });
 }
 
 void DisSessionWorker::tellSession(std::function<void(DisSession&)> const& function)

@@ -21,6 +21,7 @@
 #include <QObject>
 #include <QTimer>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 
@@ -83,6 +84,7 @@ private:
     void setStateType(DisSessionStateType type);
     void dropBatches();
     void tellSession(std::function<void(DisSession&)> const& function);
+    void tellOutcome(DisClientImpl::DisEventOutcome const& outcome);
     DisGateway::State gatewayState() const;
 
     DisClient* m_client;
@@ -90,6 +92,9 @@ private:
     DisSessionWorkerParams m_params;
     DisSessionStateType m_stateType = DisSessionStateType::Disconnected;
     QString m_gatewayUrl; // as received, without the query
+    // Outcomes that were posted and not yet received. They may still be received, or dropped, when
+    // the worker is gone.
+    std::shared_ptr<std::atomic<int>> m_underway = std::make_shared<std::atomic<int>>(0);
     DisGatewayInflater m_inflater;
     QWebSocket* m_socket = nullptr; // ours; made for the first connection
     QTimer m_heartbeatTimer;
