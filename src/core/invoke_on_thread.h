@@ -2,38 +2,61 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "thread_order.h"
+
 #include <QMetaObject>
 #include <QObject>
 
-#include <memory>
+#include <type_traits>
 #include <utility>
-
-#if defined(__SANITIZE_THREAD__)
-#include <sanitizer/tsan_interface.h>
-#endif
 
 namespace Utils {
 
+// A function inside a posted event. It is noted as handed over from each place that it is moved to,
+// the last of which is the event. Qt counts references to it on both threads: whichever lets go
+// last destroys it, so after the call it is handed over again.
+template <typename Function> class PostedCall {
+public:
+    explicit PostedCall(Function&& function)
+        : m_function(std::move(function))
+    {
+        noteHandedOver(this);
+    }
+    explicit PostedCall(Function const& function)
+        : m_function(function)
+    {
+        noteHandedOver(this);
+    }
+    PostedCall(PostedCall&& other)
+        : m_function(std::move(other.m_function))
+    {
+        noteHandedOver(this);
+    }
+    ~PostedCall() { noteReceived(this); }
+    PostedCall(PostedCall const&) = delete;
+    PostedCall& operator=(PostedCall const&) = delete;
+    PostedCall& operator=(PostedCall&&) = delete;
+
+    void operator()()
+    {
+        noteReceived(this);
+        m_function();
+        noteHandedOver(this);
+    }
+
+private:
+    Function m_function;
+};
+
 // Runs function once on the thread that target lives on, from that thread's event loop, never
 // synchronously. Does nothing if target dies first. Callable from any thread, provided that
-// target cannot be in the middle of its destructor on another thread at the time of the call.
+// target cannot be in the middle of its destructor on another thread at the time of the call. What
+// the function holds may be destroyed on either thread.
 template <typename Function> void invokeOnThread(QObject* target, Function&& function)
 {
-#if defined(__SANITIZE_THREAD__)
-    // The distribution's Qt is not built for the sanitizer, which therefore cannot see that posting
-    // an event orders the two threads. This says so, here and for everything before the call.
-    auto held = std::make_shared<std::decay_t<Function>>(std::forward<Function>(function));
-    __tsan_release(held.get());
-    QMetaObject::invokeMethod(
-        target,
-        [held] {
-            __tsan_acquire(held.get());
-            (*held)();
-        },
-        Qt::QueuedConnection);
-#else
-    QMetaObject::invokeMethod(target, std::forward<Function>(function), Qt::QueuedConnection);
-#endif
+    QMetaObject::invokeMethod(target,
+                              PostedCall<std::decay_t<Function>>(std::forward<Function>(function)),
+                              Qt::QueuedConnection);
 }
 
 } // namespace Utils

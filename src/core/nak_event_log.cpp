@@ -3,6 +3,7 @@
 #include "nak_event_log.h"
 
 #include "fatal_box.h"
+#include "thread_order.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -16,10 +17,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-
-#if defined(__SANITIZE_THREAD__)
-#include <sanitizer/tsan_interface.h>
-#endif
 
 namespace NakEvLogImpl {
 namespace {
@@ -47,22 +44,6 @@ public:
     EvLog::Category const category;
     EvLog::Severity const severity;
 };
-
-// The distribution's Qt is not built for the thread sanitizer, which therefore cannot see that
-// posting an event orders two threads.
-#if defined(__SANITIZE_THREAD__)
-void tsanRelease(QEvent* event)
-{
-    __tsan_release(event);
-}
-void tsanAcquire(QEvent* event)
-{
-    __tsan_acquire(event);
-}
-#else
-void tsanRelease(QEvent*) { }
-void tsanAcquire(QEvent*) { }
-#endif
 
 struct Word {
     char const* text;
@@ -251,7 +232,7 @@ void EvLogGlobal::addLogEvent(EvLog::Category category, EvLog::Severity severity
         return;
     auto* entry =
         new AddLogEntryEvent(QDateTime::currentMSecsSinceEpoch(), text, category, severity);
-    tsanRelease(entry);
+    Utils::noteHandedOver(entry);
     QCoreApplication::postEvent(worker, entry);
 }
 
@@ -286,7 +267,7 @@ NakEvLogWorker::~NakEvLogWorker()
 
 bool NakEvLogWorker::event(QEvent* event)
 {
-    tsanAcquire(event);
+    Utils::noteReceived(event);
     if (event->type() != addLogEntryType)
         return QObject::event(event);
     auto const* entry = static_cast<AddLogEntryEvent const*>(event);

@@ -12,12 +12,11 @@
 #include "gateway_protocol.h"
 #include "invoke_on_thread.h"
 #include "nak_stmt.h"
+#include "run_on_pool.h"
 
 #include <QDateTime>
-#include <QFutureWatcher>
 #include <QJsonDocument>
 #include <QNetworkAccessManager>
-#include <QtConcurrent>
 
 #include <memory>
 
@@ -246,22 +245,26 @@ void DisSession::receiveHistoryReply(QNetworkReply* reply, HistoryRequest const&
     auto page = std::make_shared<DisHistoryPage>();
     page->channelId = request.channel;
     page->guildId = guild;
-    auto* const watcher = new QFutureWatcher<PagePtr>(this);
-    connect(watcher, &QFutureWatcher<PagePtr>::finished, this, [this, watcher, request] {
-        watcher->deleteLater();
-        PagePtr const parsed = watcher->result();
-        if (!parsed) {
-            addLog(EvLog::Severity::Warn,
-                   QStringLiteral("Did not get a Dread::List from JSON-to-Dread conversion when "
-                                  "receiving channel history"));
-            historyFailed(request);
-            return;
-        }
-        Utils::invokeOnThread(m_worker,
-                              [worker = m_worker, parsed] { worker->writeHistoryPage(parsed); });
-    });
-    watcher->setFuture(
-        QtConcurrent::run(parsePage, page, RestHelpers::takeBody(reply), m_timings.maxBody));
+    Utils::runOnPool(this,
+                     [this, request, page, body = RestHelpers::takeBody(reply),
+                      maxBody = m_timings.maxBody]() -> std::function<void()> {
+                         return [this, request, parsed = parsePage(page, body, maxBody)] {
+                             receiveHistoryPage(request, parsed);
+                         };
+                     });
+}
+
+void DisSession::receiveHistoryPage(HistoryRequest const& request,
+                                    std::shared_ptr<DisHistoryPage> const& page)
+{
+    if (!page) {
+        addLog(EvLog::Severity::Warn,
+               QStringLiteral("Did not get a Dread::List from JSON-to-Dread conversion when "
+                              "receiving channel history"));
+        historyFailed(request);
+        return;
+    }
+    Utils::invokeOnThread(m_worker, [worker = m_worker, page] { worker->writeHistoryPage(page); });
 }
 
 // The channel counts as not asked for, so that whoever shows it again asks again. Nothing does so

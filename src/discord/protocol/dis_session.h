@@ -20,9 +20,12 @@
 #include <QTimer>
 #include <QVector>
 
+#include <memory>
+
 class DisClient;
 class DisSessionWorker;
 class QNetworkAccessManager;
+struct DisHistoryPage;
 
 class DisSession : public QObject {
     Q_OBJECT
@@ -108,6 +111,9 @@ private:
     void queueHistory(HistoryRequest const& request);
     void recentHistoryTimeout();
     void receiveHistoryReply(QNetworkReply* reply, HistoryRequest const& request, FlakeId guild);
+    // Null: the reply was no list of JSON.
+    void receiveHistoryPage(HistoryRequest const& request,
+                            std::shared_ptr<DisHistoryPage> const& page);
     void historyFailed(HistoryRequest const& request);
     void postTyping(FlakeId channel);
     void typingTimeout();
