@@ -2,13 +2,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "nak_event_log.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 
 #include <gtest/gtest.h>
 
 int main(int argc, char** argv)
 {
-    QCoreApplication app(argc, argv);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv); // pictures are sent
     QCoreApplication::setApplicationName(QStringLiteral("Nakwire"));
     testing::InitGoogleTest(&argc, argv);
     NakEvLog::init();

@@ -3,8 +3,7 @@
 // REST: what goes out as text, and what replies do.
 
 #include "rest_helpers.h"
-#include "session_fixture.h"
-#include "stage.h"
+#include "signed_in.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -13,57 +12,6 @@
 #include <zlib.h>
 
 namespace {
-
-stage::StageOptions smallStage()
-{
-    stage::StageOptions options;
-    options.world.guilds = 1;
-    options.world.membersPerGuild = 5;
-    options.world.messagesPerChannel = 30;
-    options.world.messagesInBusyChannel = 250;
-    options.token = TestClient::defaultToken();
-    return options;
-}
-
-// A service and a client that is signed in to it.
-struct SignedIn {
-    explicit SignedIn(DisSessionTimings const& timings = quickTimings())
-        : service(smallStage())
-        , test(service.apiUrl(), timings)
-    {
-        session = test.connectUntilReady(service.gatewayUrl());
-        channel = FlakeId(service.busyChannelId());
-    }
-
-    // The next request, as text: method, path, query, the headers that we set, and the body.
-    std::string nextRequest()
-    {
-        waitUntil([this] { return service.requests().size() > seen; });
-        if (service.requests().size() <= seen)
-            return {};
-        stage::StageRequest const request = service.requests().at(seen++);
-        QByteArray out = request.method + ' ' + request.path.toUtf8();
-        if (!request.query.isEmpty())
-            out += '?' + request.query.toUtf8();
-        for (char const* const name :
-             { "authorization", "user-agent", "content-type", "accept-encoding", "content-length" })
-            if (!request.header(name).isEmpty())
-                out += QByteArray("\n") + name + ": " + request.header(name);
-        return (out + '\n' + request.body).toStdString();
-    }
-    std::string channelPath() const { return "/channels/" + channel.toString().toStdString(); }
-
-    stage::Stage service;
-    TestClient test;
-    DisSession* session = nullptr;
-    FlakeId channel;
-    int seen = 0;
-};
-
-std::string const commonHeaders = "\nauthorization: mfa.token-of-the-tests"
-                                  "\nuser-agent: Nakwire ( https://project.invalid ) 0.4.8";
-std::string const jsonHeaders =
-    commonHeaders + "\ncontent-type: application/json\naccept-encoding: gzip";
 
 QByteArray page(int messages)
 {

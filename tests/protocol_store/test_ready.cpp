@@ -156,9 +156,9 @@ TEST(DisReady, HistoryPageIsWrittenWholeAndCounted)
                    {"emoji": {"id": null, "name": "x"}, "me": true, "count": 3}]},
                  {"id": "400", "channel_id": "20", "content": "a"}, 7, {"content": "no id"}])",
              [&](Dread::Ctx const& ctx, Dread::Val const& root) {
-                 EXPECT_EQ(DisClientImpl::writeHistoryPage(store.prepared, FlakeId(1), FlakeId(10),
-                                                           ctx, root.list),
-                           3);
+                 EXPECT_EQ(
+                     DisClientImpl::writeHistoryPage(store.prepared, FlakeId(1), ctx, root.list),
+                     3);
              });
     EXPECT_EQ(store.dump(),
               "guild_channel: 20|10|-1|0|0|0|'text'|null|0|600\n"

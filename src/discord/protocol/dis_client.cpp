@@ -6,6 +6,7 @@
 #include "dis_cache.h"
 #include "dis_db_prepared.h"
 #include "dis_events.h"
+#include "dis_rest_request.h"
 #include "dis_session.h"
 #include "dis_store.h"
 #include "event_log.h"
@@ -188,6 +189,14 @@ QSet<FlakeId> DisClient::channelsWithOldestMessageFetched() const
     return all;
 }
 
+QSet<FlakeId> DisClient::channelsWithFetchedPinnedMessages() const
+{
+    QSet<FlakeId> all;
+    for (DisSession const* session : qAsConst(m_impl->sessions))
+        all.unite(session->channelsWithFetchedPinnedMessages());
+    return all;
+}
+
 // --- messages ---
 
 FlakeId DisClient::makeNonce()
@@ -224,37 +233,10 @@ QMap<FlakeId, DisPendingMsg>& DisClient::pendingMessages_hack()
     return m_impl->pending;
 }
 
-FlakeId DisClient::sendMessageAsUser(FlakeId userId, FlakeId channelId, QString const& text)
-{
-    DisSession* const session = findSessionForOwnUserId(userId);
-    return session ? session->sendChannelMessage(channelId, text) : FlakeId();
-}
-
-void DisClient::editMessageAsUser(FlakeId channelId, FlakeId messageId, FlakeId userId,
-                                  QString const& text)
+void DisClient::send(FlakeId userId, DisRestRequest const& request)
 {
     if (DisSession* const session = findSessionForOwnUserId(userId))
-        session->editMessage(channelId, messageId, text);
-}
-
-void DisClient::deleteChannelMessage(FlakeId channelId, FlakeId messageId, FlakeId userId)
-{
-    if (DisSession* const session = findSessionForOwnUserId(userId))
-        session->deleteMessage(channelId, messageId);
-}
-
-void DisClient::addEmojiReaction(FlakeId channelId, FlakeId messageId, FlakeId userId,
-                                 FlakeId emojiId, QString const& emojiName)
-{
-    if (DisSession* const session = findSessionForOwnUserId(userId))
-        session->addEmojiReaction(channelId, messageId, emojiId, emojiName);
-}
-
-void DisClient::deleteEmojiReaction(FlakeId channelId, FlakeId messageId, FlakeId userId,
-                                    FlakeId emojiId, QString const& emojiName)
-{
-    if (DisSession* const session = findSessionForOwnUserId(userId))
-        session->deleteEmojiReaction(channelId, messageId, emojiId, emojiName);
+        session->send(request);
 }
 
 // --- history; one account is connected at a time, so the first session is the channel's ---
@@ -287,8 +269,7 @@ bool DisClient::trySendMessageReadAck(FlakeId userId, FlakeId channelId, FlakeId
 
 void DisClient::sendGuildReadAck(FlakeId userId, FlakeId guildId)
 {
-    if (DisSession* const session = findSessionForOwnUserId(userId))
-        session->sendGuildReadAck(guildId);
+    send(userId, DisRest::request(DisRestOp::AckGuild, { guildId }));
 }
 
 void DisClient::setOwnUserStatus(FlakeId userId, DisUserStatusCode code, bool afk,
@@ -296,6 +277,24 @@ void DisClient::setOwnUserStatus(FlakeId userId, DisUserStatusCode code, bool af
 {
     if (DisSession* const session = findSessionForOwnUserId(userId))
         session->setOwnUserStatus(code, afk, game);
+}
+
+void DisClient::connectToVoiceChannel(FlakeId userId, FlakeId channelId)
+{
+    if (DisSession* const session = findSessionForOwnUserId(userId))
+        session->connectToVoiceChannel(channelId);
+}
+
+void DisClient::sessionDisconnectFromVoiceChannel(FlakeId userId)
+{
+    if (DisSession* const session = findSessionForOwnUserId(userId))
+        session->disconnectFromVoiceChannel();
+}
+
+void DisClient::synchronizePrivateChannelCalls(FlakeId userId, FlakeId channelId)
+{
+    if (DisSession* const session = findSessionForOwnUserId(userId))
+        session->synchronizePrivateChannelCalls(channelId);
 }
 
 void DisClient::includeGuildsForSynchronization(FlakeId userId, QSet<FlakeId> const& guilds)

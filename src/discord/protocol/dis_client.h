@@ -21,10 +21,23 @@
 #include <functional>
 #include <memory>
 
+class DisClientAuditLogFetchOp;
+class DisDreadFetchOp;
+class DisSession;
+class QPixmap;
+enum class DisRestOp : quint8;
+struct DisClientAuditLogFetchParams;
+struct DisClientMentionsFetchParams;
+struct DisDbPrepared;
+struct DisEmbedCreation;
+struct DisGuildChannelParams;
+struct DisGuildNotificationSettings;
+struct DisGuildPosition;
+struct DisGuildRoleParams;
+struct DisPermissionOverwrite;
+struct DisRestRequest;
 struct NakDeployment;
 struct sqlite3;
-class DisSession;
-struct DisDbPrepared;
 
 namespace DisClientImpl {
 struct DisMessageCreatedOutcome;
@@ -84,10 +97,19 @@ public:
     // --- what has been fetched, over all sessions ---
     QSet<FlakeId> channelsWithFetchedHistory() const;
     QSet<FlakeId> channelsWithOldestMessageFetched() const;
+    QSet<FlakeId> channelsWithFetchedPinnedMessages() const;
 
     // --- messages ---
-    // Returns the nonce, under which the pending entry stands, or the invalid id without a session.
+    // Return the nonce, under which the pending entry stands, or the invalid id without a session
+    // or if a file cannot be read.
     FlakeId sendMessageAsUser(FlakeId userId, FlakeId channelId, QString const& text);
+    FlakeId sendChannelMessageAndFile(FlakeId userId, FlakeId channelId, QString const& text,
+                                      QString const& path);
+    // As a PNG; the name comes without its ending.
+    FlakeId sendChannelMessageAndImage(FlakeId userId, FlakeId channelId, QString const& text,
+                                       QPixmap const& pixmap, QString const& name);
+    FlakeId sendEmbedMessage(FlakeId userId, FlakeId channelId, QString const& text,
+                             DisEmbedCreation const& embed);
     void editMessageAsUser(FlakeId channelId, FlakeId messageId, FlakeId userId,
                            QString const& text);
     void deleteChannelMessage(FlakeId channelId, FlakeId messageId, FlakeId userId);
@@ -100,6 +122,75 @@ public:
                           QString const& emojiName);
     void deleteEmojiReaction(FlakeId channelId, FlakeId messageId, FlakeId userId, FlakeId emojiId,
                              QString const& emojiName);
+
+    // Writes the marks of the pinned messages into the store.
+    void fetchPinnedMessages(FlakeId userId, FlakeId channelId);
+    void pinMessage(FlakeId userId, FlakeId channelId, FlakeId messageId);
+    void unpinMessage(FlakeId userId, FlakeId channelId, FlakeId messageId);
+
+    // --- private channels and friends ---
+    void createDirectMessage(FlakeId userId, FlakeId otherId);
+    void addUserToPrivateChannel(FlakeId userId, FlakeId channelId, FlakeId otherId);
+    // The wire's types: 1 friend (asks for it, or accepts), 2 blocked.
+    void setUserRelationship(FlakeId userId, FlakeId otherId, qint32 type);
+    void removeUserRelationship(FlakeId userId, FlakeId otherId);
+
+    // --- guilds ---
+    void createGuildChannel(FlakeId userId, FlakeId guildId, DisChannelType type, FlakeId parentId,
+                            DisGuildChannelParams const& params);
+    void modifyGuildChannel(FlakeId userId, FlakeId channelId, DisGuildChannelParams const& params);
+    void deleteChannel(FlakeId userId, FlakeId channelId);
+    void deleteChannels(FlakeId userId, QVector<FlakeId> const& channelIds);
+    void modifyGuildChannelPositions(FlakeId userId, FlakeId guildId,
+                                     QVector<DisGuildPosition> const& positions);
+    void setGuildChannelPermissionOverwrites(FlakeId userId, FlakeId channelId,
+                                             QVector<DisPermissionOverwrite> const& overwrites);
+    void modifyGuildChannelPermissionOverwrite(FlakeId userId, FlakeId channelId,
+                                               DisPermissionOverwrite const& overwrite);
+    void createGuildRole(FlakeId userId, FlakeId guildId, DisGuildRoleParams const& params);
+    void modifyGuildRole(FlakeId userId, FlakeId guildId, FlakeId roleId,
+                         DisGuildRoleParams const& params);
+    void deleteGuildRole(FlakeId userId, FlakeId guildId, FlakeId roleId);
+    void modifyGuildRolePositions(FlakeId userId, FlakeId guildId,
+                                  QVector<DisGuildPosition> const& positions);
+    void addRoleToGuildMember(FlakeId userId, FlakeId guildId, FlakeId memberId, FlakeId roleId);
+    void removeRoleFromGuildmember(FlakeId userId, FlakeId guildId, FlakeId memberId,
+                                   FlakeId roleId);
+    void removeMemberFromGuild(FlakeId userId, FlakeId guildId, FlakeId memberId);
+    void modifyGuildNickOfUser(FlakeId userId, FlakeId guildId, FlakeId memberId,
+                               QString const& nick);
+    void addGuildBan(FlakeId userId, FlakeId guildId, FlakeId bannedId, int deleteMessageDays,
+                     QString const& reason);
+    void removeGuildBan(FlakeId userId, FlakeId guildId, FlakeId bannedId);
+    void fetchGuildBans(FlakeId userId, FlakeId guildId); // into the store
+    void createGuildEmoji(FlakeId userId, FlakeId guildId, QString const& name,
+                          QByteArray const& png, QVector<FlakeId> const& roles);
+    void modifyGuildEmoji(FlakeId userId, FlakeId guildId, FlakeId emojiId, QString const& name,
+                          QVector<FlakeId> const& roles);
+    void removeGuildEmoji(FlakeId userId, FlakeId guildId, FlakeId emojiId);
+
+    // --- settings ---
+    void setUserGuildPositions(FlakeId userId, QVector<FlakeId> const& guildIds);
+    void setGuildNotificationSettings(FlakeId userId, FlakeId guildId,
+                                      DisGuildNotificationSettings const& settings);
+    // In the store only, after a change of name.
+    void hack_setUserNameOverride(FlakeId userId, QString const& name);
+
+    // --- fetches whose result goes to the caller; the handle belongs to parent ---
+    DisDreadFetchOp* requestInviteInfo(FlakeId userId, QString const& code, QObject* parent);
+    DisDreadFetchOp* acceptInvite(FlakeId userId, QString const& code, QObject* parent);
+    // validate may be empty; maxAge is in seconds.
+    DisDreadFetchOp* createGuildChannelInvite(FlakeId userId, FlakeId channelId,
+                                              QString const& validate, QString const& maxAge,
+                                              QObject* parent);
+    void removeGuildInvite(FlakeId userId, QString const& code);
+    DisDreadFetchOp* fetchGuildInvites(FlakeId userId, FlakeId guildId, QObject* parent);
+    DisDreadFetchOp* fetchGuildEmoji(FlakeId userId, FlakeId guildId, QObject* parent);
+    DisDreadFetchOp* fetchMentions(FlakeId userId, DisClientMentionsFetchParams const& params,
+                                   QObject* parent);
+    DisClientAuditLogFetchOp* fetchAuditLog(FlakeId userId, FlakeId guildId,
+                                            DisClientAuditLogFetchParams const& params,
+                                            QObject* parent);
 
     // --- history: served one request a second per session; answered by channelHistoryFetched ---
     void fetchRecentHistoryForChannel(FlakeId channelId);
@@ -114,6 +205,9 @@ public:
 
     // --- gateway ---
     void setOwnUserStatus(FlakeId userId, DisUserStatusCode code, bool afk, QString const& game);
+    void connectToVoiceChannel(FlakeId userId, FlakeId channelId);
+    void sessionDisconnectFromVoiceChannel(FlakeId userId);
+    void synchronizePrivateChannelCalls(FlakeId userId, FlakeId channelId);
     void includeGuildsForSynchronization(FlakeId userId, QSet<FlakeId> const& guilds);
     void removeGuildsForSynchronization(FlakeId userId, QSet<FlakeId> const& guilds);
 
@@ -142,6 +236,16 @@ signals:
 private:
     friend class DisSession;
 
+    struct ReactionTarget {
+        FlakeId channelId;
+        FlakeId messageId;
+        FlakeId emojiId; // invalid: a Unicode emoji
+        QString const& emojiName;
+    };
+
+    void send(FlakeId userId, DisRestRequest const& request);
+    DisDreadFetchOp* fetchOp(FlakeId userId, DisRestRequest const& request, QObject* parent);
+    void changeReaction(DisRestOp op, FlakeId userId, ReactionTarget const& target);
     FlakeId makeNonce();
     void addPendingMessage(FlakeId nonce, DisPendingMsg const& message);
     // The gateway's MESSAGE_CREATE: an own message with a nonce is no longer pending.

@@ -35,6 +35,8 @@ struct sqlite3;
     X(GuildMemberRolesDelete, "delete from guild_member_role where guild_member_role.user_id = ? and " \
         "guild_member_role.role_id in (select role.id from role where guild_id = ?)") \
     X(GuildBanReplace, "replace into guild_ban (guild_id, user_id) values (?, ?)") \
+    X(GuildBanReplaceWithReason, "replace into guild_ban (guild_id, user_id, reason) values (?, ?, ?)") \
+    X(GuildBansDeleteOfGuild, "delete from guild_ban where guild_id = ?") \
     X(GuildBanDelete, "delete from guild_ban where guild_id = ? and user_id = ?") \
     X(RoleReplace, "replace into role (id, guild_id, name, color, hoist, position, permissions, managed, " \
         "mentionable) values (?, ?, ?, ?, ?, ?, ?, ?, ?)") \
@@ -94,6 +96,7 @@ struct sqlite3;
     X(MessageAuthor, "select author_id from message where id = ?") \
     X(MessageAuthorInChannel, "select author_id from message where id = ? and channel_id = ?") \
     X(PinReplace, "replace into channel_pinned_message (channel_id, message_id) values (?, ?)") \
+    X(PinsDeleteInChannel, "delete from channel_pinned_message where channel_id = ?") \
     X(PinDelete, "delete from channel_pinned_message where channel_id = ? and message_id = ?") \
     X(ImageEmbedInsert, "insert into message_image_embed (message_id, url, thumbnail, width, height) " \
         "values (?, ?, ?, ?, ?)") \

@@ -79,8 +79,8 @@ DisEventOutcome processDispatch(DisEventState& state, DisDbPrepared& prepared,
     return outcome;
 }
 
-int writeHistoryPage(DisDbPrepared& prepared, FlakeId ownUserId, FlakeId /*guildId*/,
-                     Dread::Ctx const& ctx, Dread::VList const& messages)
+int writeHistoryPage(DisDbPrepared& prepared, FlakeId ownUserId, Dread::Ctx const& ctx,
+                     Dread::VList const& messages)
 {
     int count = 0;
     DisTransaction const transaction(prepared);
@@ -89,6 +89,49 @@ int writeHistoryPage(DisDbPrepared& prepared, FlakeId ownUserId, FlakeId /*guild
         ++count;
     });
     return count;
+}
+
+DisChanges writePinnedMessages(DisDbPrepared& prepared, FlakeId channelId, Dread::Ctx const& ctx,
+                               Dread::VList const& messages)
+{
+    DisChanges changes;
+    DisTransaction const transaction(prepared);
+    DisSql::run(prepared[DisStmt::PinsDeleteInChannel], channelId);
+    DisRows::forEachMap(ctx, messages, [&](Dread::VMap const& message) {
+        FlakeId id;
+        FlakeId authorId;
+        Dread::VMap author;
+        Dread::find(ctx, message, "id", &id);
+        Dread::find(ctx, message, "author", &author);
+        Dread::find(ctx, author, "id", &authorId);
+        if (!id.isValid())
+            return;
+        DisSql::run(prepared[DisStmt::PinReplace], channelId, id);
+        changes.add(DisChange::ChangeType::MessageChanged, id, channelId, authorId);
+    });
+    return changes;
+}
+
+DisChanges writeGuildBans(DisDbPrepared& prepared, FlakeId guildId, Dread::Ctx const& ctx,
+                          Dread::VList const& bans)
+{
+    DisChanges changes;
+    DisTransaction const transaction(prepared);
+    DisSql::run(prepared[DisStmt::GuildBansDeleteOfGuild], guildId);
+    DisRows::forEachMap(ctx, bans, [&](Dread::VMap const& ban) {
+        FlakeId userId;
+        Dread::VMap user;
+        Dread::VString reason;
+        Dread::find(ctx, ban, "user", &user);
+        Dread::find(ctx, user, "id", &userId);
+        Dread::find(ctx, ban, "reason", &reason);
+        if (!userId.isValid())
+            return;
+        prepared.createOrUpdateUser(ctx, user);
+        DisSql::run(prepared[DisStmt::GuildBanReplaceWithReason], guildId, userId, reason);
+        changes.add(DisChange::ChangeType::GuildBanAdded, guildId, userId);
+    });
+    return changes;
 }
 
 } // namespace DisClientImpl

@@ -103,7 +103,14 @@ struct DisEventOutcome {
 [[nodiscard]] DisChanges flushBatchedStatuses(DisEventState& state, DisDbPrepared& prepared);
 
 // Writes a page of history, a list of messages, in one transaction. Returns how many were in it.
-int writeHistoryPage(DisDbPrepared& prepared, FlakeId ownUserId, FlakeId guildId,
-                     Dread::Ctx const& ctx, Dread::VList const& messages);
+int writeHistoryPage(DisDbPrepared& prepared, FlakeId ownUserId, Dread::Ctx const& ctx,
+                     Dread::VList const& messages);
+// The list is all that the channel has: its old pins go. Of the messages themselves only the marks
+// are written: an old message without those that follow it would tear a hole into the history.
+[[nodiscard]] DisChanges writePinnedMessages(DisDbPrepared& prepared, FlakeId channelId,
+                                             Dread::Ctx const& ctx, Dread::VList const& messages);
+// The list is all that the guild has: its old bans go.
+[[nodiscard]] DisChanges writeGuildBans(DisDbPrepared& prepared, FlakeId guildId,
+                                        Dread::Ctx const& ctx, Dread::VList const& bans);
 
 } // namespace DisClientImpl

@@ -1,29 +1,24 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The REST requests of a session. For nearly everything the gateway echoes the result as an event,
-// and that event changes the store, not the reply.
+// How a session's REST requests leave, and what its state hangs on: read acknowledgements, lists
+// that are written into the store, typing notices. For nearly everything the gateway echoes the
+// result as an event, and that event changes the store, not the reply.
 
 #include "dis_client.h"
-#include "dis_history_page.h"
+#include "dis_fetch_data.h"
+#include "dis_rest_request.h"
 #include "dis_session.h"
 #include "dis_session_worker.h"
-#include "dread_json.h"
 #include "event_log.h"
 #include "gateway_protocol.h"
 #include "invoke_on_thread.h"
-#include "nak_stmt.h"
-#include "run_on_pool.h"
 
-#include <QDateTime>
 #include <QJsonDocument>
 #include <QNetworkAccessManager>
-
-#include <memory>
 
 namespace {
 
 constexpr int pageSize = 100; // messages in a page of history; a shorter one holds the oldest
-constexpr quint32 pageArena = 524'288; // bytes; 100 messages are large
 constexpr qint64 typingKeyMemory = 3'000; // ms after which a key press no longer counts
 
 void addLog(EvLog::Severity severity, QString const& text)
@@ -31,40 +26,16 @@ void addLog(EvLog::Severity severity, QString const& text)
     EvLogGlobal::addLogEvent(EvLog::Category::Networking, severity, text);
 }
 
-QByteArray idPart(FlakeId id)
-{
-    return QByteArray::number(id.value());
-}
-
-QByteArray messagePath(FlakeId channel, FlakeId message)
-{
-    return "/channels/" + idPart(channel) + "/messages/" + idPart(message);
-}
-
-FlakeId guildOfChannel(sqlite3* db, FlakeId channel)
-{
-    NakStmt stmt(db, "select guild_id from guild_channel where id = ?");
-    stmt.bind(1, channel);
-    return stmt.step() ? stmt.colFlake(0) : FlakeId();
-}
-
-using PagePtr = std::shared_ptr<DisHistoryPage>;
-
-// On the thread pool. Null if the body is no list of JSON.
-PagePtr parsePage(PagePtr const& page, RestHelpers::Body const& body, qint64 maxBody)
-{
-    auto bytes = RestHelpers::inflatedBody(body, maxBody);
-    if (!bytes)
-        return {};
-    page->body = std::move(*bytes);
-    page->body.detach();
-    Dread::init(&page->ctx, pageArena);
-    DreadJson::Result const result = DreadJson::jsonToDread(&page->ctx, &page->body);
-    if (result.isError || result.root.tag != Dread::Tag::List)
-        return {};
-    page->messages = result.root.list;
-    return page;
-}
+// How the log calls a list, in the order of DisFetchedList::Kind.
+struct ListWords {
+    char const* wanted;
+    char const* received;
+};
+constexpr ListWords listWords[] = {
+    { "history for channel", "channel history" },
+    { "pinned messages of channel", "pinned messages" },
+    { "bans of guild", "guild bans" },
+};
 
 } // namespace
 
@@ -82,62 +53,36 @@ QUrl DisSession::apiUrl(QByteArray const& path) const
     return QUrl::fromEncoded(m_client->constants().baseUrl.toUtf8() + path);
 }
 
-// --- messages ---
-
-// The body is an event with the message as its "d", which is where the server reads it from; this
-// wrapping is kept deliberately. There is no retry: a message that fails stays pending on screen.
-FlakeId DisSession::sendChannelMessage(FlakeId channel, QString const& text)
+void DisSession::send(DisRestRequest const& request)
 {
-    m_typingTimer.stop();
-    m_typingChannel = FlakeId();
-    FlakeId const nonce = m_client->makeNonce();
-    QJsonObject const message{
-        { QStringLiteral("nonce"), nonce.toString() },
-        { QStringLiteral("content"), text },
-    };
-    RestHelpers::postJson_andForget(sender(), apiUrl("/channels/" + idPart(channel) + "/messages"),
-                                    QJsonObject{
-                                        { QStringLiteral("op"), 0 },
-                                        { QStringLiteral("t"), QStringLiteral("MESSAGE_CREATE") },
-                                        { QStringLiteral("d"), message },
-                                    });
-    m_client->addPendingMessage(
-        nonce, { channel, m_ownUserId, text, QDateTime::currentMSecsSinceEpoch() });
-    return nonce;
+    if (request.path.isEmpty())
+        return;
+    QUrl const url = apiUrl(request.path);
+    bool const hasBody = !request.json.isNull();
+    switch (request.verb) {
+    case DisRestVerb::Post:
+        return hasBody ? RestHelpers::postJson_andForget(sender(), url, request.json)
+                       : RestHelpers::postNothing_andForget(sender(), url);
+    case DisRestVerb::Put:
+        return hasBody ? RestHelpers::putJson_andForget(sender(), url, request.json)
+                       : RestHelpers::putNothing_andForget(sender(), url);
+    case DisRestVerb::Patch:
+        return RestHelpers::patchJson_crap(sender(), url, request.json);
+    case DisRestVerb::Delete:
+        return RestHelpers::deleteAtUrl_andForget(sender(), url);
+    case DisRestVerb::Get:
+        Q_ASSERT_X(false, "DisSession::send", "a GET is for its reply");
+    }
 }
 
-void DisSession::editMessage(FlakeId channel, FlakeId message, QString const& text)
+bool DisSession::send(DisRestRequest const& request, QObject* receiver,
+                      RestHelpers::Slot const& slot)
 {
-    RestHelpers::patchJson_crap(sender(), apiUrl(messagePath(channel, message)),
-                                { { QStringLiteral("content"), text } });
-}
-
-void DisSession::deleteMessage(FlakeId channel, FlakeId message)
-{
-    RestHelpers::deleteAtUrl_andForget(sender(), apiUrl(messagePath(channel, message)));
-}
-
-// --- reactions ---
-
-QUrl DisSession::reactionUrl(FlakeId channel, FlakeId message, FlakeId emojiId,
-                             QString const& name) const
-{
-    QByteArray emoji = RestHelpers::pathPart(name);
-    if (emojiId.isValid())
-        emoji += "%3A" + idPart(emojiId);
-    return apiUrl(messagePath(channel, message) + "/reactions/" + emoji + "/@me");
-}
-
-void DisSession::addEmojiReaction(FlakeId channel, FlakeId message, FlakeId emojiId,
-                                  QString const& name)
-{
-    RestHelpers::putNothing_andForget(sender(), reactionUrl(channel, message, emojiId, name));
-}
-
-void DisSession::deleteEmojiReaction(FlakeId channel, FlakeId message, FlakeId emojiId,
-                                     QString const& name)
-{
-    RestHelpers::deleteAtUrl_andForget(sender(), reactionUrl(channel, message, emojiId, name));
+    if (request.path.isEmpty())
+        return false;
+    RestHelpers::sendForReply(sender(), request.verb, { apiUrl(request.path), request.json },
+                              receiver, slot);
+    return true;
 }
 
 // --- read acknowledgements ---
@@ -146,13 +91,13 @@ bool DisSession::trySendMessageReadAck(FlakeId channel, FlakeId message)
 {
     if (m_ackState != AckState::Idle)
         return false;
+    DisRestRequest request = DisRest::request(DisRestOp::AckMessage, { channel, message });
+    request.json = m_ackToken.isNull()
+        ? QByteArrayLiteral("{\"token\": null}")
+        : DisRest::compact({ { QStringLiteral("token"), m_ackToken } });
+    if (!send(request, this, [this](QNetworkReply* reply) { receiveAckReply(reply); }))
+        return false;
     m_ackState = AckState::InFlight;
-    QByteArray body = QByteArrayLiteral("{\"token\": null}");
-    if (!m_ackToken.isNull())
-        body = QJsonDocument(QJsonObject{ { QStringLiteral("token"), m_ackToken } })
-                   .toJson(QJsonDocument::Compact);
-    RestHelpers::postString(sender(), apiUrl(messagePath(channel, message) + "/ack"), body, this,
-                            [this](QNetworkReply* reply) { receiveAckReply(reply); });
     return true;
 }
 
@@ -183,9 +128,53 @@ void DisSession::receiveAckReply(QNetworkReply* reply)
                .arg(DisGateway::loggable(m_ackToken.left(6), m_authToken)));
 }
 
-void DisSession::sendGuildReadAck(FlakeId guild)
+// --- lists for the store ---
+
+void DisSession::fetchList(DisRestRequest const& request, DisFetchedList const& head,
+                           std::function<void()> const& failed)
 {
-    RestHelpers::postNothing_andForget(sender(), apiUrl("/guilds/" + idPart(guild) + "/ack"));
+    auto const receive = [this, head, failed](QNetworkReply* reply) {
+        ListWords const& words = listWords[static_cast<size_t>(head.kind)];
+        if (reply->error() != QNetworkReply::NoError) {
+            addLog(EvLog::Severity::Warn,
+                   QStringLiteral("Failed to fetch %1 %2: %3")
+                       .arg(QLatin1String(words.wanted), head.id.toString(),
+                            RestHelpers::errorName(reply)));
+            return failed();
+        }
+        DisClientOp::parseReply(reply, m_timings.maxBody, this, [=](auto const& data) {
+            if (data && data->root.tag == Dread::Tag::List)
+                return postList({ head.kind, head.id, data, data->root.list });
+            addLog(EvLog::Severity::Warn,
+                   QStringLiteral("Did not get a Dread::List from JSON-to-Dread conversion when "
+                                  "receiving %1")
+                       .arg(QLatin1String(words.received)));
+            failed();
+        });
+    };
+    if (!send(request, this, receive))
+        failed();
+}
+
+void DisSession::postList(DisFetchedList const& list)
+{
+    Utils::invokeOnThread(m_worker, [worker = m_worker, list] { worker->writeFetchedList(list); });
+}
+
+void DisSession::fetchPinnedMessages(FlakeId channel)
+{
+    if (m_fetchedPinned.contains(channel))
+        return;
+    m_fetchedPinned.insert(channel);
+    fetchList(DisRest::request(DisRestOp::FetchPins, { channel }),
+              { DisFetchedList::Kind::Pins, channel, {}, {} },
+              [this, channel] { m_fetchedPinned.remove(channel); });
+}
+
+void DisSession::fetchGuildBans(FlakeId guild)
+{
+    fetchList(DisRest::request(DisRestOp::FetchBans, { guild }),
+              { DisFetchedList::Kind::Bans, guild, {}, {} }, [] {});
 }
 
 // --- history ---
@@ -217,54 +206,17 @@ void DisSession::recentHistoryTimeout()
 {
     if (m_historyQueue.isEmpty())
         return;
-    HistoryRequest const request = m_historyQueue.takeFirst();
-    QByteArray path =
-        "/channels/" + idPart(request.channel) + "/messages?limit=" + QByteArray::number(pageSize);
-    if (request.message.isValid())
-        path += "&before=" + idPart(request.message);
+    HistoryRequest const wanted = m_historyQueue.takeFirst();
+    QString before;
+    if (wanted.message.isValid())
+        before = wanted.message.toString();
     else
-        m_fetchedHistory.insert(request.channel);
-    FlakeId const guild = guildOfChannel(m_client->db(), request.channel);
-    RestHelpers::getString(sender(), apiUrl(path), this,
-                           [this, request, guild](QNetworkReply* reply) {
-                               receiveHistoryReply(reply, request, guild);
-                           });
+        m_fetchedHistory.insert(wanted.channel);
+    fetchList(DisRest::withQuery(DisRest::request(DisRestOp::FetchHistory, { wanted.channel }),
+                                 { { "limit", QString::number(pageSize) }, { "before", before } }),
+              { DisFetchedList::Kind::History, wanted.channel, {}, {} },
+              [this, wanted] { historyFailed(wanted); });
     m_recentHistoryTimer.start(m_timings.historyPause);
-}
-
-void DisSession::receiveHistoryReply(QNetworkReply* reply, HistoryRequest const& request,
-                                     FlakeId guild)
-{
-    if (reply->error() != QNetworkReply::NoError) {
-        addLog(EvLog::Severity::Warn,
-               QStringLiteral("Failed to fetch history for channel %1: %2")
-                   .arg(request.channel.toString(), RestHelpers::errorName(reply)));
-        historyFailed(request);
-        return;
-    }
-    auto page = std::make_shared<DisHistoryPage>();
-    page->channelId = request.channel;
-    page->guildId = guild;
-    Utils::runOnPool(this,
-                     [this, request, page, body = RestHelpers::takeBody(reply),
-                      maxBody = m_timings.maxBody]() -> std::function<void()> {
-                         return [this, request, parsed = parsePage(page, body, maxBody)] {
-                             receiveHistoryPage(request, parsed);
-                         };
-                     });
-}
-
-void DisSession::receiveHistoryPage(HistoryRequest const& request,
-                                    std::shared_ptr<DisHistoryPage> const& page)
-{
-    if (!page) {
-        addLog(EvLog::Severity::Warn,
-               QStringLiteral("Did not get a Dread::List from JSON-to-Dread conversion when "
-                              "receiving channel history"));
-        historyFailed(request);
-        return;
-    }
-    Utils::invokeOnThread(m_worker, [worker = m_worker, page] { worker->writeHistoryPage(page); });
 }
 
 // The channel counts as not asked for, so that whoever shows it again asks again. Nothing does so
@@ -304,8 +256,7 @@ void DisSession::postTyping(FlakeId channel)
 {
     m_typingChannel = FlakeId();
     m_typingTimer.start(m_timings.typingPause);
-    RestHelpers::postJson_andForget(sender(), apiUrl("/channels/" + idPart(channel) + "/typing"),
-                                    QJsonObject());
+    send(DisRest::request(DisRestOp::Typing, { channel }, QJsonObject()));
 }
 
 void DisSession::typingTimeout()

@@ -8,6 +8,7 @@
 #include "event_log.h"
 #include "gateway_protocol.h"
 #include "invoke_on_thread.h"
+#include "nak_stmt.h"
 
 #include <QHash>
 #include <QJsonDocument>
@@ -163,6 +164,7 @@ void DisSession::clearMarkers()
 {
     m_fetchedHistory.clear();
     m_oldestFetched.clear();
+    m_fetchedPinned.clear();
     m_syncedGuilds.clear();
     m_tooLargeGuilds.clear();
 }
@@ -246,4 +248,32 @@ void DisSession::removeGuildsForSynchronization(QSet<FlakeId> const& guilds)
                .arg(removed.size())
                .arg(m_syncedGuilds.size()));
     sendFrame(DisGateway::guildSyncFrame(m_syncedGuilds));
+}
+
+void DisSession::connectToVoiceChannel(FlakeId channel)
+{
+    if (!channel.isValid())
+        return;
+    NakStmt stmt(m_client->db(), "select guild_id from guild_voice_channel where id = ?");
+    stmt.bind(1, channel);
+    FlakeId const guild = stmt.step() ? stmt.colFlake(0) : FlakeId();
+    addLog(EvLog::Severity::Info,
+           QStringLiteral("Requesting voice state change to start voice connection"));
+    sendFrame(DisGateway::voiceStateFrame(guild, channel));
+}
+
+void DisSession::disconnectFromVoiceChannel()
+{
+    addLog(EvLog::Severity::Info,
+           QStringLiteral("Requesting voice state change to stop voice connection"));
+    sendFrame(DisGateway::voiceStateFrame(FlakeId(), FlakeId()));
+}
+
+void DisSession::synchronizePrivateChannelCalls(FlakeId channel)
+{
+    if (!channel.isValid())
+        return;
+    addLog(EvLog::Severity::Info,
+           QStringLiteral("Synchronizing voice calls for channel %1").arg(channel.toString()));
+    sendFrame(DisGateway::callSyncFrame(channel));
 }

@@ -7,6 +7,7 @@
 // of what has been fetched. Once Disconnected it never comes back: a later connection is a new one.
 
 #include "dis_events.h"
+#include "dis_rest_request.h"
 #include "dis_session_timings.h"
 #include "dis_types.h"
 #include "rest_helpers.h"
@@ -14,18 +15,23 @@
 #include <QElapsedTimer>
 #include <QJsonObject>
 #include <QObject>
+#include <QPair>
 #include <QSet>
 #include <QString>
 #include <QThread>
 #include <QTimer>
 #include <QVector>
 
+#include <functional>
 #include <memory>
 
 class DisClient;
 class DisSessionWorker;
+class QIODevice;
 class QNetworkAccessManager;
-struct DisHistoryPage;
+class QPixmap;
+struct DisEmbedCreation;
+struct DisFetchedList;
 
 class DisSession : public QObject {
     Q_OBJECT
@@ -46,6 +52,7 @@ public:
 
     QSet<FlakeId> const& channelsWithFetchedHistory() const { return m_fetchedHistory; }
     QSet<FlakeId> const& channelsWithOldestMessageFetched() const { return m_oldestFetched; }
+    QSet<FlakeId> const& channelsWithFetchedPinnedMessages() const { return m_fetchedPinned; }
 
     // Empties the store, which is a cache of this connection, and everything below, and tells all
     // listeners to reload.
@@ -56,18 +63,27 @@ public:
     // Guilds of 4,000 members or more are skipped: they rely on the member list subscription.
     void includeGuildsForSynchronization(QSet<FlakeId> const& guilds);
     void removeGuildsForSynchronization(QSet<FlakeId> const& guilds);
+    // A private channel's call as well.
+    void connectToVoiceChannel(FlakeId channel);
+    void disconnectFromVoiceChannel();
+    void synchronizePrivateChannelCalls(FlakeId channel);
 
-    // --- REST ---
-    FlakeId sendChannelMessage(FlakeId channel, QString const& text); // the nonce
-    void editMessage(FlakeId channel, FlakeId message, QString const& text);
-    void deleteMessage(FlakeId channel, FlakeId message);
-    void addEmojiReaction(FlakeId channel, FlakeId message, FlakeId emojiId, QString const& name);
-    void deleteEmojiReaction(FlakeId channel, FlakeId message, FlakeId emojiId,
-                             QString const& name);
+    // --- REST; a request without a path is not sent ---
+    void send(DisRestRequest const& request);
+    // False if nothing was sent, and then the slot is never called.
+    bool send(DisRestRequest const& request, QObject* receiver, RestHelpers::Slot const& slot);
+    qint64 maxBody() const { return m_timings.maxBody; } // of a reply, bytes
+    // These give the nonce, or the invalid id if a file cannot be read.
+    FlakeId sendChannelMessage(FlakeId channel, QString const& text);
+    FlakeId sendChannelMessageAndFile(FlakeId channel, QString const& text, QString const& path);
+    FlakeId sendChannelMessageAndImage(FlakeId channel, QString const& text, QPixmap const& pixmap,
+                                       QString const& name);
+    FlakeId sendEmbedMessage(FlakeId channel, QString const& text, DisEmbedCreation const& embed);
     // False if an acknowledgement is under way, or the service stopped giving tokens for them.
     bool trySendMessageReadAck(FlakeId channel, FlakeId message);
-    void sendGuildReadAck(FlakeId guild);
     void sendTyping(FlakeId channel);
+    void fetchPinnedMessages(FlakeId channel); // once, unless that fails
+    void fetchGuildBans(FlakeId guild);
     // Served one a second. What is queued or fetched already is not queued again.
     void queueFetchRecentChannelHistory(FlakeId channel);
     void queueFetchChannelHistoryEarlierThanMessage(FlakeId channel, FlakeId message);
@@ -106,17 +122,27 @@ private:
     // --- dis_rest.cpp ---
     RestHelpers::Sender sender();
     QUrl apiUrl(QByteArray const& path) const; // percent-encoded
-    QUrl reactionUrl(FlakeId channel, FlakeId message, FlakeId emojiId, QString const& name) const;
     void receiveAckReply(QNetworkReply* reply);
     void queueHistory(HistoryRequest const& request);
     void recentHistoryTimeout();
-    void receiveHistoryReply(QNetworkReply* reply, HistoryRequest const& request, FlakeId guild);
-    // Null: the reply was no list of JSON.
-    void receiveHistoryPage(HistoryRequest const& request,
-                            std::shared_ptr<DisHistoryPage> const& page);
+    // head tells what is asked for; its items are those of the reply.
+    void fetchList(DisRestRequest const& request, DisFetchedList const& head,
+                   std::function<void()> const& failed);
+    void postList(DisFetchedList const& list);
     void historyFailed(HistoryRequest const& request);
     void postTyping(FlakeId channel);
     void typingTimeout();
+
+    // --- dis_rest_messages.cpp ---
+    using FormFields = QVector<QPair<char const*, QByteArray>>;
+    FlakeId beginMessage(); // the nonce
+    FlakeId addPending(FlakeId nonce, FlakeId channel, QString const& text);
+    static FormFields messageFields(FlakeId nonce, QString const& text);
+    void postForm(FlakeId channel, FormFields const& fields, QString const& fileName,
+                  std::unique_ptr<QIODevice> content);
+    void postPng(FlakeId channel, FormFields const& fields, QString const& fileName,
+                 QByteArray const& png);
+    void receiveFormReply(QNetworkReply* reply);
 
     DisClient* m_client;
     QString m_authToken;
@@ -132,6 +158,7 @@ private:
 
     QSet<FlakeId> m_fetchedHistory;
     QSet<FlakeId> m_oldestFetched;
+    QSet<FlakeId> m_fetchedPinned;
     QSet<FlakeId> m_syncedGuilds;
     QSet<FlakeId> m_tooLargeGuilds;
 

@@ -3,7 +3,7 @@
 #include "dis_session_worker.h"
 
 #include "dis_client.h"
-#include "dis_history_page.h"
+#include "dis_fetch_data.h"
 #include "dis_session.h"
 #include "dis_store.h"
 #include "dread_etf.h"
@@ -315,11 +315,7 @@ void DisSessionWorker::reconnectTimeout()
 
 void DisSessionWorker::statusBatchTimeout()
 {
-    DisChanges const changes = DisClientImpl::flushBatchedStatuses(events, prepared);
-    if (changes.mask == 0)
-        return;
-    Utils::invokeOnThread(m_client,
-                          [client = m_client, changes] { client->postLocalChanges(changes); });
+    tellChanges(DisClientImpl::flushBatchedStatuses(events, prepared));
 }
 
 void DisSessionWorker::typingStartBatchTimeout()
@@ -331,13 +327,23 @@ void DisSessionWorker::typingStartBatchTimeout()
                           [client = m_client, starts] { emit client->typingStarts(starts); });
 }
 
-void DisSessionWorker::writeHistoryPage(std::shared_ptr<DisHistoryPage> const& page)
+void DisSessionWorker::writeFetchedList(DisFetchedList const& list)
 {
-    int const count = DisClientImpl::writeHistoryPage(prepared, events.ownUserId, page->guildId,
-                                                      page->ctx, page->messages);
-    tellSession([channel = page->channelId, count](DisSession& session) {
-        session.historyPageWritten(channel, count);
-    });
+    using Kind = DisFetchedList::Kind;
+    Dread::Ctx const& ctx = list.data->ctx;
+    switch (list.kind) {
+    case Kind::Pins:
+        return tellChanges(DisClientImpl::writePinnedMessages(prepared, list.id, ctx, list.items));
+    case Kind::Bans:
+        return tellChanges(DisClientImpl::writeGuildBans(prepared, list.id, ctx, list.items));
+    case Kind::History: {
+        int const count =
+            DisClientImpl::writeHistoryPage(prepared, events.ownUserId, ctx, list.items);
+        return tellSession([channel = list.id, count](DisSession& session) {
+            session.historyPageWritten(channel, count);
+        });
+    }
+    }
 }
 
 void DisSessionWorker::apply(DisGateway::Event const& event)
@@ -408,6 +414,14 @@ void DisSessionWorker::tellOutcome(DisClientImpl::DisEventOutcome const& outcome
         --*underway;
         session.receiveOutcome(outcome);
     });
+}
+
+void DisSessionWorker::tellChanges(DisChanges const& changes)
+{
+    if (changes.mask == 0)
+        return;
+    Utils::invokeOnThread(m_client,
+                          [client = m_client, changes] { client->postLocalChanges(changes); });
 }
 
 void DisSessionWorker::tellSession(std::function<void(DisSession&)> const& function)

@@ -28,7 +28,7 @@
 class DisClient;
 class DisSession;
 class QWebSocket;
-struct DisHistoryPage;
+struct DisFetchedList;
 
 struct DisSessionWorkerParams {
     QString token;
@@ -54,8 +54,8 @@ public:
     void closeConnection();
     // Nothing is sent while there is no open socket.
     void sendJson(QJsonObject const& json);
-    // Writes the page and tells the session how many messages it held.
-    void writeHistoryPage(std::shared_ptr<DisHistoryPage> const& page);
+    // Writes the list and tells the user-interface thread.
+    void writeFetchedList(DisFetchedList const& list);
 
     // --- for DisClientImpl::processGatewayMessage ---
     void apply(DisGateway::Event const& event);
@@ -83,6 +83,7 @@ private:
     void fullMessageReceived(char const* bytes, quint32 size);
     void setStateType(DisSessionStateType type);
     void dropBatches();
+    void tellChanges(DisChanges const& changes);
     void tellSession(std::function<void(DisSession&)> const& function);
     void tellOutcome(DisClientImpl::DisEventOutcome const& outcome);
     DisGateway::State gatewayState() const;

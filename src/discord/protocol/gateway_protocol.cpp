@@ -314,6 +314,26 @@ QJsonObject statusFrame(DisUserStatusCode code, bool afk, QString const& game)
                  });
 }
 
+QJsonObject voiceStateFrame(FlakeId guild, FlakeId channel)
+{
+    auto const idOrNull = [](FlakeId id) {
+        return id.isValid() ? QJsonValue(id.toString()) : QJsonValue(QJsonValue::Null);
+    };
+    return frame(Op::VoiceStateUpdate,
+                 QJsonObject{
+                     { QStringLiteral("guild_id"), idOrNull(guild) },
+                     { QStringLiteral("channel_id"), idOrNull(channel) },
+                     { QStringLiteral("self_mute"), false },
+                     { QStringLiteral("self_deaf"), false },
+                     { QStringLiteral("self_video"), false },
+                 });
+}
+
+QJsonObject callSyncFrame(FlakeId channel)
+{
+    return frame(Op::CallSync, QJsonObject{ { QStringLiteral("channel_id"), channel.toString() } });
+}
+
 QJsonObject guildSyncFrame(QSet<FlakeId> const& guilds)
 {
     QVector<FlakeId> sorted(guilds.cbegin(), guilds.cend());

@@ -61,6 +61,9 @@ QJsonObject resumeFrame(Credentials const& credentials, qint32 lastSeq);
 // Carries -1 until the first dispatch: the client deliberately sends no null.
 QJsonObject heartbeatFrame(qint32 lastSeq);
 QJsonObject statusFrame(DisUserStatusCode code, bool afk, QString const& game);
+// The invalid guild is a private channel's; the invalid channel leaves voice.
+QJsonObject voiceStateFrame(FlakeId guild, FlakeId channel);
+QJsonObject callSyncFrame(FlakeId channel);
 QJsonObject guildSyncFrame(QSet<FlakeId> const& guilds); // in ascending order
 
 // The cached base URL with the version and form of this client's frames.

@@ -5,7 +5,7 @@
 #include "event_log.h"
 #include "gateway_protocol.h"
 
-#include <QJsonDocument>
+#include <QHttpMultiPart>
 #include <QMetaEnum>
 #include <QNetworkAccessManager>
 #include <QNetworkRequest>
@@ -57,11 +57,6 @@ QNetworkRequest makeJsonRequest(Sender const& sender, QUrl const& url)
     return request;
 }
 
-QByteArray compact(QJsonObject const& json)
-{
-    return QJsonDocument(json).toJson(QJsonDocument::Compact);
-}
-
 // Nothing is read before the end, so all that has come so far is what is available.
 void boundBody(QNetworkReply* reply, qint64 maxBody)
 {
@@ -69,6 +64,33 @@ void boundBody(QNetworkReply* reply, qint64 maxBody)
         if (reply->bytesAvailable() > maxBody)
             reply->abort();
     });
+}
+
+constexpr char const* verbWords[] = { "GET", "POST", "PUT", "PATCH", "DELETE" };
+
+QNetworkReply* start(Sender const& sender, DisRestVerb verb, Target const& target)
+{
+    char const* const word = verbWords[static_cast<size_t>(verb)];
+    logRequest(word, target.url);
+    // A POST without a body has a type too, for Qt would give it one of its own; the length goes
+    // out as 0.
+    bool const hasType =
+        !target.json.isNull() || verb == DisRestVerb::Get || verb == DisRestVerb::Post;
+    QNetworkRequest const request =
+        hasType ? makeJsonRequest(sender, target.url) : makeRequest(sender, target.url);
+    switch (verb) {
+    case DisRestVerb::Get:
+        return sender.manager->get(request);
+    case DisRestVerb::Post:
+        return sender.manager->post(request, target.json);
+    case DisRestVerb::Put:
+        return sender.manager->put(request, target.json);
+    case DisRestVerb::Patch:
+        return sender.manager->sendCustomRequest(request, word, target.json);
+    case DisRestVerb::Delete:
+        break;
+    }
+    return sender.manager->deleteResource(request);
 }
 
 void forget(Sender const& sender, QNetworkReply* reply)
@@ -80,63 +102,60 @@ void forget(Sender const& sender, QNetworkReply* reply)
 void answer(Sender const& sender, QNetworkReply* reply, QObject* receiver, Slot const& slot)
 {
     boundBody(reply, sender.maxBody);
-    QObject::connect(reply, &QNetworkReply::finished, receiver, [reply, slot] {
-        reply->deleteLater();
-        slot(reply);
-    });
+    QObject::connect(reply, &QNetworkReply::finished, reply, &QObject::deleteLater);
+    QObject::connect(reply, &QNetworkReply::finished, receiver, [reply, slot] { slot(reply); });
 }
 
 } // namespace
 
+void sendForReply(Sender const& sender, DisRestVerb verb, Target const& target, QObject* receiver,
+                  Slot const& slot)
+{
+    answer(sender, start(sender, verb, target), receiver, slot);
+}
+
 void getString(Sender const& sender, QUrl const& url, QObject* receiver, Slot const& slot)
 {
-    logRequest("GET", url);
-    answer(sender, sender.manager->get(makeJsonRequest(sender, url)), receiver, slot);
+    sendForReply(sender, DisRestVerb::Get, { url, {} }, receiver, slot);
 }
 
-void postString(Sender const& sender, QUrl const& url, QByteArray const& json, QObject* receiver,
-                Slot const& slot)
+void postForm(Sender const& sender, QUrl const& url, QHttpMultiPart* form, QObject* receiver,
+              Slot const& slot)
 {
     logRequest("POST", url);
-    answer(sender, sender.manager->post(makeJsonRequest(sender, url), json), receiver, slot);
+    QNetworkReply* const reply = sender.manager->post(makeRequest(sender, url), form);
+    form->setParent(reply);
+    answer(sender, reply, receiver, slot);
 }
 
-void postJson_andForget(Sender const& sender, QUrl const& url, QJsonObject const& json)
+void postJson_andForget(Sender const& sender, QUrl const& url, QByteArray const& json)
 {
-    logRequest("POST", url);
-    forget(sender, sender.manager->post(makeJsonRequest(sender, url), compact(json)));
+    forget(sender, start(sender, DisRestVerb::Post, { url, json }));
 }
 
 void postNothing_andForget(Sender const& sender, QUrl const& url)
 {
-    logRequest("POST", url);
-    // With a type, for Qt would give it one of its own; the length goes out as 0.
-    forget(sender, sender.manager->post(makeJsonRequest(sender, url), QByteArray()));
+    forget(sender, start(sender, DisRestVerb::Post, { url, {} }));
 }
 
-void putJson_andForget(Sender const& sender, QUrl const& url, QJsonObject const& json)
+void putJson_andForget(Sender const& sender, QUrl const& url, QByteArray const& json)
 {
-    logRequest("PUT", url);
-    forget(sender, sender.manager->put(makeJsonRequest(sender, url), compact(json)));
+    forget(sender, start(sender, DisRestVerb::Put, { url, json }));
 }
 
 void putNothing_andForget(Sender const& sender, QUrl const& url)
 {
-    logRequest("PUT", url);
-    forget(sender, sender.manager->put(makeRequest(sender, url), QByteArray()));
+    forget(sender, start(sender, DisRestVerb::Put, { url, {} }));
 }
 
 void deleteAtUrl_andForget(Sender const& sender, QUrl const& url)
 {
-    logRequest("DELETE", url);
-    forget(sender, sender.manager->deleteResource(makeRequest(sender, url)));
+    forget(sender, start(sender, DisRestVerb::Delete, { url, {} }));
 }
 
-void patchJson_crap(Sender const& sender, QUrl const& url, QJsonObject const& json)
+void patchJson_crap(Sender const& sender, QUrl const& url, QByteArray const& json)
 {
-    logRequest("PATCH", url);
-    QNetworkReply* const reply = sender.manager->sendCustomRequest(
-        makeJsonRequest(sender, url), QByteArrayLiteral("PATCH"), compact(json));
+    QNetworkReply* const reply = start(sender, DisRestVerb::Patch, { url, json });
     answer(sender, reply, reply, [reply, token = sender.token, maxBody = sender.maxBody](auto) {
         if (reply->error() == QNetworkReply::NoError)
             return;
@@ -198,11 +217,6 @@ QString loggableUrl(QUrl const& url)
     if (!show)
         options |= QUrl::RemoveQuery;
     return url.toString(options | QUrl::FullyEncoded);
-}
-
-QByteArray pathPart(QString const& text)
-{
-    return QUrl::toPercentEncoding(text);
 }
 
 } // namespace RestHelpers

@@ -5,8 +5,9 @@
 // The few shapes that requests to the Discord API take. User-interface thread. Each request is
 // logged before it leaves. A body that passes the bound, as received or inflated, is cut off.
 
+#include "dis_rest_request.h"
+
 #include <QByteArray>
-#include <QJsonObject>
 #include <QNetworkReply>
 #include <QString>
 #include <QUrl>
@@ -14,6 +15,7 @@
 #include <functional>
 #include <optional>
 
+class QHttpMultiPart;
 class QNetworkAccessManager;
 class QNetworkRequest;
 
@@ -32,16 +34,24 @@ struct Sender {
 // called once the receiver is gone.
 using Slot = std::function<void(QNetworkReply*)>;
 
+// Where a request goes and what it carries: JSON text, or a null array for no body.
+struct Target {
+    QUrl url;
+    QByteArray json;
+};
+void sendForReply(Sender const& sender, DisRestVerb verb, Target const& target, QObject* receiver,
+                  Slot const& slot);
 void getString(Sender const& sender, QUrl const& url, QObject* receiver, Slot const& slot);
-void postString(Sender const& sender, QUrl const& url, QByteArray const& json, QObject* receiver,
-                Slot const& slot);
-void postJson_andForget(Sender const& sender, QUrl const& url, QJsonObject const& json);
+// The form goes with the request.
+void postForm(Sender const& sender, QUrl const& url, QHttpMultiPart* form, QObject* receiver,
+              Slot const& slot);
+void postJson_andForget(Sender const& sender, QUrl const& url, QByteArray const& json);
 void postNothing_andForget(Sender const& sender, QUrl const& url);
-void putJson_andForget(Sender const& sender, QUrl const& url, QJsonObject const& json);
+void putJson_andForget(Sender const& sender, QUrl const& url, QByteArray const& json);
 void putNothing_andForget(Sender const& sender, QUrl const& url);
 void deleteAtUrl_andForget(Sender const& sender, QUrl const& url);
 // Through the custom verb, since QNetworkAccessManager has no PATCH. A failure is logged.
-void patchJson_crap(Sender const& sender, QUrl const& url, QJsonObject const& json);
+void patchJson_crap(Sender const& sender, QUrl const& url, QByteArray const& json);
 
 // --- replies ---
 // A body as it came from the wire, which may be compressed: it is taken on the user-interface
@@ -58,7 +68,5 @@ Body takeBody(QNetworkReply* reply);
 QString errorName(QNetworkReply const* reply); // for the log
 // For the log: a query is shown only where all its keys are known to hold no secret.
 QString loggableUrl(QUrl const& url);
-// One part of a path: everything but letters, digits and "-._~" is percent-encoded.
-QByteArray pathPart(QString const& text);
 
 } // namespace RestHelpers

@@ -1,0 +1,29 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// A service and a client that is signed in to it, and what the service received, as text.
+
+#include "session_fixture.h"
+#include "stage.h"
+
+#include <string>
+
+struct SignedIn {
+    explicit SignedIn(DisSessionTimings const& timings = quickTimings());
+
+    // The next request: method, path, query, the headers that we set, and the body.
+    std::string nextRequest();
+    std::string channelPath() const { return "/channels/" + channel.toString().toStdString(); }
+
+    stage::Stage service;
+    TestClient test;
+    DisSession* session = nullptr;
+    FlakeId channel;
+    int seen = 0;
+};
+
+extern std::string const commonHeaders;
+extern std::string const jsonHeaders;
+// A whole request from its first line and its body, with the headers that belong to such a one.
+std::string wholeRequest(std::string const& firstLine, std::string const& body = {});
