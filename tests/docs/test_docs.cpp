@@ -117,7 +117,9 @@ TEST(Docs, ProtocolsListsEveryOpcode)
         DisGateway::identifyFrame({}, {}, true),
         DisGateway::statusFrame(DisUserStatusCode::Online, false, {}),
         DisGateway::resumeFrame({}, 0),
+        DisGateway::voiceStateFrame({}, {}),
         DisGateway::guildSyncFrame({}),
+        DisGateway::callSyncFrame({}),
     };
     for (QJsonObject const& frame : sent)
         expected[frame.value(QLatin1String("op")).toInt()] = QStringLiteral("out");
