@@ -259,6 +259,17 @@ FlakeId privateGroupChannelOwner(FlakeId channel)
     return lookUpFilled(data().groupOwners, channel, loadPrivateChannel);
 }
 
+QMap<FlakeId, DisUserVoiceState> userVoiceStateMap(FlakeId channel)
+{
+    QMap<FlakeId, DisUserVoiceState> states;
+    Query query(ReadStmt::VoiceStates, channel);
+    while (query.next())
+        states.insert(query->colFlake(0),
+                      { query.flake(1), query->colBool(2), query->colBool(3), query->colBool(4),
+                        query->colBool(5) });
+    return states;
+}
+
 QVector<FlakeId> hack_recentlyCachedUsersByName(int count)
 {
     return data().userNames.recentKeys(count);

@@ -11,10 +11,20 @@
 #include "dis_types.h"
 
 #include <QColor>
+#include <QMap>
 #include <QString>
 #include <QVector>
 
 struct sqlite3;
+
+// One who is in a voice channel or a call.
+struct DisUserVoiceState {
+    FlakeId guildId; // invalid for a call in a private channel
+    bool deaf = false;
+    bool mute = false;
+    bool selfDeaf = false;
+    bool selfMute = false;
+};
 
 namespace DisCache {
 
@@ -43,6 +53,9 @@ FlakeId guildIdOfChannel(FlakeId channel); // invalid for private and unknown ch
 QVector<FlakeId> privateChannelParticipants(FlakeId channel);
 QString privateGroupChannelName(FlakeId channel);
 FlakeId privateGroupChannelOwner(FlakeId channel);
+
+// Who is in the voice channel, or in the private channel's call. Read anew each time.
+QMap<FlakeId, DisUserVoiceState> userVoiceStateMap(FlakeId channel);
 
 // Up to count users whose names were read lately, most recent first.
 QVector<FlakeId> hack_recentlyCachedUsersByName(int count);

@@ -57,6 +57,16 @@
     X(LastMessageOfAuthor, "select id from message where channel_id = ? and +author_id = ? and deleted = 0 " \
         "order by id desc limit 1") \
     X(Role, "select name, color from role where id = ?") \
+    /* From the lowest; of roles in one position the lower id is the higher role. */ \
+    X(RolesOfMember, "select role.id, role.position, role.hoist, role.name, guild_member_role.user_id is not null " \
+        "from role left join guild_member_role on guild_member_role.user_id = ?2 and guild_member_role.role_id = " \
+        "role.id where role.guild_id = ?1 order by role.position, role.id desc") \
+    X(PairChannel, "select mine.channel_id from private_channel_participant as mine, private_channel_participant " \
+        "as theirs, any_channel where mine.user_id = ? and theirs.channel_id = mine.channel_id and " \
+        "theirs.user_id = ? and any_channel.id = mine.channel_id and any_channel.type = 4 order by " \
+        "mine.channel_id desc limit 1") \
+    X(VoiceStates, "select user_id, guild_id, deaf, mute, self_deaf, self_mute from voice_state where " \
+        "channel_id = ? order by user_id, session_id") \
     X(EmojisByRoles, "select emoji.id, emoji.name, emoji.animated, role.guild_id from guild_member_role, " \
         "emoji_role, role, emoji where guild_member_role.user_id = ? and emoji_role.role_id = " \
         "guild_member_role.role_id and role.id = emoji_role.role_id and emoji.id = emoji_role.emoji_id") \

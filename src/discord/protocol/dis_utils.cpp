@@ -4,6 +4,7 @@
 
 #include "dis_cache.h"
 #include "dis_cache_data.h"
+#include "dis_perms.h"
 
 #include <QSet>
 #include <QStringList>
@@ -68,6 +69,29 @@ bool isPremium(FlakeId user)
 {
     Query query(ReadStmt::UserPremium, user);
     return query.next() && query->colBool(0);
+}
+
+// Calls function(query, flat index) for each role of the member, from the lowest.
+template <typename Function> void forEachRole(FlakeId user, FlakeId guild, Function function)
+{
+    if (!user.isValid() || !guild.isValid())
+        return;
+    Query query(ReadStmt::RolesOfMember, guild, user);
+    for (int index = 0; query.next(); ++index) {
+        if (query->colBool(4))
+            function(query, index);
+    }
+}
+
+bool canActUpon(FlakeId user, FlakeId other, FlakeId guild, quint32 permission)
+{
+    if (!user.isValid() || !other.isValid() || getUserIsOwnerOfGuild(other, guild))
+        return false;
+    if (getUserIsOwnerOfGuild(user, guild))
+        return true;
+    return (getUserPermissionsInGuild(user, guild) & (permission | DisPerms::Administrator)) != 0
+        && getHighestRoleFlatIndexForUserInGuild(user, guild)
+        > getHighestRoleFlatIndexForUserInGuild(other, guild);
 }
 
 // In a private channel there is nobody who could forbid it.
@@ -176,6 +200,74 @@ DisRoleNameAndColor findRoleNameAndColor(FlakeId role)
     if (color != 0)
         result.color = QColor::fromRgb(static_cast<QRgb>(color));
     return result;
+}
+
+quint32 getUserPermissionsInGuild(FlakeId user, FlakeId guild)
+{
+    return DisCache::userGuildPermissions(user, guild);
+}
+
+int getHighestRolePositionForUserInGuild(FlakeId user, FlakeId guild)
+{
+    int highest = -1;
+    forEachRole(user, guild, [&](Query const& role, int) { highest = role->colInt(1); });
+    return highest;
+}
+
+int getHighestRoleFlatIndexForUserInGuild(FlakeId user, FlakeId guild)
+{
+    int highest = -1;
+    forEachRole(user, guild, [&](Query const&, int index) { highest = index; });
+    return highest;
+}
+
+bool getUserIsOwnerOfGuild(FlakeId user, FlakeId guild)
+{
+    return user.isValid() && guild.isValid() && DisCache::guildOwner(guild) == user;
+}
+
+bool getUserCanRemoveOtherMemberInGuild(FlakeId user, FlakeId other, FlakeId guild)
+{
+    return canActUpon(user, other, guild, DisPerms::KickMembers);
+}
+
+bool getUserCanBanOtherMemberInGuild(FlakeId user, FlakeId other, FlakeId guild)
+{
+    return canActUpon(user, other, guild, DisPerms::BanMembers);
+}
+
+bool getUserCanChangeNickOfGuildMember(FlakeId user, FlakeId other, FlakeId guild)
+{
+    return canActUpon(user, other, guild, DisPerms::ManageNicknames);
+}
+
+QString distinguishedUserRoleNameInGuild(FlakeId user, FlakeId guild)
+{
+    QString name;
+    forEachRole(user, guild, [&](Query const& role, int) {
+        if (role->colBool(2))
+            name = role->colString(3);
+    });
+    return name;
+}
+
+void addRolesForUserInGuild(FlakeId user, FlakeId guild, QVector<FlakeId>* roles)
+{
+    int const before = roles->size();
+    forEachRole(user, guild, [&](Query const& role, int) {
+        FlakeId const id = role->colFlake(0);
+        if (id != guild)
+            roles->append(id);
+    });
+    std::reverse(roles->begin() + before, roles->end());
+}
+
+FlakeId findDirectMessageChannel(FlakeId ownUser, FlakeId otherUser)
+{
+    if (ownUser == otherUser)
+        return {};
+    Query query(ReadStmt::PairChannel, ownUser, otherUser);
+    return query.next() ? query->colFlake(0) : FlakeId();
 }
 
 FlakeId findUserByName(QString const& name, QString const& discriminator)

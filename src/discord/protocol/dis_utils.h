@@ -46,6 +46,26 @@ bool isChannelNsfw(FlakeId channel);
 
 DisRoleNameAndColor findRoleNameAndColor(FlakeId role);
 
+// --- members of a guild ---
+quint32 getUserPermissionsInGuild(FlakeId user, FlakeId guild);
+// -1 for a member without a role.
+int getHighestRolePositionForUserInGuild(FlakeId user, FlakeId guild);
+// The highest role's place among all roles of the guild, the lowest being 0. Unlike positions, no
+// two roles share one. -1 for a member without a role.
+int getHighestRoleFlatIndexForUserInGuild(FlakeId user, FlakeId guild);
+bool getUserIsOwnerOfGuild(FlakeId user, FlakeId guild);
+// The owner can, others with the right and a role above the other's. Nobody can the owner.
+bool getUserCanRemoveOtherMemberInGuild(FlakeId user, FlakeId other, FlakeId guild);
+bool getUserCanBanOtherMemberInGuild(FlakeId user, FlakeId other, FlakeId guild);
+bool getUserCanChangeNickOfGuildMember(FlakeId user, FlakeId other, FlakeId guild);
+// The name of the highest role that members are shown under; null if none.
+QString distinguishedUserRoleNameInGuild(FlakeId user, FlakeId guild);
+// Appends the member's roles, highest first, without the everyone role.
+void addRolesForUserInGuild(FlakeId user, FlakeId guild, QVector<FlakeId>* roles);
+
+// The private channel of just these two, even if it is closed on this account. Invalid if none.
+FlakeId findDirectMessageChannel(FlakeId ownUser, FlakeId otherUser);
+
 // The user by name, without regard to case; discriminator empty for any. Invalid if none.
 FlakeId findUserByName(QString const& name, QString const& discriminator);
 
