@@ -79,6 +79,7 @@ DisSessionTimings quickTimings()
     timings.typingBatch = 20;
     timings.historyPause = 30;
     timings.typingPause = 100;
+    timings.dirtySegs = 30;
     return timings;
 }
 

@@ -308,3 +308,10 @@ void DisClient::removeGuildsForSynchronization(FlakeId userId, QSet<FlakeId> con
     if (DisSession* const session = findSessionForOwnUserId(userId))
         session->removeGuildsForSynchronization(guilds);
 }
+
+void DisClient::updateChanSegs(FlakeId userId, FlakeId guildId,
+                               QVector<DisClientChanSegs> const& channels)
+{
+    if (DisSession* const session = findSessionForOwnUserId(userId))
+        session->updateChanSegs(guildId, channels);
+}

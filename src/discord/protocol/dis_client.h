@@ -8,6 +8,7 @@
 // session and issue one HTTP request; what it changes comes back through the gateway.
 
 #include "dis_changes.h"
+#include "dis_seg.h"
 #include "dis_session_timings.h"
 #include "dis_types.h"
 
@@ -210,6 +211,8 @@ public:
     void synchronizePrivateChannelCalls(FlakeId userId, FlakeId channelId);
     void includeGuildsForSynchronization(FlakeId userId, QSet<FlakeId> const& guilds);
     void removeGuildsForSynchronization(FlakeId userId, QSet<FlakeId> const& guilds);
+    void updateChanSegs(FlakeId userId, FlakeId guildId,
+                        QVector<DisClientChanSegs> const& channels);
 
 signals:
     void sessionsChanged();
@@ -224,6 +227,7 @@ signals:
     // channelsWithFetchedHistory() any more.
     void channelHistoryFetched(FlakeId const& channelId);
     void typingStarts(QVector<DisTypingStart> const& starts);
+    void segPackage(DisSeg::Package const& package);
     void userUnreadCountersInitialized(FlakeId const& userId, QHash<FlakeId, int> const& counts);
     void authTokenRejected(QString const& token);
     void authTokenAcquiredGatewayUrl(QString const& token, QString const& url);

@@ -91,6 +91,9 @@ void messageReactionRemove(DisEvent& event);
 void presenceUpdate(DisEvent& event);
 void typingStart(DisEvent& event);
 
+// --- dis_events_member_list.cpp ---
+void guildMemberListUpdate(DisEvent& event);
+
 } // namespace Handle
 
 } // namespace DisClientImpl

@@ -40,6 +40,7 @@ constexpr EventHandler handlers[] = {
     { "GUILD_UPDATE", Handle::guildUpdate },
     { "GUILD_DELETE", Handle::guildDelete },
     { "GUILD_SYNC", Handle::guildSync },
+    { "GUILD_MEMBER_LIST_UPDATE", Handle::guildMemberListUpdate },
     { "CHANNEL_CREATE", Handle::channelCreate },
     { "CHANNEL_UPDATE", Handle::channelUpdate },
     { "CHANNEL_DELETE", Handle::channelDelete },

@@ -7,6 +7,7 @@
 // posts the outcome to the user-interface thread after the commit.
 
 #include "dis_changes.h"
+#include "dis_seg.h"
 #include "dis_types.h"
 #include "dread.h"
 
@@ -86,6 +87,7 @@ struct DisEventOutcome {
     std::optional<DisMessageCreatedOutcome> messageCreated;
     std::optional<DisReadyOutcome> ready;
     std::optional<DisUserMustSee> userMustSee;
+    std::optional<DisSeg::Package> segPackage;
     FlakeId ackedChannel; // with ackedMessage: a MESSAGE_ACK of the own user
     FlakeId ackedMessage;
     FlakeId createdPrivateChannel;

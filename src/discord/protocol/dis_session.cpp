@@ -45,6 +45,7 @@ DisSession::DisSession(QString const& token, QString const& gatewayUrl,
     , m_worker(new DisSessionWorker(
           client, this,
           { token, m_logName, client->dbPath(), client->constants().appName, timings }))
+    , m_dirtySegsTimer(this)
     , m_recentHistoryTimer(this)
     , m_typingTimer(this)
 {
@@ -67,6 +68,8 @@ void DisSession::setUpTimers()
 {
     m_recentHistoryTimer.setSingleShot(true);
     m_typingTimer.setSingleShot(true);
+    m_dirtySegsTimer.setSingleShot(true);
+    connect(&m_dirtySegsTimer, &QTimer::timeout, this, &DisSession::tryUpdateDirtySegs);
     connect(&m_recentHistoryTimer, &QTimer::timeout, this, &DisSession::recentHistoryTimeout);
     connect(&m_typingTimer, &QTimer::timeout, this, &DisSession::typingTimeout);
 }
@@ -145,6 +148,8 @@ void DisSession::receiveStateType(DisSessionStateType type)
         m_ackToken.clear();
         m_ackState = AckState::Idle;
     }
+    if (type == DisSessionStateType::Connected && !m_dirtySegs.isEmpty())
+        m_dirtySegsTimer.start(m_timings.dirtySegs);
     emit stateTypeChanged(type);
 }
 
@@ -167,6 +172,7 @@ void DisSession::clearMarkers()
     m_fetchedPinned.clear();
     m_syncedGuilds.clear();
     m_tooLargeGuilds.clear();
+    clearChanSegs();
 }
 
 void DisSession::receiveOutcome(DisClientImpl::DisEventOutcome const& outcome)
@@ -179,6 +185,8 @@ void DisSession::receiveOutcome(DisClientImpl::DisEventOutcome const& outcome)
         emit m_client->directMessageChannelCreated(outcome.createdPrivateChannel);
     if (outcome.ackedMessage.isValid())
         emit m_client->messageAckReceived(m_ownUserId, outcome.ackedChannel, outcome.ackedMessage);
+    if (outcome.segPackage)
+        receiveSegPackage(*outcome.segPackage);
     if (outcome.changes.mask != 0)
         m_client->postLocalChanges(outcome.changes);
     if (outcome.ready) {

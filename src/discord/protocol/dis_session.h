@@ -8,11 +8,13 @@
 
 #include "dis_events.h"
 #include "dis_rest_request.h"
+#include "dis_seg.h"
 #include "dis_session_timings.h"
 #include "dis_types.h"
 #include "rest_helpers.h"
 
 #include <QElapsedTimer>
+#include <QHash>
 #include <QJsonObject>
 #include <QObject>
 #include <QPair>
@@ -67,6 +69,8 @@ public:
     void connectToVoiceChannel(FlakeId channel);
     void disconnectFromVoiceChannel();
     void synchronizePrivateChannelCalls(FlakeId channel);
+    // The rows of member lists in the guild that are on screen: all of them, each time.
+    void updateChanSegs(FlakeId guild, QVector<DisClientChanSegs> const& channels);
 
     // --- REST; a request without a path is not sent ---
     void send(DisRestRequest const& request);
@@ -119,6 +123,11 @@ private:
     void sendGuildSync();
     void clearMarkers();
 
+    // --- dis_session_segs.cpp ---
+    void tryUpdateDirtySegs();
+    void clearChanSegs();
+    void receiveSegPackage(DisSeg::Package const& package);
+
     // --- dis_rest.cpp ---
     RestHelpers::Sender sender();
     QUrl apiUrl(QByteArray const& path) const; // percent-encoded
@@ -161,6 +170,11 @@ private:
     QSet<FlakeId> m_fetchedPinned;
     QSet<FlakeId> m_syncedGuilds;
     QSet<FlakeId> m_tooLargeGuilds;
+
+    QHash<FlakeId, QVector<DisSegsNormalized>> m_chanSegs; // by guild, as last asked for
+    QVector<FlakeId> m_dirtySegs; // guilds whose request has not been sent
+    QSet<FlakeId> m_subscribedGuilds; // those that a request has been sent for
+    QTimer m_dirtySegsTimer;
 
     QVector<HistoryRequest> m_historyQueue;
     QTimer m_recentHistoryTimer;

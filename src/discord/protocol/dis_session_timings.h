@@ -15,6 +15,7 @@ struct DisSessionTimings {
     int typingBatch = 100;
     int historyPause = 1'000; // between two history requests of a session
     int typingPause = 8'000; // between two typing notices
+    int dirtySegs = 250; // between two subscriptions to member lists
     int restTimeout = 30'000; // of a request without any progress
 
     // --- bounds, bytes ---

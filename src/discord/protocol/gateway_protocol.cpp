@@ -344,6 +344,29 @@ QJsonObject guildSyncFrame(QSet<FlakeId> const& guilds)
     return frame(Op::GuildSync, ids);
 }
 
+QJsonObject lazyGuildRequestFrame(FlakeId guild, QVector<DisSegsNormalized> const& channels,
+                                  bool isFirst)
+{
+    QJsonObject ranges;
+    for (DisSegsNormalized const& channel : channels) {
+        QJsonArray list;
+        for (int const chunk : channel.chunks) {
+            int const row = chunk * DisSeg::chunkSize;
+            list.append(QJsonArray{ row, row + DisSeg::chunkSize - 1 });
+        }
+        ranges.insert(channel.channelId.toString(), list);
+    }
+    QJsonObject d{
+        { QStringLiteral("guild_id"), guild.toString() },
+        { QStringLiteral("channels"), ranges },
+    };
+    if (isFirst) {
+        d.insert(QStringLiteral("typing"), true);
+        d.insert(QStringLiteral("activities"), true);
+    }
+    return frame(Op::LazyGuildRequest, d);
+}
+
 QUrl versionedGatewayUrl(QString const& baseUrl, bool zlibStream)
 {
     QString text = baseUrl + QLatin1String("/?encoding=etf&v=6");

@@ -6,6 +6,7 @@
 // from a state and an event to actions, which the session worker carries out in order. Values in
 // double-quoted keys are the wire's.
 
+#include "dis_seg.h"
 #include "dis_session_timings.h"
 #include "dis_types.h"
 #include "event_log.h"
@@ -65,6 +66,9 @@ QJsonObject statusFrame(DisUserStatusCode code, bool afk, QString const& game);
 QJsonObject voiceStateFrame(FlakeId guild, FlakeId channel);
 QJsonObject callSyncFrame(FlakeId channel);
 QJsonObject guildSyncFrame(QSet<FlakeId> const& guilds); // in ascending order
+// The subscription to member lists. Only a guild's first one asks for its typing and activities.
+QJsonObject lazyGuildRequestFrame(FlakeId guild, QVector<DisSegsNormalized> const& channels,
+                                  bool isFirst);
 
 // The cached base URL with the version and form of this client's frames.
 QUrl versionedGatewayUrl(QString const& baseUrl, bool zlibStream);
