@@ -124,7 +124,7 @@ QImage Client::stillPicture() const
         QImage const now = picture();
         same = now == last ? same + 1 : 0;
         last = now;
-        return same >= 20; // looks, some 10 ms apart
+        return same >= 50; // looks, some 10 ms apart: half a second
     });
     return last;
 }
