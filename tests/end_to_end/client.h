@@ -27,7 +27,7 @@ public:
     bool quit(); // by SIGTERM; true if it ended with status 0
 
     qint64 processId() const { return m_process.processId(); }
-    bool isRunning() const { return m_process.state() == QProcess::Running; }
+    bool isRunning() const { return m_process.state() != QProcess::NotRunning; } // or starting
     QString folder() const { return m_folder.path(); } // holds data, log and everything it writes
     QByteArray output() const { return m_output; } // standard output and error so far
 
