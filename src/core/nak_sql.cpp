@@ -54,6 +54,14 @@ int readUserVersion(sqlite3* db)
     return stmt.step() ? stmt.colInt_default(0, 0) : 0;
 }
 
+// Whatever made the file ended before it wrote a first page.
+bool isBlank(sqlite3* db)
+{
+    int code = SQLITE_OK; // of a file that is no database, not even this can be asked
+    NakStmt stmt(db, "pragma page_count;", &code);
+    return code == SQLITE_OK && stmt.step() && stmt.colInt_default(0, 1) == 0;
+}
+
 void writeUserVersion(sqlite3* db, int version)
 {
     QByteArray const sql = "pragma user_version = " + QByteArray::number(version) + ";";
@@ -119,13 +127,14 @@ sqlite3* NakSql::openDbWithAppendableSchema(QString const& path, char const* sch
 {
     QByteArray const nativePath = QFile::encodeName(path);
     sqlite3* db = openExistingDb(nativePath.constData());
-    if (db && readUserVersion(db) != version) {
+    bool const isNew = !db || isBlank(db);
+    if (!db)
+        db = createDb(nativePath.constData());
+    if (isNew) {
+        writeUserVersion(db, version);
+    } else if (readUserVersion(db) != version) {
         closeOrExit(db);
         return nullptr;
-    }
-    if (!db) {
-        db = createDb(nativePath.constData());
-        writeUserVersion(db, version);
     }
     executeSchema(db, schema);
     return withBusyTimeout(db);

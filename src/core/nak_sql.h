@@ -21,9 +21,9 @@ namespace NakSql {
 // For caches: a file of another version is deleted and made anew from the schema.
 sqlite3* openDbWithSchemaAndUserVersion(QString const& path, char const* schema, int version);
 
-// For what the user wants to keep: null, and the file left alone, when it has another version. The
-// schema is executed every time, so that a store can gain tables without a new version; it must
-// consist of statements that can run again.
+// For what the user wants to keep: null, and the file left alone, when it has another version; a
+// file without a single page counts as missing. The schema is executed every time, so that a store
+// can gain tables without a new version; it must consist of statements that can run again.
 sqlite3* openDbWithAppendableSchema(QString const& path, char const* schema, int version);
 
 // Null when the file cannot be opened or has another version.
