@@ -17,6 +17,7 @@
 #include "nak_event_log.h"
 #include "network_access.h"
 #include "preferences.h"
+#include "saved_data.h"
 #include "settings_file.h"
 #include "shell_host.h"
 #include "unix_signals.h"
@@ -126,6 +127,7 @@ NakApplication::~NakApplication()
         disconnect(plugin, nullptr, this, nullptr);
         delete plugin;
     }
+    deleteGlobal(g_savedData);
     NakGo::setWindowHost(nullptr);
     NakShell::setHost(nullptr);
     deleteGlobal(g_guiIcons);
@@ -211,6 +213,20 @@ void NakApplication::createOtherSingletons()
     g_guiIcons = new NakGuiIcons(this);
     NakShell::setHost(&d->shellHost);
     NakGo::setWindowHost(&d->windowHost);
+    g_savedData = new NakSavedData(this);
+    if (!g_savedData->keepsChanges())
+        QTimer::singleShot(0, this, &NakApplication::tellThatNothingIsKept); // above the window
+}
+
+void NakApplication::tellThatNothingIsKept()
+{
+    NakBoxes::tell(tr("Bookmarks are not saved"),
+                   tr("Nakwire cannot write to the file of bookmarks and other saved data: another "
+                      "version of Nakwire made it, or it is damaged or write-protected. It is left "
+                      "as it is. You can go on, but changes of bookmarks last only until Nakwire "
+                      "quits.\n\n%1")
+                       .arg(NakSavedData::dbFilePath()),
+                   false);
 }
 
 void NakApplication::applyProxy()

@@ -55,6 +55,7 @@ private:
     void loadDeploymentConstants();
     void loadPreferences();
     void createOtherSingletons();
+    void tellThatNothingIsKept();
     void applyProxy();
     void connectQuitting();
 
