@@ -6,9 +6,11 @@
 #include "chat_window.h"
 #include "data_paths.h"
 #include "deployment.h"
+#include "dis_avatar_images.h"
 #include "dis_cache.h"
 #include "dis_channel_view.h"
 #include "dis_client.h"
+#include "dis_emoji_images.h"
 #include "dis_listen.h"
 #include "dis_manager.h"
 #include "dis_text_document.h"
@@ -73,6 +75,12 @@ void DisServicePlugin::createGlobals()
     g_disClient = new DisClient(DisClientConstants::fromDeployment(*g_deployment),
                                 pathOf("discord_client.nakdb"), this);
     DisCache::createGlobalData();
+    // Before the listeners, so that a name that changed is not read from its cache.
+    g_disAvatarImages = new DisAvatarImages(
+        { pathOf("discord_avatars.nakdb"), g_deployment->discordCdnUrl, g_disClient->db() }, this);
+    connect(g_disClient, &DisClient::disChanges, g_disAvatarImages, &DisAvatarImages::applyChanges);
+    g_disEmojiImages =
+        new DisEmojiImages(pathOf("discord_emoji.nakdb"), g_deployment->discordCdnUrl, this);
     g_disManager = new DisManager(pathOf("nakwire_accounts.bin"), this);
     g_disManager->setForegroundChannelsProvider(shownChannels);
     g_disTextDocumentManager = new DisTextDocumentManager(this);
@@ -87,6 +95,8 @@ void DisServicePlugin::destroyGlobals()
     deleteGlobal(g_disListenManager);
     deleteGlobal(g_disTextDocumentManager);
     deleteGlobal(g_disManager);
+    deleteGlobal(g_disEmojiImages);
+    deleteGlobal(g_disAvatarImages);
     DisCache::destroyGlobalData();
     deleteGlobal(g_disClient);
 }

@@ -17,13 +17,16 @@
 #include "nak_event_log.h"
 #include "network_access.h"
 #include "preferences.h"
+#include "request_pool.h"
 #include "saved_data.h"
 #include "settings_file.h"
 #include "shell_host.h"
 #include "unix_signals.h"
+#include "web_images.h"
 #include "window_host.h"
 
 #include <QBasicTimer>
+#include <QDir>
 #include <QLockFile>
 #include <QNetworkAccessManager>
 #include <QPointer>
@@ -111,6 +114,8 @@ NakApplication::NakApplication(QString const& foreignStyle, int& argc, char** ar
     NakEvLog::init();
     loadDeploymentConstants();
     g_globalEvents = new NakGlobalEvents(this);
+    g_networkRequestPool = new NakRequestPool(
+        NakDataPaths::appDataPathCreated() + QDir::separator() + QLatin1String("webcache"), this);
     loadPreferences();
     createOtherSingletons();
     applyProxy();
@@ -130,8 +135,10 @@ NakApplication::~NakApplication()
     deleteGlobal(g_savedData);
     NakGo::setWindowHost(nullptr);
     NakShell::setHost(nullptr);
+    deleteGlobal(g_webImages);
     deleteGlobal(g_guiIcons);
     deleteGlobal(g_preferences);
+    deleteGlobal(g_networkRequestPool);
     deleteGlobal(g_networkAccessManager);
     deleteGlobal(g_globalEvents);
     QThreadPool::globalInstance()->waitForDone(-1);
@@ -211,6 +218,7 @@ void NakApplication::loadPreferences()
 void NakApplication::createOtherSingletons()
 {
     g_guiIcons = new NakGuiIcons(this);
+    g_webImages = new NakWebImages(this);
     NakShell::setHost(&d->shellHost);
     NakGo::setWindowHost(&d->windowHost);
     g_savedData = new NakSavedData(this);
