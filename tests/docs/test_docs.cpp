@@ -117,9 +117,10 @@ TEST(Docs, ProtocolsListsEveryOpcode)
         DisGateway::identifyFrame({}, {}, true),
         DisGateway::statusFrame(DisUserStatusCode::Online, false, {}),
         DisGateway::resumeFrame({}, 0),
-        DisGateway::voiceStateFrame({}, {}),
+        DisGateway::voiceJoinFrame({}, {}),
         DisGateway::guildSyncFrame({}),
         DisGateway::callSyncFrame({}),
+        DisGateway::lazyGuildRequestFrame({}, {}, false),
     };
     for (QJsonObject const& frame : sent)
         expected[frame.value(QLatin1String("op")).toInt()] = QStringLiteral("out");

@@ -1,11 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Every operation that only sends, as the service receives it, and the frames of voice.
+// Every operation that only sends, as the service receives it.
 
 #include "dis_cache.h"
 #include "dis_rest_params.h"
 #include "dis_rest_request.h"
-#include "nak_stmt.h"
 #include "signed_in.h"
 
 #include <gtest/gtest.h>
@@ -287,40 +286,4 @@ TEST(RestOperations, NameIsOverriddenInTheStore)
     ASSERT_EQ(changes.size(), 1);
     EXPECT_EQ(changes[0].type, DisChange::ChangeType::UserPropertiesChanged);
     EXPECT_EQ(changes[0].words[0], on.test.userId);
-}
-
-TEST(RestOperations, VoiceFrames)
-{
-    SignedIn on;
-    LogLines log;
-    DisClient& client = *on.test.client;
-    NakStmt(client.db(),
-            "insert into guild_voice_channel (id, guild_id, parent_id, position, "
-            "bitrate, user_limit, name) values (12, 11, 0, 0, 0, 0, '')")
-        .step();
-    auto const next = [&](int op) {
-        QJsonObject frame;
-        EXPECT_TRUE(on.service.expectFrame(op, &frame));
-        return text(frame.value(QStringLiteral("d")).toObject());
-    };
-    client.connectToVoiceChannel(on.test.userId, c);
-    EXPECT_EQ(next(4),
-              R"({"channel_id":"12","guild_id":"11","self_deaf":false,"self_mute":false,)"
-              R"("self_video":false})");
-    client.connectToVoiceChannel(on.test.userId, FlakeId());
-    client.connectToVoiceChannel(on.test.userId, m);
-    EXPECT_EQ(next(4),
-              R"({"channel_id":"13","guild_id":null,"self_deaf":false,"self_mute":false,)"
-              R"("self_video":false})");
-    client.sessionDisconnectFromVoiceChannel(on.test.userId);
-    EXPECT_EQ(next(4),
-              R"({"channel_id":null,"guild_id":null,"self_deaf":false,"self_mute":false,)"
-              R"("self_video":false})");
-    client.synchronizePrivateChannelCalls(on.test.userId, m);
-    EXPECT_EQ(next(13), R"({"channel_id":"13"})");
-    EXPECT_EQ(log.joined(),
-              "Requesting voice state change to start voice connection\n"
-              "Requesting voice state change to start voice connection\n"
-              "Requesting voice state change to stop voice connection\n"
-              "Synchronizing voice calls for channel 13");
 }

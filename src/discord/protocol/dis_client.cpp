@@ -29,6 +29,7 @@ struct DisClient::Impl {
     QVector<DisSession*> sessions;
     QMap<FlakeId, DisPendingMsg> pending;
     qint64 lastNonceMSecs = -1; // over all sessions
+    VoiceLineMaker voiceLineMaker;
 };
 
 namespace DisClientImpl {
@@ -285,10 +286,26 @@ void DisClient::connectToVoiceChannel(FlakeId userId, FlakeId channelId)
         session->connectToVoiceChannel(channelId);
 }
 
-void DisClient::sessionDisconnectFromVoiceChannel(FlakeId userId)
+void DisClient::sessionDisconnectFromVoiceChannel(FlakeId userId, FlakeId channelId)
 {
     if (DisSession* const session = findSessionForOwnUserId(userId))
-        session->disconnectFromVoiceChannel();
+        session->disconnectFromVoiceChannel(channelId);
+}
+
+bool DisClient::anySessionsWithVoiceLine() const
+{
+    return std::any_of(m_impl->sessions.cbegin(), m_impl->sessions.cend(),
+                       [](DisSession const* session) { return session->voiceLine() != nullptr; });
+}
+
+void DisClient::setVoiceLineMaker(VoiceLineMaker const& maker)
+{
+    m_impl->voiceLineMaker = maker;
+}
+
+IDisVoiceLine* DisClient::makeVoiceLine(DisVoiceConnParams const& params, QObject* parent) const
+{
+    return m_impl->voiceLineMaker ? m_impl->voiceLineMaker(params, parent) : nullptr;
 }
 
 void DisClient::synchronizePrivateChannelCalls(FlakeId userId, FlakeId channelId)

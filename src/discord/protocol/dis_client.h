@@ -25,6 +25,7 @@
 class DisClientAuditLogFetchOp;
 class DisDreadFetchOp;
 class DisSession;
+class IDisVoiceLine;
 class QPixmap;
 enum class DisRestOp : quint8;
 struct DisClientAuditLogFetchParams;
@@ -37,6 +38,7 @@ struct DisGuildPosition;
 struct DisGuildRoleParams;
 struct DisPermissionOverwrite;
 struct DisRestRequest;
+struct DisVoiceConnParams;
 struct NakDeployment;
 struct sqlite3;
 
@@ -207,7 +209,13 @@ public:
     // --- gateway ---
     void setOwnUserStatus(FlakeId userId, DisUserStatusCode code, bool afk, QString const& game);
     void connectToVoiceChannel(FlakeId userId, FlakeId channelId);
-    void sessionDisconnectFromVoiceChannel(FlakeId userId);
+    void sessionDisconnectFromVoiceChannel(FlakeId userId, FlakeId channelId);
+    bool anySessionsWithVoiceLine() const;
+    // Door: the voice room makes the lines, as children of parent. Until it does, no voice channel
+    // is joined.
+    using VoiceLineMaker =
+        std::function<IDisVoiceLine*(DisVoiceConnParams const& params, QObject* parent)>;
+    void setVoiceLineMaker(VoiceLineMaker const& maker);
     void synchronizePrivateChannelCalls(FlakeId userId, FlakeId channelId);
     void includeGuildsForSynchronization(FlakeId userId, QSet<FlakeId> const& guilds);
     void removeGuildsForSynchronization(FlakeId userId, QSet<FlakeId> const& guilds);
@@ -228,6 +236,7 @@ signals:
     void channelHistoryFetched(FlakeId const& channelId);
     void typingStarts(QVector<DisTypingStart> const& starts);
     void segPackage(DisSeg::Package const& package);
+    void voiceLineCreated(FlakeId const& userId, FlakeId const& channelId, IDisVoiceLine* line);
     void userUnreadCountersInitialized(FlakeId const& userId, QHash<FlakeId, int> const& counts);
     void authTokenRejected(QString const& token);
     void authTokenAcquiredGatewayUrl(QString const& token, QString const& url);
@@ -255,6 +264,7 @@ private:
     // The gateway's MESSAGE_CREATE: an own message with a nonce is no longer pending.
     void confirmMessage(FlakeId ownUserId, DisClientImpl::DisMessageCreatedOutcome const& message);
     void sessionStateTypeChanged(DisSession* session);
+    IDisVoiceLine* makeVoiceLine(DisVoiceConnParams const& params, QObject* parent) const;
 
     struct Impl;
     std::unique_ptr<Impl> m_impl;

@@ -26,6 +26,12 @@ struct DisEvent {
         Dread::find(ctx, map, key, &value);
         return value;
     }
+    // The text under key; null if there is none.
+    QString text(char const* key) const
+    {
+        Dread::VString value;
+        return Dread::find(ctx, data, key, &value) ? Dread::toQString(value) : QString();
+    }
     Dread::VMap map(char const* key) const
     {
         Dread::VMap value;
@@ -76,6 +82,7 @@ void channelDelete(DisEvent& event);
 void channelRecipientAdd(DisEvent& event);
 void channelRecipientRemove(DisEvent& event);
 void voiceStateUpdate(DisEvent& event);
+void voiceServerUpdate(DisEvent& event);
 void callCreate(DisEvent& event);
 void callDelete(DisEvent& event);
 

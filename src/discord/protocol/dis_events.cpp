@@ -27,6 +27,7 @@ constexpr EventHandler handlers[] = {
     { "MESSAGE_REACTION_ADD", Handle::messageReactionAdd },
     { "MESSAGE_REACTION_REMOVE", Handle::messageReactionRemove },
     { "VOICE_STATE_UPDATE", Handle::voiceStateUpdate },
+    { "VOICE_SERVER_UPDATE", Handle::voiceServerUpdate },
     { "GUILD_MEMBER_ADD", Handle::guildMemberAdd },
     { "GUILD_MEMBER_UPDATE", Handle::guildMemberUpdate },
     { "GUILD_MEMBER_REMOVE", Handle::guildMemberRemove },

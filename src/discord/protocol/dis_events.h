@@ -9,6 +9,7 @@
 #include "dis_changes.h"
 #include "dis_seg.h"
 #include "dis_types.h"
+#include "dis_voice_line.h"
 #include "dread.h"
 
 #include <QByteArray>
@@ -88,6 +89,8 @@ struct DisEventOutcome {
     std::optional<DisReadyOutcome> ready;
     std::optional<DisUserMustSee> userMustSee;
     std::optional<DisSeg::Package> segPackage;
+    std::optional<DisOwnVoiceState> ownVoiceState;
+    std::optional<DisVoiceServer> voiceServer;
     FlakeId ackedChannel; // with ackedMessage: a MESSAGE_ACK of the own user
     FlakeId ackedMessage;
     FlakeId createdPrivateChannel;

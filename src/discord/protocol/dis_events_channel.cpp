@@ -69,6 +69,11 @@ void changeRecipient(DisEvent& event, DisStmt write, ChangeType change)
     event.changed(change, channelId, userId);
 }
 
+DisOwnVoiceState dmapToOwnUserVoiceStateUpdateParams(DisEvent const& event)
+{
+    return { event.text("session_id"), event.id("guild_id"), event.id("channel_id") };
+}
+
 } // namespace
 
 void Handle::channelCreate(DisEvent& event)
@@ -124,7 +129,15 @@ void Handle::voiceStateUpdate(DisEvent& event)
     if (!userId.isValid())
         return;
     updateVoiceStateWithMap(event.db, event.ctx, event.data, event.id("guild_id"));
+    if (userId == event.state.ownUserId)
+        event.outcome.ownVoiceState = dmapToOwnUserVoiceStateUpdateParams(event);
     event.changed(ChangeType::UserVoiceStateChanged, userId);
+}
+
+void Handle::voiceServerUpdate(DisEvent& event)
+{
+    event.outcome.voiceServer =
+        DisVoiceServer{ event.text("endpoint"), event.text("token"), event.id("guild_id") };
 }
 
 void Handle::callCreate(DisEvent& event)

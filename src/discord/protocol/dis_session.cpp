@@ -8,7 +8,6 @@
 #include "event_log.h"
 #include "gateway_protocol.h"
 #include "invoke_on_thread.h"
-#include "nak_stmt.h"
 
 #include <QHash>
 #include <QJsonDocument>
@@ -187,6 +186,7 @@ void DisSession::receiveOutcome(DisClientImpl::DisEventOutcome const& outcome)
         emit m_client->messageAckReceived(m_ownUserId, outcome.ackedChannel, outcome.ackedMessage);
     if (outcome.segPackage)
         receiveSegPackage(*outcome.segPackage);
+    receiveVoice(outcome);
     if (outcome.changes.mask != 0)
         m_client->postLocalChanges(outcome.changes);
     if (outcome.ready) {
@@ -256,25 +256,6 @@ void DisSession::removeGuildsForSynchronization(QSet<FlakeId> const& guilds)
                .arg(removed.size())
                .arg(m_syncedGuilds.size()));
     sendFrame(DisGateway::guildSyncFrame(m_syncedGuilds));
-}
-
-void DisSession::connectToVoiceChannel(FlakeId channel)
-{
-    if (!channel.isValid())
-        return;
-    NakStmt stmt(m_client->db(), "select guild_id from guild_voice_channel where id = ?");
-    stmt.bind(1, channel);
-    FlakeId const guild = stmt.step() ? stmt.colFlake(0) : FlakeId();
-    addLog(EvLog::Severity::Info,
-           QStringLiteral("Requesting voice state change to start voice connection"));
-    sendFrame(DisGateway::voiceStateFrame(guild, channel));
-}
-
-void DisSession::disconnectFromVoiceChannel()
-{
-    addLog(EvLog::Severity::Info,
-           QStringLiteral("Requesting voice state change to stop voice connection"));
-    sendFrame(DisGateway::voiceStateFrame(FlakeId(), FlakeId()));
 }
 
 void DisSession::synchronizePrivateChannelCalls(FlakeId channel)

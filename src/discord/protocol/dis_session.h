@@ -11,6 +11,7 @@
 #include "dis_seg.h"
 #include "dis_session_timings.h"
 #include "dis_types.h"
+#include "dis_voice_line.h"
 #include "rest_helpers.h"
 
 #include <QElapsedTimer>
@@ -26,6 +27,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 class DisClient;
 class DisSessionWorker;
@@ -65,9 +67,10 @@ public:
     // Guilds of 4,000 members or more are skipped: they rely on the member list subscription.
     void includeGuildsForSynchronization(QSet<FlakeId> const& guilds);
     void removeGuildsForSynchronization(QSet<FlakeId> const& guilds);
-    // A private channel's call as well.
+    // A private channel's call as well. One line at a time: the next waits for the leave.
     void connectToVoiceChannel(FlakeId channel);
-    void disconnectFromVoiceChannel();
+    void disconnectFromVoiceChannel(FlakeId channel); // the line's; any other is ignored
+    IDisVoiceLine* voiceLine() const; // null if none
     void synchronizePrivateChannelCalls(FlakeId channel);
     // The rows of member lists in the guild that are on screen: all of them, each time.
     void updateChanSegs(FlakeId guild, QVector<DisClientChanSegs> const& channels);
@@ -128,6 +131,9 @@ private:
     void clearChanSegs();
     void receiveSegPackage(DisSeg::Package const& package);
 
+    // --- dis_session_voice.cpp ---
+    void receiveVoice(DisClientImpl::DisEventOutcome const& outcome);
+
     // --- dis_rest.cpp ---
     RestHelpers::Sender sender();
     QUrl apiUrl(QByteArray const& path) const; // percent-encoded
@@ -175,6 +181,8 @@ private:
     QVector<FlakeId> m_dirtySegs; // guilds whose request has not been sent
     QSet<FlakeId> m_subscribedGuilds; // those that a request has been sent for
     QTimer m_dirtySegsTimer;
+
+    std::optional<DisVoiceHandOver> m_voice; // from the request to join until the one to leave
 
     QVector<HistoryRequest> m_historyQueue;
     QTimer m_recentHistoryTimer;

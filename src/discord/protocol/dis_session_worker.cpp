@@ -38,7 +38,8 @@ void addLog(EvLog::Severity severity, QString const& text)
 bool isEmpty(DisClientImpl::DisEventOutcome const& outcome)
 {
     return outcome.changes.mask == 0 && !outcome.messageCreated && !outcome.ready
-        && !outcome.userMustSee && !outcome.segPackage && !outcome.ackedMessage.isValid()
+        && !outcome.userMustSee && !outcome.segPackage && !outcome.ownVoiceState
+        && !outcome.voiceServer && !outcome.ackedMessage.isValid()
         && !outcome.createdPrivateChannel.isValid();
 }
 

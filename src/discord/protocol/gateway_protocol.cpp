@@ -29,6 +29,11 @@ QJsonObject frame(Op op, QJsonValue const& d)
     return { { QStringLiteral("op"), static_cast<qint32>(op) }, { QStringLiteral("d"), d } };
 }
 
+QJsonValue idOrNull(FlakeId id)
+{
+    return id.isValid() ? QJsonValue(id.toString()) : QJsonValue(QJsonValue::Null);
+}
+
 class Steps {
 public:
     QVector<Action> actions;
@@ -314,11 +319,8 @@ QJsonObject statusFrame(DisUserStatusCode code, bool afk, QString const& game)
                  });
 }
 
-QJsonObject voiceStateFrame(FlakeId guild, FlakeId channel)
+QJsonObject voiceJoinFrame(FlakeId guild, FlakeId channel)
 {
-    auto const idOrNull = [](FlakeId id) {
-        return id.isValid() ? QJsonValue(id.toString()) : QJsonValue(QJsonValue::Null);
-    };
     return frame(Op::VoiceStateUpdate,
                  QJsonObject{
                      { QStringLiteral("guild_id"), idOrNull(guild) },
@@ -326,6 +328,18 @@ QJsonObject voiceStateFrame(FlakeId guild, FlakeId channel)
                      { QStringLiteral("self_mute"), false },
                      { QStringLiteral("self_deaf"), false },
                      { QStringLiteral("self_video"), false },
+                 });
+}
+
+// Unlike the one that joins, it says nothing of video.
+QJsonObject voiceLeaveFrame(FlakeId guild)
+{
+    return frame(Op::VoiceStateUpdate,
+                 QJsonObject{
+                     { QStringLiteral("guild_id"), idOrNull(guild) },
+                     { QStringLiteral("channel_id"), QJsonValue(QJsonValue::Null) },
+                     { QStringLiteral("self_mute"), false },
+                     { QStringLiteral("self_deaf"), false },
                  });
 }
 

@@ -62,8 +62,9 @@ QJsonObject resumeFrame(Credentials const& credentials, qint32 lastSeq);
 // Carries -1 until the first dispatch: the client deliberately sends no null.
 QJsonObject heartbeatFrame(qint32 lastSeq);
 QJsonObject statusFrame(DisUserStatusCode code, bool afk, QString const& game);
-// The invalid guild is a private channel's; the invalid channel leaves voice.
-QJsonObject voiceStateFrame(FlakeId guild, FlakeId channel);
+// The invalid guild is a private call's.
+QJsonObject voiceJoinFrame(FlakeId guild, FlakeId channel);
+QJsonObject voiceLeaveFrame(FlakeId guild);
 QJsonObject callSyncFrame(FlakeId channel);
 QJsonObject guildSyncFrame(QSet<FlakeId> const& guilds); // in ascending order
 // The subscription to member lists. Only a guild's first one asks for its typing and activities.
