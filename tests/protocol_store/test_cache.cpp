@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "dis_cache.h"
+#include "dis_seg.h"
 #include "dis_utils.h"
 #include "store_fixture.h"
 
@@ -330,6 +331,8 @@ TEST(DisUtils, UsersAndRolesAreFoundByName)
     EXPECT_EQ(text(high.color), "#00ff00");
     EXPECT_EQ(text(DisUtils::findRoleNameAndColor(FlakeId(32)).color), "none");
     EXPECT_FALSE(DisUtils::findRoleNameAndColor(FlakeId(99)).found);
+    EXPECT_EQ(text(DisUtils::findRoleName(FlakeId(33))), "other");
+    EXPECT_EQ(text(DisUtils::findRoleName(FlakeId(99))), "null");
 }
 
 TEST(DisUtils, UsableEmoji)
@@ -371,5 +374,56 @@ TEST(DisUtils, UsableEmoji)
             names.append(emoji.name);
         names.sort();
         EXPECT_EQ(names.join(QLatin1Char(' ')).toStdString(), c.names) << c.what;
+        EXPECT_EQ(text(DisUtils::getCanonicalNameOfEmoji(FlakeId(44))), "nomember");
+        EXPECT_EQ(text(DisUtils::getCanonicalNameOfEmoji(FlakeId(99))), "null");
+    }
+}
+
+TEST(DisUtils, EmojiOfAPickerStandByGuildAndName)
+{
+    Cached cached;
+    cached.exec("insert into guild_member (guild_id, user_id) values (11, 1);"
+                "insert into emoji values (40, 'bee', 0, 1, 0), (41, 'Beetle', 0, 1, 1), "
+                "(42, 'ant', 0, 1, 0), (43, 'bee', 0, 1, 0), (44, 'beehive', 0, 1, 0);"
+                "insert into emoji_guild values (40, 11), (41, 10), (42, 10), (43, 10), (44, 12);");
+    auto const shown = [](char const* filter) {
+        std::string all;
+        for (auto const& emoji : DisUtils::getUsableEmojiWithGuildsForUserInChannel(
+                 FlakeId(1), FlakeId(50), QString::fromUtf8(filter)))
+            all += text(emoji.guildId) + ' ' + text(emoji.name) + (emoji.animated ? "! " : " ")
+                + text(emoji.id) + '|';
+        return all;
+    };
+    EXPECT_EQ(shown(""), "10 Beetle! 41|10 ant 42|10 bee 43|11 bee 40|");
+    EXPECT_EQ(shown("EE"), "10 Beetle! 41|10 bee 43|11 bee 40|");
+    EXPECT_EQ(shown("wasp"), "");
+}
+
+// The hashes are the published ones of "hello" and "hello, world", which look like what is hashed.
+TEST(DisUtils, MemberListsHaveTheServicesIds)
+{
+    EXPECT_EQ(text(DisSeg::listIdOfReaders({ QStringLiteral("hello") })), "613153351");
+    EXPECT_EQ(text(DisSeg::listIdOfReaders({ QStringLiteral("hello, world") })), "345750399");
+    QString const sorted = DisSeg::listIdOfReaders({ QStringLiteral("allow:30,deny:10,deny:3") });
+    struct Case {
+        char const* overwrites; // of channel 20, where all may read at first
+        QString listId;
+    };
+    for (Case const& c : {
+             Case{ "", QStringLiteral("everyone") },
+             Case{ "(20, 30, 1024, 0, 0), (20, 3, 0, 1024, 1)", QStringLiteral("everyone") },
+             Case{ "(20, 10, 0, 8, 0)", QStringLiteral("everyone") },
+             Case{ "(20, 10, 0, 1024, 0), (20, 3, 1, 1024, 1), (20, 30, 1025, 0, 0), "
+                   "(20, 31, 2048, 1, 0)",
+                   sorted },
+         }) {
+        Cached cached;
+        if (*c.overwrites)
+            cached.exec((std::string("insert into guild_channel_permission values ") + c.overwrites)
+                            .c_str());
+        EXPECT_EQ(DisUtils::memberListIdOfChannel(FlakeId(20)), c.listId) << c.overwrites;
+        EXPECT_EQ(text(DisUtils::memberListIdOfChannel(FlakeId(50))), "null") << "private";
+        cached.exec("update role set permissions = 8 where id = 10");
+        EXPECT_EQ(text(DisUtils::memberListIdOfChannel(FlakeId(20))), "everyone");
     }
 }

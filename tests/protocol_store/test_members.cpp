@@ -136,3 +136,38 @@ TEST(DisMembers, VoiceStatesOfAChannel)
     EXPECT_EQ(text, "3 guild deaf selfmute; 4 call mute selfdeaf; ");
     EXPECT_TRUE(DisCache::userVoiceStateMap(FlakeId(99)).isEmpty());
 }
+
+TEST(DisMembers, VoiceStatesModelFollowsTheChanges)
+{
+    Members store;
+    store.exec("insert into voice_state values ('a', 3, 21, 10, 0, 0, 0, 0)");
+    DisVoiceStatesModel model;
+    DisCache::fillVoiceStatesModel(&model, FlakeId(21));
+    EXPECT_EQ(model.users.keys(), QList<FlakeId>{ FlakeId(3) });
+    struct Step {
+        char const* sql;
+        DisChange::ChangeType type;
+        bool changed;
+        int users;
+    };
+    using Type = DisChange::ChangeType;
+    for (Step const& step : {
+             Step{ "", Type::UserVoiceStateChanged, false, 1 },
+             Step{ "update voice_state set self_mute = 1", Type::UserStatusChanged, false, 1 },
+             Step{ "", Type::UserVoiceStateChanged, true, 1 },
+             Step{ "insert into voice_state values ('b', 4, 22, 10, 0, 0, 0, 0)",
+                   Type::UserVoiceStateChanged, false, 1 },
+             Step{ "update voice_state set channel_id = 21", Type::GuildChanged, true, 2 },
+             Step{ "delete from voice_state", Type::Overflow, true, 0 },
+         }) {
+        store.exec(step.sql);
+        DisChanges changes = DisChanges::reload();
+        if (step.type != Type::Overflow) {
+            changes = {};
+            changes.add(step.type, FlakeId(3));
+        }
+        EXPECT_EQ(DisCache::applyChangesToVoiceStatesModel(&model, changes), step.changed)
+            << step.sql;
+        EXPECT_EQ(model.users.size(), step.users) << step.sql;
+    }
+}

@@ -183,7 +183,7 @@ QString DisChanBuff::selectedPlainText() const
         && !DisUtils::userCanSeeDeletedMessagesInGuildChannel(user, channelId())) {
         return {};
     }
-    return DisUtils::reverseChatParseAsUser(user, DisUtils::contentOfMessage(highlight.messageId));
+    return DisUtils::getCopyableText(user, highlight.messageId);
 }
 
 void DisChanBuff::copySelectedMessage()

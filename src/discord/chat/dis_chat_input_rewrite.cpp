@@ -129,3 +129,8 @@ QString DisUtils::reverseChatParseAsUser(FlakeId, QString const& text)
     }
     return out;
 }
+
+QString DisUtils::getCopyableText(FlakeId userId, FlakeId messageId)
+{
+    return reverseChatParseAsUser(userId, contentOfMessage(messageId));
+}

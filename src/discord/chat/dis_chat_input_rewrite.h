@@ -17,5 +17,7 @@ QString parseChatInputAsUserInChannel(FlakeId userId, FlakeId channelId, QString
 
 // The editable text of a stored message.
 QString reverseChatParseAsUser(FlakeId userId, QString const& text);
+// The message's text for the clipboard, readable; empty if the message is unknown.
+QString getCopyableText(FlakeId userId, FlakeId messageId);
 
 } // namespace DisUtils

@@ -270,6 +270,25 @@ QMap<FlakeId, DisUserVoiceState> userVoiceStateMap(FlakeId channel)
     return states;
 }
 
+void fillVoiceStatesModel(DisVoiceStatesModel* model, FlakeId channel)
+{
+    *model = { channel, userVoiceStateMap(channel) };
+}
+
+bool applyChangesToVoiceStatesModel(DisVoiceStatesModel* model, DisChanges const& changes)
+{
+    using Type = DisChange::ChangeType;
+    // A guild that is told as a whole brings those who are in voice there.
+    if (!changes.isReload() && !changes.has(Type::UserVoiceStateChanged)
+        && !changes.has(Type::GuildChanged))
+        return false;
+    auto const users = userVoiceStateMap(model->channelId);
+    if (users == model->users)
+        return false;
+    model->users = users;
+    return true;
+}
+
 QVector<FlakeId> hack_recentlyCachedUsersByName(int count)
 {
     return data().userNames.recentKeys(count);

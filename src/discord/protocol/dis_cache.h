@@ -15,6 +15,8 @@
 #include <QString>
 #include <QVector>
 
+#include <tuple>
+
 struct sqlite3;
 
 // One who is in a voice channel or a call.
@@ -24,6 +26,18 @@ struct DisUserVoiceState {
     bool mute = false;
     bool selfDeaf = false;
     bool selfMute = false;
+
+    friend bool operator==(DisUserVoiceState const& a, DisUserVoiceState const& b)
+    {
+        return std::tie(a.guildId, a.deaf, a.mute, a.selfDeaf, a.selfMute)
+            == std::tie(b.guildId, b.deaf, b.mute, b.selfDeaf, b.selfMute);
+    }
+};
+
+// Who is in a voice channel or a call, as a view keeps it between changes.
+struct DisVoiceStatesModel {
+    FlakeId channelId;
+    QMap<FlakeId, DisUserVoiceState> users;
 };
 
 namespace DisCache {
@@ -56,6 +70,10 @@ FlakeId privateGroupChannelOwner(FlakeId channel);
 
 // Who is in the voice channel, or in the private channel's call. Read anew each time.
 QMap<FlakeId, DisUserVoiceState> userVoiceStateMap(FlakeId channel);
+void fillVoiceStatesModel(DisVoiceStatesModel* model, FlakeId channel);
+// False if the changes leave the model as it is.
+[[nodiscard]] bool applyChangesToVoiceStatesModel(DisVoiceStatesModel* model,
+                                                  DisChanges const& changes);
 
 // Up to count users whose names were read lately, most recent first.
 QVector<FlakeId> hack_recentlyCachedUsersByName(int count);
@@ -69,21 +87,31 @@ quint32 guildMemberChannelCaps_uncached(FlakeId user, FlakeId channel);
 bool guildChannelPermissionsOverride(FlakeId target, FlakeId channel, quint32* allow,
                                      quint32* deny);
 
-bool userCanAccessGuildChannel(FlakeId user, FlakeId channel);
-bool userCanManageGuildChannel(FlakeId user, FlakeId channel);
-bool userCanEditPermissionsOnGuildChannel(FlakeId user, FlakeId channel);
-bool userCanManageMessagesInGuildChannel(FlakeId user, FlakeId channel);
-bool userCanUseExternalEmojiInGuildChannel(FlakeId user, FlakeId channel);
-bool userCanCreateInviteForGuildChannel(FlakeId user, FlakeId channel);
-bool userCanConnectVoiceForGuildChannel(FlakeId user, FlakeId channel);
-bool userCanIgnoreRateLimitingInGuildChannel(FlakeId user, FlakeId channel);
+// Whether the member has one of the capabilities in the channel: name and capabilities.
+// clang-format off
+#define DIS_CACHE_CHANNEL_QUESTIONS(X) \
+    X(userCanAccessGuildChannel, CapAccess) \
+    X(userCanManageGuildChannel, CapManageChannel) \
+    X(userCanEditPermissionsOnGuildChannel, CapEditPermissions) \
+    X(userCanUseExternalEmojiInGuildChannel, CapUseExternalEmoji) \
+    X(userCanManageMessagesInGuildChannel, CapManageMessages) \
+    X(userCanCreateInviteForGuildChannel, CapCreateInvite) \
+    X(userCanConnectVoiceForGuildChannel, CapConnectVoice) \
+    X(userCanIgnoreRateLimitingInGuildChannel, CapManageChannel | CapManageMessages)
 
-// Guild-wide; the owner always can.
-bool userCanManageGuildChannels(FlakeId user, FlakeId guild);
-bool userCanUseBansInGuild(FlakeId user, FlakeId guild);
-bool userCanViewAuditLogInGuild(FlakeId user, FlakeId guild);
-bool userCanManageEmojisInGuild(FlakeId user, FlakeId guild);
-bool userCanManageInvitesInGuild(FlakeId user, FlakeId guild);
+// The same guild-wide, for the owner and who has one of the permissions.
+#define DIS_CACHE_GUILD_QUESTIONS(X) \
+    X(userCanManageGuildChannels, Administrator | ManageChannels) \
+    X(userCanUseBansInGuild, Administrator | BanMembers) \
+    X(userCanViewAuditLogInGuild, Administrator | ViewAuditLog) \
+    X(userCanManageEmojisInGuild, Administrator | ManageEmojis) \
+    X(userCanManageInvitesInGuild, Administrator | ManageGuild)
+// clang-format on
+
+#define DIS_CACHE_DECLARE(name, anyOf) bool name(FlakeId user, FlakeId channelOrGuild);
+DIS_CACHE_CHANNEL_QUESTIONS(DIS_CACHE_DECLARE)
+DIS_CACHE_GUILD_QUESTIONS(DIS_CACHE_DECLARE)
+#undef DIS_CACHE_DECLARE
 
 // Drops what the changes made stale. Called before any listener sees the record.
 void applyChanges(DisChanges const& changes);

@@ -65,6 +65,8 @@
         "as theirs, any_channel where mine.user_id = ? and theirs.channel_id = mine.channel_id and " \
         "theirs.user_id = ? and any_channel.id = mine.channel_id and any_channel.type = 4 order by " \
         "mine.channel_id desc limit 1") \
+    X(EmojiName, "select name from emoji where id = ?") \
+    X(Overwrites, "select target_id, allow, deny from guild_channel_permission where channel_id = ?") \
     X(VoiceStates, "select user_id, guild_id, deaf, mute, self_deaf, self_mute from voice_state where " \
         "channel_id = ? order by user_id, session_id") \
     X(EmojisByRoles, "select emoji.id, emoji.name, emoji.animated, role.guild_id from guild_member_role, " \

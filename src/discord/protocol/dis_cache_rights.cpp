@@ -23,11 +23,6 @@ struct Overwrites {
     }
 };
 
-bool hasCaps(FlakeId user, FlakeId channel, quint32 anyOf)
-{
-    return (guildMemberChannelCaps(user, channel) & anyOf) != 0;
-}
-
 bool isOwnerOrHas(FlakeId user, FlakeId guild, quint32 anyOf)
 {
     if (!user.isValid() || !guild.isValid())
@@ -98,69 +93,22 @@ bool guildChannelPermissionsOverride(FlakeId target, FlakeId channel, quint32* a
     return true;
 }
 
-bool userCanAccessGuildChannel(FlakeId user, FlakeId channel)
-{
-    return hasCaps(user, channel, DisPerms::CapAccess);
-}
+using namespace DisPerms;
 
-bool userCanManageGuildChannel(FlakeId user, FlakeId channel)
-{
-    return hasCaps(user, channel, DisPerms::CapManageChannel);
-}
+#define DIS_CACHE_CHANNEL_QUESTION(name, anyOf)                                                    \
+    bool name(FlakeId user, FlakeId channel)                                                       \
+    {                                                                                              \
+        return (guildMemberChannelCaps(user, channel) & (anyOf)) != 0;                             \
+    }
+DIS_CACHE_CHANNEL_QUESTIONS(DIS_CACHE_CHANNEL_QUESTION)
+#undef DIS_CACHE_CHANNEL_QUESTION
 
-bool userCanEditPermissionsOnGuildChannel(FlakeId user, FlakeId channel)
-{
-    return hasCaps(user, channel, DisPerms::CapEditPermissions);
-}
-
-bool userCanManageMessagesInGuildChannel(FlakeId user, FlakeId channel)
-{
-    return hasCaps(user, channel, DisPerms::CapManageMessages);
-}
-
-bool userCanUseExternalEmojiInGuildChannel(FlakeId user, FlakeId channel)
-{
-    return hasCaps(user, channel, DisPerms::CapUseExternalEmoji);
-}
-
-bool userCanCreateInviteForGuildChannel(FlakeId user, FlakeId channel)
-{
-    return hasCaps(user, channel, DisPerms::CapCreateInvite);
-}
-
-bool userCanConnectVoiceForGuildChannel(FlakeId user, FlakeId channel)
-{
-    return hasCaps(user, channel, DisPerms::CapConnectVoice);
-}
-
-bool userCanIgnoreRateLimitingInGuildChannel(FlakeId user, FlakeId channel)
-{
-    return hasCaps(user, channel, DisPerms::CapManageChannel | DisPerms::CapManageMessages);
-}
-
-bool userCanManageGuildChannels(FlakeId user, FlakeId guild)
-{
-    return isOwnerOrHas(user, guild, DisPerms::Administrator | DisPerms::ManageChannels);
-}
-
-bool userCanUseBansInGuild(FlakeId user, FlakeId guild)
-{
-    return isOwnerOrHas(user, guild, DisPerms::Administrator | DisPerms::BanMembers);
-}
-
-bool userCanViewAuditLogInGuild(FlakeId user, FlakeId guild)
-{
-    return isOwnerOrHas(user, guild, DisPerms::Administrator | DisPerms::ViewAuditLog);
-}
-
-bool userCanManageEmojisInGuild(FlakeId user, FlakeId guild)
-{
-    return isOwnerOrHas(user, guild, DisPerms::Administrator | DisPerms::ManageEmojis);
-}
-
-bool userCanManageInvitesInGuild(FlakeId user, FlakeId guild)
-{
-    return isOwnerOrHas(user, guild, DisPerms::Administrator | DisPerms::ManageGuild);
-}
+#define DIS_CACHE_GUILD_QUESTION(name, anyOf)                                                      \
+    bool name(FlakeId user, FlakeId guild)                                                         \
+    {                                                                                              \
+        return isOwnerOrHas(user, guild, anyOf);                                                   \
+    }
+DIS_CACHE_GUILD_QUESTIONS(DIS_CACHE_GUILD_QUESTION)
+#undef DIS_CACHE_GUILD_QUESTION
 
 } // namespace DisCache

@@ -8,6 +8,7 @@
 #include "flake_id.h"
 
 #include <QString>
+#include <QStringList>
 #include <QVector>
 
 // --- what is asked for ---
@@ -43,6 +44,10 @@ constexpr int chunkSize = 100; // rows
 
 // In the order of channels, each once.
 QVector<DisSegsNormalized> normalized(QVector<DisClientChanSegs> const& channels);
+
+// The id of the list that just these may read, given as "allow:" or "deny:" and the id of a role or
+// user, in any order: the service's hash of them.
+QString listIdOfReaders(QStringList readers);
 
 enum class GroupKind : qint32 {
     Role = 0,

@@ -5,11 +5,13 @@
 #include "dis_cache.h"
 #include "dis_cache_data.h"
 #include "dis_perms.h"
+#include "dis_seg.h"
 
 #include <QSet>
 #include <QStringList>
 
 #include <algorithm>
+#include <tuple>
 
 namespace DisUtils {
 
@@ -202,6 +204,11 @@ DisRoleNameAndColor findRoleNameAndColor(FlakeId role)
     return result;
 }
 
+QString findRoleName(FlakeId role)
+{
+    return findRoleNameAndColor(role).name;
+}
+
 quint32 getUserPermissionsInGuild(FlakeId user, FlakeId guild)
 {
     return DisCache::userGuildPermissions(user, guild);
@@ -289,6 +296,12 @@ FlakeId findUserByName(QString const& name, QString const& discriminator)
     return {};
 }
 
+QString getCanonicalNameOfEmoji(FlakeId emoji)
+{
+    Query query(ReadStmt::EmojiName, emoji);
+    return query.next() ? query->colString(0) : QString();
+}
+
 QVector<DisUsableEmoji> getUsableEmojiWithNamesForUserInChannel(FlakeId user, FlakeId channel)
 {
     FlakeId const guild = DisCache::guildIdOfChannel(channel);
@@ -310,6 +323,44 @@ QVector<DisUsableEmoji> getUsableEmojiWithNamesForUserInChannel(FlakeId user, Fl
         }
     }
     return result;
+}
+
+QVector<DisUsableEmoji> getUsableEmojiWithGuildsForUserInChannel(FlakeId user, FlakeId channel,
+                                                                 QString const& filter)
+{
+    QVector<DisUsableEmoji> emoji = getUsableEmojiWithNamesForUserInChannel(user, channel);
+    emoji.erase(std::remove_if(emoji.begin(), emoji.end(),
+                               [&](DisUsableEmoji const& one) {
+                                   return !one.name.contains(filter, Qt::CaseInsensitive);
+                               }),
+                emoji.end());
+    std::sort(emoji.begin(), emoji.end(), [](DisUsableEmoji const& a, DisUsableEmoji const& b) {
+        return std::tie(a.guildId, a.name, a.id) < std::tie(b.guildId, b.name, b.id);
+    });
+    return emoji;
+}
+
+QString memberListIdOfChannel(FlakeId channel)
+{
+    FlakeId const guild = DisCache::guildIdOfChannel(channel);
+    if (!guild.isValid())
+        return {};
+    // Who is nobody has the everyone role's permissions; the invalid id is no member's.
+    quint32 permissions = DisCache::userGuildPermissions_uncached(FlakeId(), guild);
+    bool const isForAll = (permissions & DisPerms::Administrator) != 0;
+    QStringList readers;
+    Query query(ReadStmt::Overwrites, channel);
+    while (query.next()) {
+        auto const allow = static_cast<quint32>(query->colInt(1));
+        auto const deny = static_cast<quint32>(query->colInt(2));
+        if (query->colFlake(0) == guild)
+            permissions = DisPerms::withOverwrites(permissions, allow, deny);
+        if ((allow | deny) & DisPerms::ReadMessages)
+            readers.append(QLatin1String(allow & DisPerms::ReadMessages ? "allow:" : "deny:")
+                           + query->colFlake(0).toString());
+    }
+    return isForAll || (permissions & DisPerms::ReadMessages) ? QStringLiteral("everyone")
+                                                              : DisSeg::listIdOfReaders(readers);
 }
 
 } // namespace DisUtils

@@ -45,6 +45,7 @@ QString channelTopic(FlakeId channel);
 bool isChannelNsfw(FlakeId channel);
 
 DisRoleNameAndColor findRoleNameAndColor(FlakeId role);
+QString findRoleName(FlakeId role); // null if unknown
 
 // --- members of a guild ---
 quint32 getUserPermissionsInGuild(FlakeId user, FlakeId guild);
@@ -69,6 +70,16 @@ FlakeId findDirectMessageChannel(FlakeId ownUser, FlakeId otherUser);
 // The user by name, without regard to case; discriminator empty for any. Invalid if none.
 FlakeId findUserByName(QString const& name, QString const& discriminator);
 
+// --- emoji ---
+QString getCanonicalNameOfEmoji(FlakeId emoji); // null if unknown
 QVector<DisUsableEmoji> getUsableEmojiWithNamesForUserInChannel(FlakeId user, FlakeId channel);
+// Those whose name holds the filter, without regard to case; the emoji of one guild stand together,
+// by name.
+QVector<DisUsableEmoji> getUsableEmojiWithGuildsForUserInChannel(FlakeId user, FlakeId channel,
+                                                                 QString const& filter);
+
+// The id under which the service keeps the member list of a channel: channels that the same roles
+// and users may read share one. Null for a channel that is in no guild.
+QString memberListIdOfChannel(FlakeId channel);
 
 } // namespace DisUtils
