@@ -16,6 +16,7 @@
 #include "local_crypto.h"
 #include "nak_event_log.h"
 #include "network_access.h"
+#include "notif_manager.h"
 #include "preferences.h"
 #include "request_pool.h"
 #include "saved_data.h"
@@ -133,6 +134,7 @@ NakApplication::~NakApplication()
         delete plugin;
     }
     deleteGlobal(g_savedData);
+    NakNotif::destroyGlobalData();
     NakGo::setWindowHost(nullptr);
     NakShell::setHost(nullptr);
     deleteGlobal(g_webImages);
@@ -217,10 +219,13 @@ void NakApplication::loadPreferences()
 
 void NakApplication::createOtherSingletons()
 {
-    g_guiIcons = new NakGuiIcons(this);
-    g_webImages = new NakWebImages(this);
     NakShell::setHost(&d->shellHost);
     NakGo::setWindowHost(&d->windowHost);
+    g_guiIcons = new NakGuiIcons(this);
+    g_webImages = new NakWebImages(this);
+    NakNotif::createGlobalData();
+    connect(NakNotif::g_nakNotifManager, &NakNotifManager::quitRequested, this,
+            &NakApplication::beginQuit);
     g_savedData = new NakSavedData(this);
     if (!g_savedData->keepsChanges())
         QTimer::singleShot(0, this, &NakApplication::tellThatNothingIsKept); // above the window
@@ -310,6 +315,7 @@ bool NakApplication::didBeginQuit() const
 
 void NakApplication::takeDownWindowsAndServices()
 {
+    NakNotif::g_nakNotifManager->hideTrayIcon();
     // A window may take others with it.
     QList<QPointer<QWidget>> windows;
     QWidgetList const topLevels = topLevelWidgets();

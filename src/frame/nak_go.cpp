@@ -32,3 +32,8 @@ void NakGo::activateAnyChatWindow()
     if (g_windowHost)
         g_windowHost->activateAnyChatWindow();
 }
+
+QList<QWidget*> NakGo::chatWindows()
+{
+    return g_windowHost ? g_windowHost->chatWindows() : QList<QWidget*>();
+}

@@ -7,6 +7,8 @@
 
 #include "nav_loc.h"
 
+#include <QList>
+
 class QWidget;
 
 namespace NakGo {
@@ -18,6 +20,8 @@ void openNavLoc(NakNavLoc const& place, OpenMode mode, QWidget* origin);
 // Prefers a window that already shows the place.
 void openNavLocAsIfFromNotification(NakNavLoc const& place);
 void activateAnyChatWindow();
+// The chat windows, in the toolkit's order of windows.
+QList<QWidget*> chatWindows();
 
 // The door: set at start by the room that owns the windows, cleared at the end.
 class IWindowHost {
@@ -26,6 +30,7 @@ public:
     virtual void openNavLoc(NakNavLoc const& place, OpenMode mode, QWidget* origin) = 0;
     virtual void openNavLocAsIfFromNotification(NakNavLoc const& place) = 0;
     virtual void activateAnyChatWindow() = 0;
+    virtual QList<QWidget*> chatWindows() const = 0;
 };
 void setWindowHost(IWindowHost* host); // not owned; null clears
 

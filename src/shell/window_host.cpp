@@ -135,3 +135,11 @@ void NakWindowHost::activateAnyChatWindow()
         window = newShownWindow();
     bringToFront(window);
 }
+
+QList<QWidget*> NakWindowHost::chatWindows() const
+{
+    QList<QWidget*> windows;
+    for (NakChatWindow* window : NakChatWindow::chatWindows())
+        windows.append(window);
+    return windows;
+}

@@ -16,6 +16,7 @@ public:
     void openNavLoc(NakNavLoc const& place, NakGo::OpenMode mode, QWidget* origin) override;
     void openNavLocAsIfFromNotification(NakNavLoc const& place) override;
     void activateAnyChatWindow() override;
+    QList<QWidget*> chatWindows() const override;
 };
 
 namespace NakGo {

@@ -44,6 +44,7 @@ public:
         calls += QStringLiteral("notified %1;").arg(place.discordChannelId().toString());
     }
     void activateAnyChatWindow() override { calls += QStringLiteral("activate;"); }
+    QList<QWidget*> chatWindows() const override { return { nullptr }; }
 
     QString calls;
 };
@@ -57,14 +58,14 @@ TEST(NakGo, PassesToTheWindowHostAndToNobodyWithoutOne)
         NakGo::openNavLoc(place, NakGo::OpenMode::BackgroundTab, &origin);
         NakGo::openNavLocAsIfFromNotification(place);
         NakGo::activateAnyChatWindow();
+        host.calls += QStringLiteral("%1 ").arg(NakGo::chatWindows().size());
     };
     callAll();
-    EXPECT_EQ(host.calls, QString());
     NakGo::setWindowHost(&host);
     callAll();
     NakGo::setWindowHost(nullptr);
     callAll();
-    EXPECT_EQ(host.calls.toStdString(), "open 5 2 1;notified 5;activate;");
+    EXPECT_EQ(host.calls.toStdString(), "0 open 5 2 1;notified 5;activate;1 0 ");
 }
 
 } // namespace
