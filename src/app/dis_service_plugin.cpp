@@ -9,14 +9,17 @@
 #include "dis_avatar_images.h"
 #include "dis_cache.h"
 #include "dis_channel_view.h"
+#include "dis_chat_input_rewrite.h"
 #include "dis_client.h"
 #include "dis_emoji_images.h"
 #include "dis_listen.h"
 #include "dis_manager.h"
 #include "dis_text_document.h"
+#include "dis_utils.h"
 #include "main_tabs.h"
 #include "tab_contents.h"
 
+#include <QApplication>
 #include <QTimer>
 
 namespace {
@@ -36,15 +39,18 @@ QWidget* makeContent(NakNavLoc const& place, QWidget* parent)
     return view;
 }
 
-// The channels that can be seen: those of the current tabs of windows that are not put away.
-QSet<FlakeId> shownChannels()
+// The channels of the current tabs of windows that are not put away.
+DisForegroundChannels foregroundChannels()
 {
-    QSet<FlakeId> channels;
+    DisForegroundChannels channels;
     for (NakChatWindow const* window : NakChatWindow::chatWindows()) {
         NakNavLoc const place = window->mainTabs()->currentNavLoc();
-        if (window->isVisible() && !window->isMinimized() && place.type() == NakNav::Type::Discord
-            && place.discordKind() == NakNav::DiscordKind::Channel)
-            channels.insert(place.discordChannelId());
+        FlakeId const channel = place.discordChannelId();
+        if (!window->isVisible() || window->isMinimized() || !channel.isValid())
+            continue;
+        channels.shown.insert(channel);
+        if (window->isActiveWindow())
+            channels.attended.insert(channel);
     }
     return channels;
 }
@@ -82,7 +88,13 @@ void DisServicePlugin::createGlobals()
     g_disEmojiImages =
         new DisEmojiImages(pathOf("discord_emoji.nakdb"), g_deployment->discordCdnUrl, this);
     g_disManager = new DisManager(pathOf("nakwire_accounts.bin"), this);
-    g_disManager->setForegroundChannelsProvider(shownChannels);
+    g_disManager->setForegroundChannelsProvider(foregroundChannels);
+    g_disManager->setReadableTextProvider([](FlakeId message) {
+        return DisUtils::reverseChatParseAsUser(g_disManager->activeUserId(),
+                                                DisUtils::contentOfMessage(message));
+    });
+    connect(qApp, &QGuiApplication::focusWindowChanged, g_disManager,
+            &DisManager::hack_foregroundChannelsMayHaveChanged);
     g_disTextDocumentManager = new DisTextDocumentManager(this);
     g_disListenManager = new DisListenManager(this);
 }

@@ -3,7 +3,7 @@
 #include "model_fixture.h"
 #include "nak_event_log.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@
 
 int main(int argc, char** argv)
 {
-    QCoreApplication app(argc, argv);
+    QApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Nakwire"));
     if (argc == 3 && std::strcmp(argv[1], saveAccountsRole) == 0)
         saveAccountsUntilKilled(QString::fromLocal8Bit(argv[2]));

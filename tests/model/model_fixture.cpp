@@ -4,6 +4,7 @@
 
 #include "deployment.h"
 #include "dis_cache.h"
+#include "notif_manager.h"
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
@@ -14,6 +15,8 @@ ModelWorld::ModelWorld(QString const& apiUrl)
     deployment.discordApiUrl = apiUrl;
     deployment.programProjectUrl = QStringLiteral("https://project.invalid");
     g_globalEvents = &events;
+    g_preferences = &preferences;
+    NakNotif::createGlobalData();
     client =
         std::make_unique<DisClient>(DisClientConstants::fromDeployment(deployment),
                                     dir.filePath(QStringLiteral("discord_client.nakdb")), nullptr);
@@ -30,6 +33,8 @@ ModelWorld::~ModelWorld()
     DisCache::destroyGlobalData();
     client.reset();
     g_disClient = nullptr;
+    NakNotif::destroyGlobalData();
+    g_preferences = nullptr;
     g_globalEvents = nullptr;
 }
 

@@ -6,6 +6,7 @@
 
 #include "dis_client.h"
 #include "global_events.h"
+#include "preferences.h"
 #include "wait_until.h"
 
 #include <QTemporaryDir>
@@ -22,6 +23,7 @@ public:
 
     QTemporaryDir dir;
     NakGlobalEvents events;
+    NakPreferences preferences;
     std::unique_ptr<DisClient> client;
 };
 

@@ -241,7 +241,7 @@ TEST(Manager, ForegroundChannelsAreGatheredAndTheirGuildsSynchronized)
     ManagerWorld world(service.apiUrl());
     FlakeId const channel(service.busyChannelId());
     int asked = 0;
-    QSet<FlakeId> onScreen{ channel };
+    DisForegroundChannels onScreen{ { channel }, {} };
     world.manager->setForegroundChannelsProvider([&] {
         ++asked;
         return onScreen;
@@ -252,14 +252,14 @@ TEST(Manager, ForegroundChannelsAreGatheredAndTheirGuildsSynchronized)
     ASSERT_TRUE(waitUntil([&] { return asked > 0; }));
     QCoreApplication::processEvents();
     EXPECT_EQ(asked, 1);
-    EXPECT_EQ(world.manager->foregroundChannels(), onScreen);
+    EXPECT_EQ(world.manager->foregroundChannels(), onScreen.shown);
 
     // A tab restored before the connection: its guild is asked for once that is up.
     world.manager->connectWithAccount(world.manager->createAccountWithToken(marker));
     QJsonObject frame;
     ASSERT_TRUE(service.expectFrame(12, &frame));
     EXPECT_EQ(frame[QLatin1String("d")].toArray().size(), 1);
-    onScreen.clear();
+    onScreen = {};
     world.manager->hack_foregroundChannelsMayHaveChanged();
     ASSERT_TRUE(waitUntil([&] { return world.manager->foregroundChannels().isEmpty(); }));
 }

@@ -3,8 +3,8 @@
 #include "dis_manager.h"
 
 #include "dis_accounts_file.h"
-#include "dis_cache.h"
 #include "dis_client.h"
+#include "dis_manager_impl.h"
 #include "dis_session.h"
 #include "global_events.h"
 
@@ -15,8 +15,6 @@
 DisManager* g_disManager = nullptr;
 
 namespace {
-
-constexpr int maxRecentChannels = 100;
 
 DisAccountsFile::Record recordOf(DisStoredAccount const& account)
 {
@@ -95,28 +93,16 @@ DisStoredAccount::DisStoredAccount(QObject* parent)
 {
 }
 
-struct DisManager::Impl {
-    QString accountsPath;
-    bool savingBlocked = false; // an unreadable file still stands there
-    QVector<DisStoredAccount*> accounts;
-    bool anyConnected = false;
-
-    std::function<QSet<FlakeId>()> foregroundProvider;
-    QTimer foregroundTimer; // 0 ms; many views report one switch of tabs
-    QSet<FlakeId> foreground;
-    QVector<FlakeId> recentChannels; // most recent first
-    QSet<FlakeId> mutedUsers;
-};
-
 DisManager::DisManager(QString const& accountsPath, QObject* parent)
     : QObject(parent)
     , m_impl(std::make_unique<Impl>())
 {
+    m_impl->manager = this;
+    m_impl->notifs.parent = this;
     m_impl->accountsPath = accountsPath;
-    m_impl->foregroundTimer.setSingleShot(true);
-    connect(&m_impl->foregroundTimer, &QTimer::timeout, this,
-            &DisManager::updateForegroundChannels);
     createAccounts();
+    DisManagerImpl::setUpChannels(*m_impl);
+    DisManagerImpl::setUpMutes(*m_impl);
     connectToClient();
 }
 
@@ -138,7 +124,15 @@ void DisManager::createAccounts()
 void DisManager::connectToClient()
 {
     connect(g_disClient, &DisClient::sessionsChanged, this, &DisManager::disSessionsChanged);
-    connect(g_disClient, &DisClient::disChanges, this, &DisManager::disChanges);
+    connect(g_disClient, &DisClient::disChanges, this, [this](DisChanges const& changes) {
+        // READY tells who the user is before anything else.
+        DisManagerImpl::activeUserMayHaveChanged(*m_impl);
+        DisManagerImpl::disChanges(*m_impl, changes);
+    });
+    connect(g_disClient, &DisClient::userUnreadCountersInitialized, this,
+            [this](FlakeId const&, QHash<FlakeId, int> const& counts) {
+                DisManagerImpl::userUnreadCountersInitialized(*m_impl, counts);
+            });
     connect(g_disClient, &DisClient::authTokenRejected, this, &DisManager::authTokenRejected);
     connect(g_disClient, &DisClient::authTokenAcquiredGatewayUrl, this,
             &DisManager::authTokenAcquiredGatewayUrl);
@@ -146,12 +140,15 @@ void DisManager::connectToClient()
             [this](QString const& token, FlakeId const& id, QString const& name,
                    QString const& discriminator, QString const&, QString const& avatar) {
                 authTokenAcquiredUserInfo(token, id, name, discriminator, avatar);
+                DisManagerImpl::readyHandled(*m_impl);
             });
     // Also what starts the connection of a new run, once the first window is up.
     connect(g_globalEvents, &NakGlobalEvents::accountAutoOnlineBecameOk, this,
             &DisManager::connectAutoConnectAccount);
     connect(g_globalEvents, &NakGlobalEvents::disconnectAllAccounts, g_disClient,
             &DisClient::disconnectAllSessions);
+    connect(g_globalEvents, &NakGlobalEvents::clearAllUnreads, this,
+            &DisManager::hack_localClearAllUnreads);
 }
 
 // --- accounts ---
@@ -248,7 +245,7 @@ bool DisManager::anyAccountsConnected() const
 
 FlakeId DisManager::activeUserId() const
 {
-    return g_disClient->hack_getDefaultUserId();
+    return m_impl->activeUser;
 }
 
 void DisManager::disSessionsChanged()
@@ -259,6 +256,7 @@ void DisManager::disSessionsChanged()
         if (update(account->connectionState, state))
             emit account->connectionStateChanged();
     }
+    DisManagerImpl::activeUserMayHaveChanged(*m_impl);
     QVector<DisSession*> const sessions = g_disClient->sessions();
     bool const any = std::any_of(sessions.cbegin(), sessions.cend(), [](auto const* session) {
         return session->stateType() == DisSessionStateType::Connected;
@@ -305,90 +303,4 @@ void DisManager::authTokenAcquiredGatewayUrl(QString const& token, QString const
             changed |= update(account->cachedGatewayUrl, url);
     if (changed)
         saveAccounts();
-}
-
-// --- channels ---
-
-void DisManager::disChanges(DisChanges const& changes)
-{
-    // A new connection has nothing synchronized yet, though the same channels are on screen.
-    if (changes.isReload())
-        synchronizeGuildsOfChannels(m_impl->foreground);
-}
-
-void DisManager::setForegroundChannelsProvider(std::function<QSet<FlakeId>()> const& provider)
-{
-    m_impl->foregroundProvider = provider;
-}
-
-QSet<FlakeId> DisManager::foregroundChannels() const
-{
-    return m_impl->foreground;
-}
-
-void DisManager::hack_foregroundChannelsMayHaveChanged()
-{
-    if (!m_impl->foregroundTimer.isActive())
-        m_impl->foregroundTimer.start(0);
-}
-
-void DisManager::updateForegroundChannels()
-{
-    QSet<FlakeId> channels;
-    if (m_impl->foregroundProvider)
-        channels = m_impl->foregroundProvider();
-    QSet<FlakeId> const added = channels - m_impl->foreground;
-    if (!update(m_impl->foreground, channels))
-        return;
-    synchronizeGuildsOfChannels(added);
-    emit foregroundChannelsChanged();
-}
-
-void DisManager::synchronizeGuildsOfChannels(QSet<FlakeId> const& channels)
-{
-    QSet<FlakeId> guilds;
-    for (FlakeId const channel : channels)
-        guilds.insert(DisCache::guildIdOfChannel(channel));
-    guilds.remove(FlakeId());
-    if (!guilds.isEmpty())
-        g_disClient->includeGuildsForSynchronization(activeUserId(), guilds);
-}
-
-void DisManager::markChannelAsRecentlyUsed(FlakeId channel)
-{
-    m_impl->recentChannels.removeOne(channel);
-    m_impl->recentChannels.prepend(channel);
-    if (m_impl->recentChannels.size() > maxRecentChannels)
-        m_impl->recentChannels.removeLast();
-}
-
-QVector<FlakeId> DisManager::recentlyUsedChannels() const
-{
-    return m_impl->recentChannels;
-}
-
-// --- muted users ---
-
-bool DisManager::isUserMuted(FlakeId user) const
-{
-    return m_impl->mutedUsers.contains(user);
-}
-
-QSet<FlakeId> DisManager::mutedUsers() const
-{
-    return m_impl->mutedUsers;
-}
-
-void DisManager::addMutedUser(FlakeId user)
-{
-    if (isUserMuted(user))
-        return;
-    m_impl->mutedUsers.insert(user);
-    emit mutedUsersChanged();
-}
-
-void DisManager::removeMutedUser(FlakeId user)
-{
-    if (m_impl->mutedUsers.remove(user))
-        emit mutedUsersChanged();
 }

@@ -2,12 +2,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// Between the protocol and the desktop frame: the stored accounts and their sessions, and which
-// channels are in the foreground, muted or recently used. User-interface thread only.
+// Between the protocol and the desktop frame: the stored accounts and their sessions, which
+// channels are in the foreground, unread, muted or recently used, and what the user is told of
+// messages. User-interface thread only.
 
 #include "dis_changes.h"
 #include "dis_types.h"
 
+#include <QHash>
 #include <QObject>
 #include <QSet>
 #include <QString>
@@ -15,6 +17,14 @@
 
 #include <functional>
 #include <memory>
+
+class QWidget;
+
+// Channels of the current tabs of windows that are not put away.
+struct DisForegroundChannels {
+    QSet<FlakeId> shown;
+    QSet<FlakeId> attended; // those in the window that has the user's attention
+};
 
 class DisStoredAccount : public QObject {
     Q_OBJECT
@@ -59,24 +69,62 @@ public:
     bool anyAccountsConnected() const;
     FlakeId activeUserId() const; // invalid if none is connected
 
-    // A view's channel came to or left the foreground; the set is computed anew in a moment.
+    // --- the user's status; the chosen one lasts until the program ends ---
+    void setPreferredUserStatus(FlakeId user, DisUserStatusCode code);
+    DisUserStatusCode preferredUserStatus() const; // Online until something is chosen
+    void setPlayingGameName(FlakeId user, QString const& name); // empty for none
+    QString playingGameName() const;
+    // The time since the last input anywhere on the desktop.
+    void idleTimeUpdated(unsigned int milliseconds);
+
+    // --- channels on screen ---
+    // A view's channel came to or left the screen, or a window became active or stopped being it;
+    // the sets are computed anew in a moment.
     void hack_foregroundChannelsMayHaveChanged();
     QSet<FlakeId> foregroundChannels() const;
-    // Door: who owns the windows tells which channels are on screen in active ones.
-    void setForegroundChannelsProvider(std::function<QSet<FlakeId>()> const& provider);
+    // Door: who owns the windows tells which channels are on screen.
+    void setForegroundChannelsProvider(std::function<DisForegroundChannels()> const& provider);
     void markChannelAsRecentlyUsed(FlakeId channel);
     QVector<FlakeId> recentlyUsedChannels() const; // most recent first
 
+    // --- unread channels ---
+    // Messages by channel since it was last read, or 1 for what came before this run.
+    QHash<FlakeId, int> const& unreadCounts() const;
+    // What is shown: 0 for a muted channel and for one that the user has no access to.
+    int channelUnreadCount(FlakeId channel) const;
+    void markChannelsAsRead(QVector<FlakeId> const& channels);
+    void markGuildAsRead(FlakeId guild);
+    void hack_localClearAllUnreads(); // the service is not told
+
+    // --- muted ---
+    QSet<FlakeId> const& mutedChannels() const;
+    void setChannelMuted(FlakeId channel, bool muted); // of a guild; asks the service
     bool isUserMuted(FlakeId user) const;
-    QSet<FlakeId> mutedUsers() const;
+    QSet<FlakeId> const& mutedUsers() const;
     void addMutedUser(FlakeId user);
     void removeMutedUser(FlakeId user);
+
+    // --- people ---
+    QVector<FlakeId> pendingFriendRequests() const; // those that others sent, by id
+    // Shows the channel of the two in a tab; makes it first if there is none. parent: the widget
+    // that it is opened from, may be null.
+    void openDirectMessage(FlakeId user, FlakeId other, QWidget* parent);
+    void connectToVoiceChannel(FlakeId user, FlakeId channel);
+
+    // Door: what a notification quotes of a stored message.
+    void setReadableTextProvider(std::function<QString(FlakeId message)> const& provider);
 
 signals:
     void accountsChanged();
     void anyAccountsConnectedChanged();
+    void activeUserIdChanged();
+    // The channels whose count changed, with the number that is shown now.
+    void unreadsChanged(QHash<FlakeId, int> const& counts);
+    void mutedChannelsChanged();
     void mutedUsersChanged();
     void foregroundChannelsChanged();
+    void pendingFriendRequestsChanged();
+    void preferredUserStatusChanged();
 
 private:
     void createAccounts();
@@ -84,16 +132,17 @@ private:
     void saveAccounts();
     void connectAutoConnectAccount();
     void disSessionsChanged();
-    void disChanges(DisChanges const& changes);
     void authTokenRejected(QString const& token);
     void authTokenAcquiredUserInfo(QString const& token, FlakeId const& userId,
                                    QString const& userName, QString const& discriminator,
                                    QString const& avatar);
     void authTokenAcquiredGatewayUrl(QString const& token, QString const& url);
-    void updateForegroundChannels();
-    void synchronizeGuildsOfChannels(QSet<FlakeId> const& channels);
 
+public:
+    // The state that the functions of the namespace DisManagerImpl work on.
     struct Impl;
+
+private:
     std::unique_ptr<Impl> m_impl;
 };
 

@@ -220,7 +220,8 @@ void DisClient::confirmMessage(FlakeId ownUserId,
 {
     if (message.authorId == ownUserId && message.nonce.isValid())
         m_impl->pending.remove(message.nonce);
-    emit messageCreated(message.messageId, message.channelId, message.authorId, message.nonce);
+    emit messageCreated(message.messageId, message.channelId, message.authorId, message.nonce,
+                        message.mentions);
 }
 
 void DisClient::postLocalChanges(DisChanges const& changes)

@@ -226,8 +226,9 @@ signals:
     void sessionsChanged();
     // The caches have dropped what is stale before anyone else sees the record.
     void disChanges(DisChanges const& changes);
+    // Before the record that says so, and before the caches know. mentions: users by name.
     void messageCreated(FlakeId const& messageId, FlakeId const& channelId, FlakeId const& authorId,
-                        FlakeId const& nonce);
+                        FlakeId const& nonce, QVector<FlakeId> const& mentions = {});
     void messageAckReceived(FlakeId const& userId, FlakeId const& channelId,
                             FlakeId const& messageId);
     void directMessageChannelCreated(FlakeId const& channelId);

@@ -1,0 +1,152 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "dis_client.h"
+#include "dis_manager_impl.h"
+#include "dis_utils.h"
+#include "nak_go.h"
+#include "nak_stmt.h"
+#include "preferences.h"
+
+#include <QPointer>
+#include <QWidget>
+
+#include <algorithm>
+
+namespace {
+
+using Impl = DisManager::Impl;
+
+constexpr qint32 incomingRequest = 3; // of user_relationship
+constexpr qint32 minIdleMinutes = 3;
+constexpr qint32 maxIdleMinutes = 240;
+
+void sendOwnStatus(Impl const& impl)
+{
+    if (!impl.activeUser.isValid())
+        return;
+    // Only who shows as online goes idle; the other choices hold while the user is away.
+    bool const showIdle = impl.idle && impl.preferredStatus == DisUserStatusCode::Online;
+    g_disClient->setOwnUserStatus(impl.activeUser,
+                                  showIdle ? DisUserStatusCode::Idle : impl.preferredStatus,
+                                  impl.idle, impl.playingGame);
+}
+
+bool isIdle(unsigned int milliseconds)
+{
+    qint32 const minutes =
+        qBound(minIdleMinutes, g_preferences->inactivityThresholdMinutes, maxIdleMinutes);
+    return g_preferences->useAutomaticInactivityDetection
+        && static_cast<unsigned int>(minutes) * 60000U < milliseconds;
+}
+
+// Opens the channel of the two once the service has made it. It may be made by nobody's wish, or
+// never: the wait ends with the first one that fits, or with the widget that it was asked from.
+void openWhenMade(DisManager* manager, FlakeId user, FlakeId other, QWidget* parent)
+{
+    auto* const wait = new QObject(parent ? static_cast<QObject*>(parent) : manager);
+    QObject::connect(g_disClient, &DisClient::directMessageChannelCreated, wait,
+                     [=](FlakeId const& channel) {
+                         if (DisUtils::findDirectMessageChannel(user, other) != channel)
+                             return;
+                         NakGo::openNavLoc(NakNavLoc::discordChannel(channel),
+                                           NakGo::OpenMode::CurrentTab, parent);
+                         wait->deleteLater();
+                     });
+}
+
+} // namespace
+
+namespace DisManagerImpl {
+
+void activeUserMayHaveChanged(Impl& impl)
+{
+    FlakeId const user = g_disClient->hack_getDefaultUserId();
+    if (user == impl.activeUser)
+        return;
+    impl.activeUser = user;
+    if (user.isValid())
+        DisNotifs::addUserChanWatches(impl.notifs, user);
+    emit impl.manager->activeUserIdChanged();
+}
+
+void loadPendingFriendRequests(Impl& impl)
+{
+    NakStmt stmt(g_disClient->db(),
+                 "select other_user_id from user_relationship where own_user_id = ? and type = ?");
+    stmt.bind(1, impl.activeUser);
+    stmt.bind(2, incomingRequest);
+    QVector<FlakeId> requests;
+    while (stmt.step())
+        requests.append(stmt.colFlake(0));
+    std::sort(requests.begin(), requests.end());
+    if (requests == impl.friendRequests)
+        return;
+    impl.friendRequests = requests;
+    DisNotifs::setFriendRequests(impl.notifs, impl.activeUser, requests);
+    emit impl.manager->pendingFriendRequestsChanged();
+}
+
+} // namespace DisManagerImpl
+
+void DisManager::setPreferredUserStatus(FlakeId user, DisUserStatusCode code)
+{
+    if (user != m_impl->activeUser || code == m_impl->preferredStatus)
+        return;
+    m_impl->preferredStatus = code;
+    sendOwnStatus(*m_impl);
+    emit preferredUserStatusChanged();
+}
+
+DisUserStatusCode DisManager::preferredUserStatus() const
+{
+    return m_impl->preferredStatus;
+}
+
+void DisManager::setPlayingGameName(FlakeId user, QString const& name)
+{
+    if (user != m_impl->activeUser || name == m_impl->playingGame)
+        return;
+    m_impl->playingGame = name;
+    sendOwnStatus(*m_impl);
+    emit preferredUserStatusChanged();
+}
+
+QString DisManager::playingGameName() const
+{
+    return m_impl->playingGame;
+}
+
+void DisManager::idleTimeUpdated(unsigned int milliseconds)
+{
+    bool const idle = isIdle(milliseconds);
+    if (idle == m_impl->idle || !m_impl->activeUser.isValid())
+        return;
+    m_impl->idle = idle;
+    sendOwnStatus(*m_impl);
+}
+
+QVector<FlakeId> DisManager::pendingFriendRequests() const
+{
+    return m_impl->friendRequests;
+}
+
+void DisManager::openDirectMessage(FlakeId user, FlakeId other, QWidget* parent)
+{
+    FlakeId const channel = DisUtils::findDirectMessageChannel(user, other);
+    if (channel.isValid()) {
+        NakGo::openNavLoc(NakNavLoc::discordChannel(channel), NakGo::OpenMode::CurrentTab, parent);
+        return;
+    }
+    openWhenMade(this, user, other, parent);
+    g_disClient->createDirectMessage(user, other);
+}
+
+void DisManager::connectToVoiceChannel(FlakeId user, FlakeId channel)
+{
+    g_disClient->connectToVoiceChannel(user, channel);
+}
+
+void DisManager::setReadableTextProvider(std::function<QString(FlakeId)> const& provider)
+{
+    m_impl->notifs.readableText = provider;
+}

@@ -1,0 +1,366 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What the manager makes of messages, read states, settings and people, told by the service.
+#include "dis_manager.h"
+#include "dis_manager_impl.h"
+#include "model_fixture.h"
+#include "notif_manager.h"
+#include "stage.h"
+#include "stage_world.h"
+#include "text_notif.h"
+
+#include <QJsonArray>
+#include <QSignalSpy>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+stage::StageOptions quietStage()
+{
+    stage::StageOptions options;
+    options.world.guilds = 2;
+    options.world.channelsPerGuild = 6;
+    options.world.membersPerGuild = 5;
+    options.world.messagesPerChannel = 30;
+    options.world.messagesInBusyChannel = 60;
+    return options;
+}
+
+// A connected manager. Channels have short names: a, b, c are readable text channels of the first
+// guild, dm is a private one.
+struct ChannelsWorld {
+    ChannelsWorld()
+    {
+        manager =
+            std::make_unique<DisManager>(model.dir.filePath(QStringLiteral("a.bin")), nullptr);
+        g_disManager = manager.get();
+        manager->setForegroundChannelsProvider([this] { return foreground; });
+        manager->setReadableTextProvider([](FlakeId) { return QStringLiteral("hello"); });
+        QObject::connect(manager.get(), &DisManager::unreadsChanged,
+                         [this](QHash<FlakeId, int> const& counts) { note(counts); });
+        nameChannels();
+        account = manager->createAccountWithToken(QStringLiteral("token"));
+    }
+    ~ChannelsWorld()
+    {
+        manager.reset();
+        g_disManager = nullptr;
+    }
+
+    void nameChannels()
+    {
+        stage::World const& world = service.world();
+        for (quint32 const index : world.guilds[0].channels) {
+            stage::Channel const& channel = world.channels[index];
+            if (channel.type == stage::ChannelType::Text && !channel.hidden && names.size() < 3)
+                names.insert(FlakeId(channel.id), QString(QLatin1Char(char('a' + names.size()))));
+        }
+        names.insert(FlakeId(world.channels[world.privateChannels[0]].id), QStringLiteral("dm"));
+    }
+    FlakeId id(char const* name) const { return names.key(QLatin1String(name)); }
+    FlakeId me() { return FlakeId(service.world().users[0].id); }
+    FlakeId user(int index) { return FlakeId(service.world().users[quint32(index)].id); }
+    FlakeId guild() { return FlakeId(service.world().guilds[0].id); }
+
+    bool connectAccount()
+    {
+        manager->connectWithAccount(account);
+        return waitUntil([this] {
+            return account->authTokenState == DisStoredAccount::AuthTokenState::Accepted;
+        });
+    }
+    // Everything read, nothing told yet.
+    void settle()
+    {
+        manager->hack_localClearAllUnreads();
+        NakNotif::g_nakNotifManager->dismissAll();
+        waitUntil([this] { return manager->unreadCounts().isEmpty(); });
+        flush();
+        told.clear();
+    }
+    void flush() // the 1 ms in which changes are gathered
+    {
+        bool later = false;
+        QTimer::singleShot(3, manager.get(), [&later] { later = true; });
+        waitUntil([&later] { return later; });
+    }
+    void note(QHash<FlakeId, int> const& counts)
+    {
+        QStringList parts;
+        for (auto it = counts.cbegin(); it != counts.cend(); ++it)
+            if (names.contains(it.key()))
+                parts << names.value(it.key()) + QLatin1Char('=') + QString::number(it.value());
+        parts.sort();
+        told << parts.join(QLatin1Char(','));
+    }
+    // Of somebody in the channel; true once the manager has seen it.
+    bool say(char const* channel, int author, bool mention = false)
+    {
+        FlakeId const message(++lastMessage);
+        QJsonObject d{ { QStringLiteral("id"), message.toString() },
+                       { QStringLiteral("channel_id"), id(channel).toString() },
+                       { QStringLiteral("content"), QStringLiteral("hello") },
+                       { QStringLiteral("author"),
+                         QJsonObject{ { QStringLiteral("id"), user(author).toString() },
+                                      { QStringLiteral("username"), QStringLiteral("ada") } } } };
+        if (mention)
+            d.insert(QStringLiteral("mentions"),
+                     QJsonArray{ QJsonObject{ { QStringLiteral("id"), me().toString() } } });
+        QSignalSpy seen(&*model.client, &DisClient::disChanges);
+        service.sendDispatch(QStringLiteral("MESSAGE_CREATE"), d);
+        return waitUntil([&seen] { return !seen.isEmpty(); });
+    }
+    void setForeground(QStringList const& shown, QStringList const& attended)
+    {
+        foreground = {};
+        for (QString const& name : shown)
+            foreground.shown.insert(names.key(name));
+        for (QString const& name : attended)
+            foreground.attended.insert(names.key(name));
+        manager->hack_foregroundChannelsMayHaveChanged();
+        flush();
+    }
+    QStringList acks() const
+    {
+        QStringList out;
+        for (stage::StageRequest const& request : service.requests())
+            if (request.path.endsWith(QLatin1String("/ack")))
+                out << request.path.section(QLatin1Char('/'), 1);
+        return out;
+    }
+    std::string toldText() const { return told.join(QLatin1Char(' ')).toStdString(); }
+
+    stage::Stage service{ quietStage() };
+    ModelWorld model{ service.apiUrl() };
+    std::unique_ptr<DisManager> manager;
+    DisStoredAccount* account = nullptr;
+    QHash<FlakeId, QString> names;
+    DisForegroundChannels foreground;
+    QStringList told; // of the named channels
+    quint64 lastMessage = quint64(1) << 62;
+};
+
+} // namespace
+
+TEST(ManagerChannels, MessagesCountWhereNobodyLooks)
+{
+    ChannelsWorld world;
+    ASSERT_TRUE(world.connectAccount());
+    world.settle();
+    world.setForeground({ QStringLiteral("b"), QStringLiteral("c") }, { QStringLiteral("c") });
+    world.say("a", 1);
+    world.say("a", 2);
+    world.flush();
+    EXPECT_EQ(world.manager->channelUnreadCount(world.id("a")), 2);
+    world.say("b", 1); // on screen, in a window that does not have the attention
+    world.say("c", 1);
+    world.say("a", 0); // one's own
+    world.flush();
+    EXPECT_EQ(world.manager->channelUnreadCount(world.id("a")), 2);
+    EXPECT_EQ(world.manager->channelUnreadCount(world.id("b")), 1);
+    EXPECT_EQ(world.manager->channelUnreadCount(world.id("c")), 0);
+
+    world.told.clear();
+    world.setForeground({ QStringLiteral("b"), QStringLiteral("c") }, { QStringLiteral("b") });
+    world.flush();
+    EXPECT_EQ(world.toldText(), "b=0");
+    // One a round: the one that was opened, and the one that was read as it came.
+    ASSERT_TRUE(waitUntil([&] { return world.acks().size() == 2; }));
+    QString const path = QStringLiteral("channels/%1/messages/%2/ack");
+    quint64 const last = world.lastMessage;
+    QStringList expected{ path.arg(world.id("b").toString()).arg(last - 2),
+                          path.arg(world.id("c").toString()).arg(last - 1) };
+    QStringList sent = world.acks();
+    sent.sort(); // of those that wait any may be the first
+    expected.sort();
+    EXPECT_EQ(sent.join(QLatin1Char(' ')).toStdString(),
+              expected.join(QLatin1Char(' ')).toStdString());
+}
+
+TEST(ManagerChannels, ReadElsewhereAndForgotten)
+{
+    ChannelsWorld world;
+    ASSERT_TRUE(world.connectAccount());
+    world.settle();
+    for (char const* const channel : { "a", "b", "c" })
+        world.say(channel, 1);
+    world.flush();
+    world.told.clear();
+    world.service.sendDispatch(
+        QStringLiteral("MESSAGE_ACK"),
+        { { QStringLiteral("channel_id"), world.id("a").toString() },
+          { QStringLiteral("message_id"), FlakeId(world.lastMessage - 2).toString() } });
+    ASSERT_TRUE(waitUntil([&] { return !world.told.isEmpty(); }));
+    world.service.sendDispatch(QStringLiteral("CHANNEL_DELETE"),
+                               { { QStringLiteral("type"), 0 },
+                                 { QStringLiteral("id"), world.id("b").toString() },
+                                 { QStringLiteral("guild_id"), world.guild().toString() } });
+    ASSERT_TRUE(waitUntil([&] { return !world.manager->unreadCounts().contains(world.id("b")); }));
+    world.flush();
+    world.manager->markGuildAsRead(world.guild());
+    world.flush();
+    EXPECT_EQ(world.toldText(), "a=0 b=0 c=0");
+    ASSERT_TRUE(waitUntil([&] { return !world.acks().isEmpty(); }));
+    EXPECT_EQ(world.acks().join(QLatin1Char(' ')),
+              QStringLiteral("guilds/%1/ack").arg(world.guild().toString()));
+}
+
+// READY tells what is unread; one that tells of nothing means that nothing is.
+TEST(ManagerChannels, CountersStartAnewWithEachReady)
+{
+    ChannelsWorld world;
+    stage::Channel& dm = *stage::findChannel(world.service.world(), world.id("dm").value());
+    dm.unread = 3;
+    ASSERT_TRUE(world.connectAccount());
+    EXPECT_EQ(world.manager->channelUnreadCount(world.id("dm")), 1);
+    for (stage::Channel& channel : world.service.world().channels)
+        channel.unread = 0;
+    world.service.invalidateSession();
+    EXPECT_TRUE(waitUntil([&] { return world.manager->unreadCounts().isEmpty(); }));
+}
+
+TEST(ManagerChannels, MutedChannelsKeepQuiet)
+{
+    ChannelsWorld world;
+    ASSERT_TRUE(world.connectAccount());
+    world.settle();
+    world.say("a", 1);
+    world.say("b", 1);
+    world.flush();
+    QString const guild = world.guild().toString();
+    auto const setSettings = [&](bool guildMuted, QJsonArray const& overrides) {
+        QSignalSpy changed(world.manager.get(), &DisManager::mutedChannelsChanged);
+        world.told.clear();
+        world.service.sendDispatch(QStringLiteral("USER_GUILD_SETTINGS_UPDATE"),
+                                   { { QStringLiteral("guild_id"), guild },
+                                     { QStringLiteral("muted"), guildMuted },
+                                     { QStringLiteral("channel_overrides"), overrides } });
+        EXPECT_TRUE(waitUntil([&] { return !changed.isEmpty(); }));
+        world.flush();
+    };
+    QJsonObject const muteA{ { QStringLiteral("channel_id"), world.id("a").toString() },
+                             { QStringLiteral("muted"), true } };
+    setSettings(false, { muteA });
+    EXPECT_EQ(world.toldText(), "a=0");
+    EXPECT_TRUE(world.manager->mutedChannels().contains(world.id("a")));
+    setSettings(true, {});
+    EXPECT_EQ(world.toldText(), "b=0,c=0") << "the whole guild";
+    setSettings(false, {});
+    EXPECT_EQ(world.toldText(), "a=1,b=1,c=0") << "what was unread still is";
+
+    world.manager->setChannelMuted(world.id("a"), true);
+    ASSERT_TRUE(waitUntil([&] {
+        return !world.service
+                    .requests("PATCH", QStringLiteral("/users/@me/guilds/%1/settings").arg(guild))
+                    .isEmpty();
+    }));
+}
+
+TEST(ManagerChannels, NotificationsFollowTheConversation)
+{
+    ChannelsWorld world;
+    ASSERT_TRUE(world.connectAccount());
+    world.settle();
+    auto const shown = [&] {
+        QStringList texts;
+        for (NakNotifItem* const item : NakNotif::g_nakNotifManager->items())
+            if (auto* const text = qobject_cast<NakTextNotifItem*>(item))
+                texts << text->text();
+        return texts.join(QLatin1Char('|')).toStdString();
+    };
+    world.say("a", 1);
+    EXPECT_EQ(shown(), "") << "in a guild only mentions are told";
+    world.say("dm", 1);
+    world.say("dm", 1, true);
+    EXPECT_EQ(shown(), "ada: hello") << "one a conversation";
+    world.manager->addMutedUser(world.user(1));
+    world.say("a", 1, true);
+    EXPECT_EQ(shown(), "ada: hello");
+    world.manager->removeMutedUser(world.user(1));
+    world.say("a", 1, true);
+    EXPECT_EQ(NakNotif::g_nakNotifManager->count(), 2);
+    world.setForeground({ QStringLiteral("dm") }, { QStringLiteral("dm") });
+    EXPECT_EQ(NakNotif::g_nakNotifManager->count(), 1) << "reading takes it away";
+    NakNotif::g_nakNotifManager->dismissAll();
+    EXPECT_EQ(NakNotif::g_nakNotifManager->count(), 0);
+}
+
+TEST(ManagerPeople, FriendRequestsComeAndGo)
+{
+    ChannelsWorld world;
+    ASSERT_TRUE(world.connectAccount());
+    NakNotif::g_nakNotifManager->dismissAll();
+    QJsonObject const request{ { QStringLiteral("id"), QStringLiteral("77") },
+                               { QStringLiteral("type"), 3 },
+                               { QStringLiteral("user"),
+                                 QJsonObject{
+                                     { QStringLiteral("id"), QStringLiteral("77") },
+                                     { QStringLiteral("username"), QStringLiteral("bo") } } } };
+    int const before = world.manager->pendingFriendRequests().size();
+    world.service.sendDispatch(QStringLiteral("RELATIONSHIP_ADD"), request);
+    ASSERT_TRUE(
+        waitUntil([&] { return world.manager->pendingFriendRequests().contains(FlakeId(77)); }));
+    ASSERT_EQ(NakNotif::g_nakNotifManager->count(), 1);
+    emit NakNotif::g_nakNotifManager->items().first()->actionTriggered(0, nullptr);
+    ASSERT_TRUE(waitUntil([&] {
+        return !world.service.requests("PUT", QStringLiteral("/users/@me/relationships/77"))
+                    .isEmpty();
+    }));
+    world.service.sendDispatch(QStringLiteral("RELATIONSHIP_REMOVE"), request);
+    EXPECT_TRUE(waitUntil([&] { return world.manager->pendingFriendRequests().size() == before; }));
+    EXPECT_EQ(NakNotif::g_nakNotifManager->count(), 0);
+}
+
+TEST(ManagerPeople, IdleTimeShowsAsIdle)
+{
+    ChannelsWorld world;
+    ASSERT_TRUE(world.connectAccount());
+    struct Step {
+        int thresholdMinutes;
+        unsigned int idleMs;
+        char const* sent; // status and afk; empty for nothing
+    };
+    Step const steps[] = {
+        { 5, 299999, "" },
+        { 5, 300001, "idle true" },
+        { 5, 400000, "" },
+        { 5, 4000, "online false" },
+        { 1, 170000, "" },
+        { 1, 180001, "idle true" },
+        { 500, 10, "online false" },
+        { 500, 239U * 60000U, "" },
+        { 500, 240U * 60000U + 1, "idle true" },
+        { 5, 10, "online false" },
+    };
+    for (Step const& step : steps) {
+        world.model.preferences.inactivityThresholdMinutes = step.thresholdMinutes;
+        world.manager->idleTimeUpdated(step.idleMs);
+        if (!*step.sent)
+            continue;
+        QJsonObject frame;
+        ASSERT_TRUE(world.service.expectFrame(3, &frame)) << step.idleMs;
+        QJsonObject const d = frame[QLatin1String("d")].toObject();
+        EXPECT_EQ(d[QLatin1String("status")].toString().toStdString()
+                      + (d[QLatin1String("afk")].toBool() ? " true" : " false"),
+                  step.sent);
+    }
+    world.manager->setPreferredUserStatus(world.me(), DisUserStatusCode::DoNotDisturb);
+    world.manager->idleTimeUpdated(300001);
+    QJsonObject frame;
+    for (bool const afk : { false, true }) {
+        ASSERT_TRUE(world.service.expectFrame(3, &frame));
+        EXPECT_EQ(frame[QLatin1String("d")].toObject()[QLatin1String("status")].toString(),
+                  QStringLiteral("dnd"));
+        EXPECT_EQ(frame[QLatin1String("d")].toObject()[QLatin1String("afk")].toBool(), afk);
+    }
+}
+
+TEST(ManagerPeople, MutedUsersAreKept)
+{
+    QSet<FlakeId> const users{ FlakeId(5), FlakeId(1), FlakeId() };
+    QByteArray const blob = DisManagerImpl::serializeMutedUsers(users);
+    EXPECT_EQ(DisManagerImpl::deserializeMutedUsers(blob), users);
+    for (int cut = 0; cut < blob.size(); ++cut)
+        EXPECT_EQ(DisManagerImpl::deserializeMutedUsers(blob.left(cut)).size(), cut / 8);
+}
