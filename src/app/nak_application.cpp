@@ -17,11 +17,13 @@
 #include "nak_event_log.h"
 #include "network_access.h"
 #include "notif_manager.h"
+#include "notifs_view.h"
 #include "preferences.h"
 #include "request_pool.h"
 #include "saved_data.h"
 #include "settings_file.h"
 #include "shell_host.h"
+#include "tab_contents.h"
 #include "unix_signals.h"
 #include "web_images.h"
 #include "window_host.h"
@@ -68,6 +70,13 @@ private:
 [[noreturn]] void leaveAtOnce()
 {
     std::_Exit(EXIT_FAILURE);
+}
+
+// The accounts have no content yet: their tab is empty.
+QWidget* makeBuiltinContent(NakNavLoc const& place, QWidget* parent)
+{
+    bool const notifications = place.builtinView() == NakNav::BuiltinView::Type::Notifications;
+    return notifications ? new NakNotifsView(parent) : nullptr;
 }
 
 template <typename T> void deleteGlobal(T*& global)
@@ -226,6 +235,7 @@ void NakApplication::createOtherSingletons()
     NakNotif::createGlobalData();
     connect(NakNotif::g_nakNotifManager, &NakNotifManager::quitRequested, this,
             &NakApplication::beginQuit);
+    NakTabContents::registerFactory(NakNav::Type::Builtin, makeBuiltinContent);
     g_savedData = new NakSavedData(this);
     if (!g_savedData->keepsChanges())
         QTimer::singleShot(0, this, &NakApplication::tellThatNothingIsKept); // above the window

@@ -76,6 +76,9 @@ void NakChatWindowPriv::makeActions()
     m_accounts->setShortcut(key("Ctrl+Shift+Y"));
     connect(m_accounts, &QAction::triggered, m_window, &NakChatWindow::openAccountsTab);
 
+    m_notifications = makeAction(QStringLiteral("Notifications"), key("Ctrl+D"),
+                                 &NakChatWindowPriv::openNotifications);
+
     m_showStatusBar = new QAction(QStringLiteral("Show &Status Bar"), this);
     m_showStatusBar->setCheckable(true);
     connect(m_showStatusBar, &QAction::triggered, this, &NakChatWindowPriv::setStatusBarWanted);
@@ -107,7 +110,7 @@ void NakChatWindowPriv::makeMenus()
     view->addAction(m_showStatusBar);
 
     QMenu* const tools = m_window->menuBar()->addMenu(QStringLiteral("&Tools"));
-    tools->addActions({ m_newTab, m_newWindow, m_accounts });
+    tools->addActions({ m_newTab, m_newWindow, m_accounts, m_notifications });
     tools->addSeparator();
     tools->addActions({ m_close, m_quit });
 }
@@ -203,6 +206,11 @@ void NakChatWindowPriv::nextTab()
     int const count = mainTabs->count();
     if (count > 0)
         mainTabs->setCurrentIndex((mainTabs->currentIndex() + 1) % count);
+}
+
+void NakChatWindowPriv::openNotifications()
+{
+    m_window->openTabWithNavLoc(NakNavLoc::builtin(NakNav::BuiltinView::Type::Notifications));
 }
 
 void NakChatWindowPriv::closeTabOrWindow()

@@ -43,6 +43,7 @@ public:
     void newWindow();
     void previousTab();
     void nextTab();
+    void openNotifications();
     void closeTabOrWindow();
     void setStatusBarWanted(bool wanted);
     void quit();
@@ -62,6 +63,7 @@ private:
     QAction* m_previousTab = nullptr;
     QAction* m_nextTab = nullptr;
     QAction* m_accounts = nullptr;
+    QAction* m_notifications = nullptr;
     QAction* m_close = nullptr;
     QAction* m_showStatusBar = nullptr;
     QAction* m_quit = nullptr;

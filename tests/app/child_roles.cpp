@@ -4,10 +4,12 @@
 
 #include "chat_window.h"
 #include "global_events.h"
+#include "gui_icons.h"
 #include "i_nak_service.h"
 #include "nak_application.h"
 #include "preferences.h"
 #include "startup.h"
+#include "text_notif.h"
 
 #include <QPointer>
 #include <QStyle>
@@ -147,6 +149,50 @@ int quitWithWindows()
     });
 }
 
+// Notifications of several kinds in a window that shows their tab; quits by a signal.
+int showNotifications()
+{
+    return runApplication([](NakApplication& app) {
+        struct {
+            char const* text;
+            bool multiline;
+            bool dismissable;
+            QVector<NakNotifAction> actions;
+        } const kinds[] = {
+            { "Ann: are you there?", false, true, { NakNotifAction(QStringLiteral("Open")) } },
+            { "Nakwire 0.5.0 is available.\n\nIt mends reconnecting after the machine slept, and a "
+              "long paragraph like this one is wrapped at the edge of the list, wherever that is.",
+              true,
+              true,
+              { NakNotifAction(g_guiIcons->iconForCode(QChar(61612)),
+                               QStringLiteral("Open Website")),
+                NakNotifAction(QStringLiteral("Remind Me Tomorrow")) } },
+            { "A notice that cannot be dismissed and asks for nothing", false, false, {} },
+            { "One long line without breaks, of a message that goes on and on and on until nobody "
+              "could possibly read all of it, and then it is cut",
+              false,
+              true,
+              {} },
+            { "Accept?",
+              false,
+              false,
+              { NakNotifAction(QStringLiteral("Yes")), NakNotifAction(QStringLiteral("No")) } },
+        };
+        for (auto const& kind : kinds) {
+            auto* const notif = new NakTextNotif(&app);
+            notif->setText(QString::fromUtf8(kind.text));
+            notif->setMultiline(kind.multiline);
+            notif->setDismissable(kind.dismissable);
+            notif->setActions(kind.actions);
+            notif->setEnabled(true);
+            QObject::connect(notif, &NakTextNotif::dismissed, notif, &QObject::deleteLater);
+        }
+        app.showFirstWindow();
+        NakChatWindow::chatWindows().at(0)->openTabWithNavLoc(
+            NakNavLoc::builtin(NakNav::BuiltinView::Type::Notifications));
+    });
+}
+
 } // namespace
 
 int runChildRole(char const* role)
@@ -161,6 +207,7 @@ int runChildRole(char const* role)
         { "close-last-stay", [] { return closeLastWindow(false, true); } },
         { "close-last-tray-stay", [] { return closeLastWindow(true, true); } },
         { "quit-with-windows", quitWithWindows },
+        { "notifications", showNotifications },
     };
     auto const it = roles.find(role);
     return it == roles.end() ? 99 : it->second();

@@ -1,26 +1,16 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "global_events.h"
-#include "notif_manager.h"
-#include "preferences.h"
-#include "text_notif.h"
+#include "notifs_fixture.h"
 #include "wait_until.h"
 
 #include <QWidget>
 
-#include <gtest/gtest.h>
-
-#include <memory>
-
 namespace {
 
-class Notifs : public testing::Test, public NakNotifVisContainerInterface {
+class Notifs : public NotifsTest, public NakNotifVisContainerInterface {
 protected:
     Notifs()
     {
-        g_globalEvents = &m_events;
-        g_preferences = &m_preferences;
-        NakNotif::createGlobalData();
         auto* const manager = NakNotif::g_nakNotifManager;
         QObject::connect(manager, &NakNotifManager::countChanged,
                          [this, manager] { tell("count %1", manager->count()); });
@@ -33,38 +23,14 @@ protected:
                              tell("was %1", (dismissable ? 100 : 0) + actions);
                          });
     }
-    ~Notifs() override
-    {
-        NakNotif::destroyGlobalData();
-        g_preferences = nullptr;
-        g_globalEvents = nullptr;
-    }
-
-    template <typename T> void tell(char const* text, T const& value)
-    {
-        m_told += QString::fromLatin1(text).arg(value) + u';';
-    }
-    std::string takeTold() { return std::exchange(m_told, QString()).toStdString(); }
-
-    std::unique_ptr<NakTextNotif> make(char const* name)
-    {
-        auto notif = std::make_unique<NakTextNotif>();
-        notif->item()->setObjectName(QLatin1String(name));
-        QObject::connect(notif.get(), &NakTextNotif::dismissed,
-                         [this, name] { tell("dismissed %1", QLatin1String(name)); });
-        return notif;
-    }
 
     void heightChanged(NakNotifVis* vis) override { tell("height %1", vis->height() / m_line); }
     void rectDirtied(NakNotifVis*, QRect const&) override { tell("dirty%1", QString()); }
     QWidget* containingWidget(NakNotifVis const*) const override { return &m_widget; }
     QStyle* style() const override { return m_widget.style(); }
 
-    NakGlobalEvents m_events;
-    NakPreferences m_preferences;
     mutable QWidget m_widget;
     int const m_line = m_widget.fontMetrics().height();
-    QString m_told;
 };
 
 } // namespace
