@@ -241,6 +241,30 @@ TEST(ChannelListener, Routes)
     EXPECT_EQ(heardText.take() + "/" + heardPair.take(), "/");
 }
 
+TEST(GuildListener, FollowsTheName)
+{
+    ListenWorld world;
+    DisGuildListener listener;
+    listener.setParams({ FlakeId(1) });
+    EXPECT_EQ(listener.guildName().toStdString(), "garden");
+    Heard<DisGuildListener> heard(listener);
+    world.tell(Type::GuildChanged, FlakeId(1));
+    EXPECT_EQ(heard.take(), "") << "the same name";
+    world.run("update guild set name = 'park'");
+    world.tell(Type::GuildChanged, FlakeId(2));
+    EXPECT_EQ(heard.take(), "");
+    world.tell(Type::GuildChanged, FlakeId(1));
+    EXPECT_EQ(heard.take(), "1");
+    world.run("update guild set name = 'wood'");
+    world.client->postLocalChanges(DisChanges::reload());
+    EXPECT_EQ(heard.take(), "1");
+    EXPECT_EQ(listener.guildName().toStdString(), "wood");
+    listener.clear();
+    EXPECT_TRUE(listener.isNull() && listener.guildName().isNull());
+    world.client->postLocalChanges(DisChanges::reload());
+    EXPECT_EQ(heard.take(), "");
+}
+
 // A tab restored at start listens before the store knows the channel.
 TEST(ChannelListener, ChannelThatBecomesKnownLater)
 {

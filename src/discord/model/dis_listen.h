@@ -7,6 +7,7 @@
 // routes each change to the listeners concerned. User-interface thread only.
 
 #include "dis_changes.h"
+#include "dis_seg.h"
 #include "dis_types.h"
 
 #include <QColor>
@@ -16,6 +17,8 @@
 
 #include <functional>
 #include <memory>
+
+struct DisSegList;
 
 namespace DisListen {
 
@@ -40,6 +43,27 @@ struct ChannelParams {
     }
 };
 
+struct GuildParams {
+    FlakeId guildId;
+
+    friend bool operator==(GuildParams const& a, GuildParams const& b)
+    {
+        return a.guildId == b.guildId;
+    }
+};
+
+// Rows of a channel's member list.
+struct SegParams {
+    FlakeId guildId;
+    FlakeId channelId;
+    QVector<DisSegRange> ranges;
+
+    friend bool operator==(SegParams const& a, SegParams const& b)
+    {
+        return a.guildId == b.guildId && a.channelId == b.channelId && a.ranges == b.ranges;
+    }
+};
+
 namespace UserProps {
 enum Type : quint32 {
     Name = 1,
@@ -51,6 +75,9 @@ enum Type : quint32 {
 };
 }
 namespace ChannelProps {
+enum Type : quint32 { Name = 1, Image = 2 };
+}
+namespace GuildProps {
 enum Type : quint32 { Name = 1, Image = 2 };
 }
 
@@ -119,6 +146,30 @@ private:
     FlakeId m_otherUserId;
 };
 
+class DisGuildListener : public QObject {
+    Q_OBJECT
+public:
+    explicit DisGuildListener(QObject* parent = nullptr);
+    ~DisGuildListener() override;
+
+    void setParams(DisListen::GuildParams const& params);
+    void clear();
+    DisListen::GuildParams const& params() const { return m_params; }
+    bool isNull() const { return !m_params.guildId.isValid(); }
+
+    QString guildName() const { return m_name; }
+
+signals:
+    void propertiesChanged(quint32 guildProps);
+
+private:
+    friend class DisListenManager;
+    quint32 readProperties(quint32 guildProps);
+
+    DisListen::GuildParams m_params;
+    QString m_name;
+};
+
 class DisTypingUsersListener : public QObject {
     Q_OBJECT
 public:
@@ -141,6 +192,35 @@ private:
     FlakeId m_channelId;
 };
 
+// The rows of a channel's member list that a widget shows. They are asked for in a moment and come
+// when the service sends them; the channels of a guild that the same people may read share theirs.
+class DisSegListener : public QObject {
+    Q_OBJECT
+public:
+    explicit DisSegListener(QObject* parent = nullptr);
+    ~DisSegListener() override;
+
+    void setParams(DisListen::SegParams const& params);
+    void clear();
+    DisListen::SegParams const& params() const { return m_params; }
+    bool isNull() const { return !m_params.channelId.isValid(); }
+
+    int rowCount() const; // members and headings, told or not
+    QVector<DisSeg::Group> groups() const; // in the order of the list
+    // Null while the row is not told; valid until the next change.
+    DisSeg::Item const* row(int index) const;
+
+signals:
+    void segChanged();
+
+private:
+    friend class DisListenManager;
+    DisSegList const* list() const; // null while nothing is told
+
+    DisListen::SegParams m_params;
+    QString m_listId;
+};
+
 class DisListenManager : public QObject {
     Q_OBJECT
 public:
@@ -157,10 +237,14 @@ public:
 private:
     friend class DisUserListener;
     friend class DisChannelListener;
+    friend class DisGuildListener;
     friend class DisTypingUsersListener;
+    friend class DisSegListener;
     Impl& impl() { return *m_impl; }
     void disChanges(DisChanges const& changes);
     void typingStarts(QVector<DisTypingStart> const& starts);
+    void segUpdateTimeout();
+    void segPackage(DisSeg::Package const& package);
 
     std::unique_ptr<Impl> m_impl;
 };

@@ -17,6 +17,11 @@
 struct DisSegRange {
     int first = 0;
     int last = 0;
+
+    friend bool operator==(DisSegRange const& a, DisSegRange const& b)
+    {
+        return a.first == b.first && a.last == b.last;
+    }
 };
 
 // What is on screen of one channel's list.
