@@ -51,8 +51,10 @@ NakChatWindow* NakChatWindow::createInitialChatWindow()
 {
     auto* const window = new NakChatWindow;
     NakSettingsFile const settings;
-    if (settings.hasGeometry(geometryName()))
+    if (settings.hasGeometry(geometryName())) {
         window->restoreGeometry(settings.getGeometry(geometryName()));
+        window->d->restoreSideBar();
+    }
     return window;
 }
 
@@ -126,5 +128,6 @@ void NakChatWindow::showEvent(QShowEvent* event)
 void NakChatWindow::closeEvent(QCloseEvent* event)
 {
     NakSettingsFile().setGeometry(geometryName(), saveGeometry());
+    d->saveSideBar();
     NakStyledWindow::closeEvent(event);
 }

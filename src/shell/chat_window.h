@@ -2,8 +2,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// A top-level window: tabs, and a status row below them. Windows own themselves and go when they
-// are closed. User-interface thread; needs g_globalEvents and g_preferences.
+// A top-level window: a side bar, tabs beside it, and a status row below them. Windows own
+// themselves and go when they are closed. User-interface thread; needs g_globalEvents and
+// g_preferences.
 
 #include "nav_loc.h"
 #include "styled_window.h"

@@ -3,8 +3,10 @@
 #include "chat_window_priv.h"
 
 #include "bottom_bar.h"
+#include "chat_splitter.h"
 #include "chat_window.h"
 #include "preferences.h"
+#include "sbar_view.h"
 #include "settings_file.h"
 #include "shell_host.h"
 #include "tab_layout.h"
@@ -22,6 +24,16 @@ namespace {
 QString tabsKey()
 {
     return QStringLiteral("layout/tabs");
+}
+
+QString sideBarWidthKey()
+{
+    return QStringLiteral("sidebar/width");
+}
+
+QString sideBarVisibleKey()
+{
+    return QStringLiteral("sidebar/visible");
 }
 
 // A new window stands beside the one that made it, this far right and down.
@@ -42,9 +54,16 @@ void NakChatWindowPriv::makeCentralWidget()
     auto* const layout = new QVBoxLayout(central);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    mainTabs = new NakMainTabs(central);
+    m_splitter = new NakChatSplitter(central);
+    auto* const frame = new TrickyFrame(m_splitter);
+    sideBar = new NakSbarView(frame);
+    frame->setContent(sideBar);
+    mainTabs = new NakMainTabs(m_splitter);
+    m_splitter->setWidgets(frame, mainTabs);
+    m_splitter->resize(m_window->size()); // so that there is something to share out
+    m_splitter->setSideBarWidth(m_sideBarWidth);
     m_bottomBar = new BottomBar(mainTabs->statusWidget(), central);
-    layout->addWidget(mainTabs, 1);
+    layout->addWidget(m_splitter, 1);
     layout->addWidget(m_bottomBar);
     m_window->setCentralWidget(central);
 }
@@ -83,7 +102,14 @@ void NakChatWindowPriv::makeActions()
     m_showStatusBar->setCheckable(true);
     connect(m_showStatusBar, &QAction::triggered, this, &NakChatWindowPriv::setStatusBarWanted);
 
-    m_window->addActions({ m_accounts, mainTabs->backAction(), mainTabs->forwardAction() });
+    m_showSideBar = new QAction(QStringLiteral("Show Sidebar"), this);
+    m_showSideBar->setCheckable(true);
+    m_showSideBar->setChecked(true);
+    m_showSideBar->setShortcut(key("Alt+0"));
+    connect(m_showSideBar, &QAction::triggered, this, &NakChatWindowPriv::setSideBarShown);
+
+    m_window->addActions(
+        { m_showSideBar, m_accounts, mainTabs->backAction(), mainTabs->forwardAction() });
 }
 
 void NakChatWindowPriv::makeShortcuts()
@@ -95,6 +121,9 @@ void NakChatWindowPriv::makeShortcuts()
                 mainTabs->setCurrentIndex(digit - 1);
         });
     }
+    // Between the side bar and the tab, as where windows have panes.
+    auto* const otherPane = new QShortcut(QKeySequence(Qt::Key_F6), m_window);
+    connect(otherPane, &QShortcut::activated, this, &NakChatWindowPriv::moveFocusBetweenPanes);
     auto* const closeWindow =
         new QShortcut(QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_W), m_window);
     connect(closeWindow, &QShortcut::activated, m_window, &QWidget::close, Qt::QueuedConnection);
@@ -107,7 +136,7 @@ void NakChatWindowPriv::makeMenus()
     view->addSeparator();
     view->addActions({ m_previousTab, m_nextTab });
     view->addSeparator();
-    view->addAction(m_showStatusBar);
+    view->addActions({ m_showSideBar, m_showStatusBar });
 
     QMenu* const tools = m_window->menuBar()->addMenu(QStringLiteral("&Tools"));
     tools->addActions({ m_newTab, m_newWindow, m_accounts, m_notifications });
@@ -127,7 +156,26 @@ void NakChatWindowPriv::connectEverything()
             &NakChatWindowPriv::applyPreferences);
     connect(g_globalEvents, &NakGlobalEvents::connStatusChanged, this,
             &NakChatWindowPriv::saveTabsIfDisconnected);
+    connectSideBar();
     onTabsChanged();
+}
+
+void NakChatWindowPriv::connectSideBar()
+{
+    connect(sideBar, &NakSbarView::pickedByClicking, this, [this](NakNavLoc const& place) {
+        mainTabs->openNavLoc(place, NakTabs::TargetHint::CurrentTab,
+                             g_preferences->useExistingChatTab ? NakTabs::SubstitueHint::Search
+                                                               : NakTabs::SubstitueHint::DontSearch,
+                             NakTabs::ChangeToHint::Change);
+    });
+    connect(sideBar, &NakSbarView::pickedByMiddleClicking, this, [this](NakNavLoc const& place) {
+        mainTabs->openNavLoc(place, NakTabs::TargetHint::NewTab, NakTabs::SubstitueHint::DontSearch,
+                             NakTabs::ChangeToHint::Stay);
+    });
+    connect(sideBar, &NakSbarView::focusGivenBack, this, &NakChatWindowPriv::moveFocusBetweenPanes);
+    connect(mainTabs, &NakMainTabs::navLocChanged, this, &NakChatWindowPriv::checkNavLoc);
+    connect(m_splitter, &QSplitter::splitterMoved, this,
+            &NakChatWindowPriv::updateStuffAfterSplitterSizeChange);
 }
 
 void NakChatWindowPriv::applyPreferences()
@@ -173,6 +221,59 @@ void NakChatWindowPriv::saveTabsIfDisconnected() const
         trySaveTabsToPrefsFile();
 }
 
+void NakChatWindowPriv::restoreSideBar()
+{
+    NakSettingsFile const settings;
+    m_sideBarWidth = settings.value(sideBarWidthKey(), m_sideBarWidth).toInt();
+    setSideBarShown(settings.value(sideBarVisibleKey(), true).toBool());
+}
+
+void NakChatWindowPriv::saveSideBar() const
+{
+    NakSettingsFile settings;
+    settings.setValue(sideBarWidthKey(), m_sideBarWidth);
+    settings.setValue(sideBarVisibleKey(), m_splitter->sideBarWidth() > 0);
+}
+
+void NakChatWindowPriv::takeSideBarFrom(NakChatWindowPriv const& other)
+{
+    m_sideBarWidth = other.m_sideBarWidth;
+    setSideBarShown(other.m_splitter->sideBarWidth() > 0);
+}
+
+void NakChatWindowPriv::setSideBarShown(bool shown)
+{
+    m_splitter->setSideBarWidth(shown ? m_sideBarWidth : 0);
+    updateStuffAfterSplitterSizeChange();
+}
+
+void NakChatWindowPriv::updateStuffAfterSplitterSizeChange()
+{
+    int const width = m_splitter->sideBarWidth();
+    if (width > 0)
+        m_sideBarWidth = width;
+    m_showSideBar->setChecked(width > 0);
+}
+
+void NakChatWindowPriv::checkNavLoc()
+{
+    NakNavLoc const place = mainTabs->currentNavLoc();
+    if (sideBar->activeNavLoc() != place)
+        sideBar->setActiveNavLoc(place);
+}
+
+void NakChatWindowPriv::moveFocusBetweenPanes()
+{
+    bool const toTabs = sideBar->hasFocus() || m_splitter->sideBarWidth() == 0;
+    QWidget* const content = mainTabs->currentWidget();
+    if (!toTabs)
+        sideBar->setFocus(Qt::ShortcutFocusReason);
+    else if (content)
+        content->setFocus(Qt::ShortcutFocusReason);
+    else
+        mainTabs->setFocus(Qt::ShortcutFocusReason);
+}
+
 void NakChatWindowPriv::openLater(NakNavLoc const& place, NakTabs::TargetHint target,
                                   NakTabs::SubstitueHint substitute, NakTabs::ChangeToHint change)
 {
@@ -191,6 +292,7 @@ void NakChatWindowPriv::newWindow()
 {
     auto* const window = new NakChatWindow;
     window->setGeometry(m_window->geometry().translated(newWindowShift, newWindowShift));
+    window->d->takeSideBarFrom(*this);
     window->show();
 }
 

@@ -10,7 +10,9 @@
 #include <QObject>
 
 class BottomBar;
+class NakChatSplitter;
 class NakChatWindow;
+class NakSbarView;
 class QAction;
 class QMenu;
 
@@ -21,6 +23,7 @@ public:
     ~NakChatWindowPriv() override;
 
     NakMainTabs* mainTabs = nullptr;
+    NakSbarView* sideBar = nullptr;
 
     // In the order in which the window's constructor calls them.
     void makeCentralWidget();
@@ -38,6 +41,11 @@ public:
     void openLater(NakNavLoc const& place, NakTabs::TargetHint target,
                    NakTabs::SubstitueHint substitute, NakTabs::ChangeToHint change);
 
+    // The side bar's width, kept while it is shut, and whether it is open.
+    void restoreSideBar();
+    void saveSideBar() const;
+    void takeSideBarFrom(NakChatWindowPriv const& other);
+
     // The actions' effects.
     void newTab();
     void newWindow();
@@ -46,6 +54,7 @@ public:
     void openNotifications();
     void closeTabOrWindow();
     void setStatusBarWanted(bool wanted);
+    void setSideBarShown(bool shown);
     void quit();
 
 private:
@@ -54,9 +63,15 @@ private:
     void updateTitle();
     void updateWindowIcon();
     void onTabsChanged();
+    void connectSideBar();
+    void updateStuffAfterSplitterSizeChange();
+    void checkNavLoc();
+    void moveFocusBetweenPanes();
     void onTabMenusChanged();
 
     NakChatWindow* m_window;
+    NakChatSplitter* m_splitter = nullptr;
+    int m_sideBarWidth = 180;
     BottomBar* m_bottomBar = nullptr;
     QAction* m_newTab = nullptr;
     QAction* m_newWindow = nullptr;
@@ -66,6 +81,7 @@ private:
     QAction* m_notifications = nullptr;
     QAction* m_close = nullptr;
     QAction* m_showStatusBar = nullptr;
+    QAction* m_showSideBar = nullptr;
     QAction* m_quit = nullptr;
     QList<QPointer<QAction>> m_tabMenus; // those of the current tab, in the menu bar
 };

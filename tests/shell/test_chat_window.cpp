@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "chat_window.h"
+#include "sbar_view.h"
 #include "shell_fixture.h"
 #include "window_host.h"
 
@@ -8,6 +9,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QSplitter>
 #include <QTabBar>
 #include <QTest>
 
@@ -335,12 +337,29 @@ TEST_F(ChatWindow, SavingTheWindowKeepsOtherSettings)
 {
     NakChatWindow* const window = shownWindow();
     openTabs(window, { 5 });
-    writeSetting("sidebar/width", 250);
+    writeSetting("paths/of_a_later_version", 250);
     writeSetting("misc/show_status_bar", false);
     window->close();
     settle();
-    EXPECT_EQ(readSetting("sidebar/width").toInt(), 250);
+    EXPECT_EQ(readSetting("paths/of_a_later_version").toInt(), 250);
     EXPECT_EQ(readSetting("misc/show_status_bar").toString(), QStringLiteral("false"));
+}
+
+TEST_F(ChatWindow, TheSideBarComesBackAsItWas)
+{
+    NakChatWindow* window = shownWindow();
+    auto const barWidth = [&window] { return window->findChild<NakSbarView*>()->width(); };
+    EXPECT_EQ(barWidth(), 180);
+    window->findChild<QSplitter*>()->setSizes({ 220, 400 });
+    emit window->findChild<QSplitter*>()->splitterMoved(220, 1);
+    QTest::keyClick(window, Qt::Key_0, Qt::AltModifier);
+    EXPECT_FALSE(action(window, "Show Sidebar")->isChecked());
+    window->close();
+    settle();
+    window = shownWindow();
+    EXPECT_FALSE(action(window, "Show Sidebar")->isChecked());
+    QTest::keyClick(window, Qt::Key_0, Qt::AltModifier);
+    EXPECT_NEAR(barWidth(), 220, 2);
 }
 
 TEST_F(ChatWindow, GeometryComesBack)

@@ -1,0 +1,33 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// What the menus of the side bar share. Questions to the user do not hold up the program: the
+// answer comes later, and never after the parent is gone.
+
+#include <QString>
+
+#include <functional>
+
+class QAction;
+class QMenu;
+class QWidget;
+
+namespace NakSbar {
+
+// The text is a pattern in which %1 stands for a name from outside; one without a name needs none.
+QAction* addMenuAction(QMenu* menu, char const* pattern, QString const& name,
+                       std::function<void()> const& effect);
+
+struct Question {
+    QString title;
+    QString text;
+    QString confirm; // on the button that means yes
+};
+void ask(QWidget* parent, Question const& question, std::function<void()> const& onYes);
+
+// Asks for a folder's name. What comes is neither empty nor overlong.
+void askFolderName(QWidget* parent, QString const& title, QString const& preset,
+                   std::function<void(QString const& name)> const& onName);
+
+} // namespace NakSbar

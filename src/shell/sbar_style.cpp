@@ -1,0 +1,229 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "sbar_style.h"
+
+#include "app_theme.h"
+#include "gui_icons.h"
+#include "nak_color.h"
+#include "nakwire_style.h"
+
+#include <QFontMetrics>
+#include <QPainter>
+#include <QPalette>
+
+#include <algorithm>
+
+namespace {
+
+using NakStyle::SbarTone;
+using NakStyle::SbarViewStyle;
+
+constexpr int lightWindowLightness = 128;
+constexpr int rowHeightOverFont = 5;
+constexpr double badgeFontScale = 0.85;
+constexpr int minBadgePointSize = 6;
+constexpr int maxTiles = 256;
+
+QColor& at(QColor (&colors)[static_cast<size_t>(SbarTone::Count)], SbarTone tone)
+{
+    return colors[static_cast<size_t>(tone)];
+}
+
+void setFonts(SbarViewStyle* style, QFont const& font)
+{
+    style->rowFont = font;
+    style->headFont = font;
+    style->headFont.setWeight(QFont::DemiBold);
+    style->rowFontHeight = QFontMetrics(style->rowFont).height();
+    style->headFontHeight = QFontMetrics(style->headFont).height();
+    style->badgeFont = NakBadgePaint::deriveFontDataFromLargerFont(font);
+}
+
+void setDistances(SbarViewStyle* style)
+{
+    int const wanted = std::max(style->rowFontHeight + rowHeightOverFont, 1);
+    int const height = wanted + wanted % 2;
+    style->rowHeight = height;
+    style->sectionHeight = height + 6;
+    style->groupHeight = height + 7;
+    style->groupEndHeight = 4;
+    style->groupStartHeight = 3;
+    style->aloneHeight = height + 8;
+    style->iconSize = std::max(height - 2, 1);
+    style->smallGlyphSize = std::max(height - 8, 1);
+    style->badgePadding = std::max((height - 6) / 2, 0);
+    style->badgeMinWidth = std::max(height - 6, 1);
+}
+
+void setTextColors(SbarViewStyle* style, QPalette const& palette)
+{
+    QColor const text = palette.color(QPalette::WindowText);
+    QColor const bright = palette.color(QPalette::BrightText);
+    at(style->text, SbarTone::Normal) = NakColor::mix(style->background, text, 0.86);
+    at(style->text, SbarTone::Strong) = style->isLight ? text : bright;
+    at(style->text, SbarTone::Dim) = NakColor::mix(style->background, text, 0.6);
+    at(style->text, SbarTone::OnActive) = palette.color(QPalette::HighlightedText);
+    QColor const icon = NakAppTheme::getGlobalThemeColors().icon;
+    at(style->icon, SbarTone::Normal) = NakColor::mix(style->background, icon, 0.75);
+    at(style->icon, SbarTone::Strong) = icon;
+    at(style->icon, SbarTone::Dim) = NakColor::mix(style->background, icon, 0.5);
+    at(style->icon, SbarTone::OnActive) = palette.color(QPalette::HighlightedText);
+}
+
+void setColors(SbarViewStyle* style, QPalette const& palette)
+{
+    QColor const window = palette.color(QPalette::Window);
+    QColor const text = palette.color(QPalette::WindowText);
+    QColor const highlight = palette.color(QPalette::Highlight);
+    style->isLight = window.lightness() >= lightWindowLightness;
+    style->background = window;
+    style->groupFill = style->isLight ? NakColor::mix(window, palette.color(QPalette::Base), 0.55)
+                                      : NakColor::mix(window, palette.color(QPalette::Base), 0.6);
+    style->groupLine = NakColor::mix(style->groupFill, text, 0.1);
+    style->activeFill = highlight;
+    style->pressedFill = NakColor::mix(style->groupFill, highlight, 0.35);
+    style->caretLine = highlight;
+    setTextColors(style, palette);
+    auto const& theme = NakAppTheme::getGlobalThemeColors();
+    style->badgeFill = theme.unreadBadge;
+    style->badgeText = theme.unreadBadgeText;
+    style->badgeShadow = QColor(0, 0, 0, style->isLight ? 28 : 70);
+    style->membersFill = NakColor::mix(style->groupFill, text, 0.18);
+    style->tileFill = NakColor::mix(style->groupFill, text, 0.24);
+    style->tileText = text;
+    style->membersText = NakColor::mix(style->groupFill, text, 0.9);
+}
+
+QColor statusColor(DisUserStatusCode status, SbarViewStyle const& style)
+{
+    switch (status) {
+    case DisUserStatusCode::Online:
+        return style.isLight ? QColor(47, 143, 78) : QColor(87, 178, 113);
+    case DisUserStatusCode::Idle:
+        return style.isLight ? QColor(196, 134, 20) : QColor(222, 170, 72);
+    case DisUserStatusCode::DoNotDisturb:
+        return style.isLight ? QColor(196, 58, 58) : QColor(222, 98, 98);
+    case DisUserStatusCode::Unknown:
+    case DisUserStatusCode::Offline:
+        break;
+    }
+    return style.icon[static_cast<size_t>(SbarTone::Dim)];
+}
+
+// One that is offline is a ring, so that the states can be told apart without their colours.
+void paintCircle(QPainter* painter, QRectF const& box, DisUserStatusCode status,
+                 QColor const& color)
+{
+    bool const hollow =
+        status == DisUserStatusCode::Offline || status == DisUserStatusCode::Unknown;
+    double const line = box.width() / 5;
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setPen(hollow ? QPen(color, line) : QPen(Qt::NoPen));
+    painter->setBrush(hollow ? QBrush(Qt::NoBrush) : QBrush(color));
+    painter->drawEllipse(hollow ? box.adjusted(line / 2, line / 2, -line / 2, -line / 2) : box);
+    if (status == DisUserStatusCode::DoNotDisturb) {
+        painter->setCompositionMode(QPainter::CompositionMode_Clear);
+        painter->fillRect(QRectF(box.left() + box.width() / 4, box.center().y() - line / 2,
+                                 box.width() / 2, line),
+                          Qt::transparent);
+    }
+}
+
+// The first letter or figure, which may take two code units.
+QString initialOf(QString const& name)
+{
+    for (int i = 0; i < name.size(); ++i) {
+        if (name.at(i).isLetterOrNumber())
+            return name.mid(i, 1).toUpper();
+        if (name.at(i).isHighSurrogate())
+            return name.mid(i, 2);
+    }
+    return name.left(1);
+}
+
+constexpr quint64 pictureKey(quint64 code, quint64 size, QRgb color)
+{
+    return code << 48 | size << 32 | color;
+}
+
+} // namespace
+
+NakBadgePaint::FontData NakBadgePaint::deriveFontDataFromLargerFont(QFont const& larger)
+{
+    FontData data{ larger, 0 };
+    if (larger.pointSizeF() > 0)
+        data.font.setPointSizeF(
+            std::max(larger.pointSizeF() * badgeFontScale, double(minBadgePointSize)));
+    else
+        data.font.setPixelSize(
+            std::max(int(larger.pixelSize() * badgeFontScale), minBadgePointSize));
+    data.font.setWeight(QFont::DemiBold);
+    data.height = QFontMetrics(data.font).height();
+    return data;
+}
+
+QPixmap NakStyle::SbarViewStyle::glyphInColor(ushort code, QColor const& color, int size) const
+{
+    QPixmap& picture = pictures[pictureKey(code, quint64(size), color.rgba())];
+    if (picture.isNull() && g_guiIcons) {
+        int const extent = int(size * density + 0.5);
+        picture = g_guiIcons->coloredGlyph(QChar(code), color, { extent, extent });
+        picture.setDevicePixelRatio(density);
+    }
+    return picture;
+}
+
+QPixmap NakStyle::SbarViewStyle::glyph(ushort code, SbarTone tone, int size) const
+{
+    return glyphInColor(code, icon[static_cast<size_t>(tone)], size);
+}
+
+QPixmap NakStyle::SbarViewStyle::statusCircle(DisUserStatusCode status) const
+{
+    QPixmap& picture = pictures[pictureKey(quint64(status), 0, 0)];
+    if (picture.isNull()) {
+        int const extent = int(statusSize * density + 0.5);
+        picture = QPixmap(extent, extent);
+        picture.fill(Qt::transparent);
+        QPainter painter(&picture);
+        paintCircle(&painter, QRectF(0, 0, extent, extent), status, statusColor(status, *this));
+        painter.end();
+        picture.setDevicePixelRatio(density);
+    }
+    return picture;
+}
+
+QPixmap NakStyle::SbarViewStyle::letterTile(QString const& name) const
+{
+    QString const initial = initialOf(name);
+    if (tiles.size() > maxTiles)
+        tiles.clear();
+    QPixmap& picture = tiles[initial];
+    if (picture.isNull()) {
+        int const extent = int(iconSize * density + 0.5);
+        picture = QPixmap(extent, extent);
+        picture.fill(Qt::transparent);
+        picture.setDevicePixelRatio(density);
+        QPainter painter(&picture);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(tileFill);
+        QRectF const box(0, 0, iconSize, iconSize);
+        painter.drawRoundedRect(box, tileRadius, tileRadius);
+        painter.setPen(tileText);
+        painter.setFont(headFont);
+        painter.drawText(box, Qt::AlignCenter, initial);
+    }
+    return picture;
+}
+
+NakStyle::SbarViewStyle NakStyle::makeSbarViewStyle(QFont const& sourceListFont,
+                                                    QPalette const& palette, double density)
+{
+    SbarViewStyle style;
+    style.density = density;
+    setFonts(&style, sourceListFont);
+    setDistances(&style);
+    setColors(&style, palette);
+    return style;
+}
