@@ -315,6 +315,48 @@ TEST_F(ZilViewTest, AStormOfResizesMakesOneMoreLayout)
     FAIL() << "never ten resizes in 40 ms";
 }
 
+TEST_F(ZilViewTest, TheAnchorStaysWhileOthersGrowAndTheViewChanges)
+{
+    std::mt19937 random(2);
+    auto const upTo = [&random](int n) { return static_cast<int>(random() % unsigned(n)); };
+    show(QVector<int>(300, 40), { 200, 300 });
+    QObject::connect(view.get(), &ZilView::layoutChanged, view.get(),
+                     [this] { view->adaptOffset(view->origin(), view->offset()); });
+    view->adaptOffset(source->widgetOf(150), 20);
+    settle();
+    for (int round = 0; round < 300 && !HasFailure(); ++round) {
+        int anchor = static_cast<NumberWidget*>(view->origin())->number;
+        int top = view->offset();
+        if (upTo(4) == 0) {
+            view->resize(150 + upTo(100), 250 + upTo(100));
+            settle();
+            EXPECT_EQ(dump(*view), expectedDump(source->heights, anchor, top, view->height()));
+            anchor = static_cast<NumberWidget*>(view->origin())->number;
+            top = view->offset();
+        }
+        QSignalSpy const layouts(view.get(), &ZilView::layoutChanged);
+        bool asked = false;
+        for (int changes = upTo(6); changes > 0; --changes) {
+            int const number = std::clamp(anchor + upTo(21) - 10, 0, 299);
+            source->heights[number] = 1 + upTo(120);
+            if (NumberWidget* const widget = source->lent.value(number)) {
+                asked = true;
+                widget->wanted = source->heights[number];
+                widget->updateGeometry();
+            }
+        }
+        settle();
+        EXPECT_EQ(dump(*view), expectedDump(source->heights, anchor, top, view->height()));
+        EXPECT_EQ(layouts.count(), asked ? 1 : 0);
+        expectSound();
+        if (upTo(3) == 0) {
+            view->adaptOffset(view->origin(), view->offset() + upTo(300) - 150);
+            settle();
+        }
+    }
+    EXPECT_LE(source->made, 400) << "released widgets come back into use";
+}
+
 TEST_F(ZilViewTest, CallsOutOfTheSignalDoNotEmitAgain)
 {
     show(QVector<int>(30, 50), { 200, 320 });
