@@ -6,7 +6,9 @@
 //
 // A bench run with --once does its set-up and calls the function bench_once a single time, for
 // script/bench to count the instructions of; it prints a line "name, unit, count, goal" per figure,
-// where count is what that one call handled.
+// where count is what that one call handled. With a fifth field "floor" it also calls bench_floor
+// once, for the same count. A bench with several such figures exports bench_variants, prints their
+// names when run with --variants, and takes one after --once.
 
 #include <algorithm>
 #include <chrono>

@@ -364,6 +364,9 @@ void NakwireStyle::polish(QWidget* widget)
     QProxyStyle::polish(widget);
     if (widget->inherits("QTipLabel"))
         widget->setPalette(QApplication::palette());
+    // Ours fill their whole rectangle; else a scrolled view paints its own ground and frame below.
+    if (widget->inherits("QScrollBar"))
+        widget->setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
 void NakwireStyle::drawPrimitive(PrimitiveElement element, QStyleOption const* option,
