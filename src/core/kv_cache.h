@@ -69,6 +69,21 @@ public:
         return true;
     }
 
+    // Those for which predicate(key, value) is true. Looks at all.
+    template <typename Predicate> void removeIf(Predicate predicate)
+    {
+        for (auto it = m_nodes.begin(); it != m_nodes.end();) {
+            Node* const node = &it.value();
+            if (!predicate(it.key(), node->value)) {
+                ++it;
+                continue;
+            }
+            unlink(node);
+            m_totalCost -= node->cost;
+            it = m_nodes.erase(it);
+        }
+    }
+
     void clear()
     {
         m_nodes.clear();

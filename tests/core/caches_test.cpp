@@ -135,24 +135,33 @@ TEST(KVCache, GoesLikeAPlainList)
     for (int step = 0; step < 20000; ++step) {
         int const key = static_cast<int>(random() % 40);
         bool const known = std::count(model.begin(), model.end(), key) > 0;
-        switch (random() % 4) {
-        case 0:
-        case 1:
-            cache.insert(key, text(key));
-            modelErase(key);
-            model.insert(model.begin(), key);
-            model.resize(std::min<size_t>(model.size(), 20));
+        switch (random() % 16) {
+        case 0: {
+            auto const goes = [&](int other) { return other % 5 == key % 5; };
+            cache.removeIf([&](int other, QString const&) { return goes(other); });
+            model.erase(std::remove_if(model.begin(), model.end(), goes), model.end());
             break;
+        }
+        case 1:
         case 2:
+        case 3:
             ASSERT_EQ(cache.find(key) != nullptr, known);
             if (known) {
                 modelErase(key);
                 model.insert(model.begin(), key);
             }
             break;
-        default:
+        case 4:
+        case 5:
+        case 6:
             ASSERT_EQ(cache.remove(key), known);
             modelErase(key);
+            break;
+        default:
+            cache.insert(key, text(key));
+            modelErase(key);
+            model.insert(model.begin(), key);
+            model.resize(std::min<size_t>(model.size(), 20));
         }
         QVector<int> expected;
         for (size_t i = 0; i + 1 < model.size(); ++i)

@@ -333,25 +333,14 @@ template <typename Value> void forgetGuildRange(OrdCache<GuildAndUser, Value>& c
     cache.erase(cache.lowerBound({ guild, FlakeId(0) }), cache.upperBound({ guild, FlakeId() }));
 }
 
-// The capabilities for which isStale(channel, user) says so.
-template <typename IsStale> void forgetCaps(IsStale isStale)
-{
-    auto& caps = data().channelCaps;
-    for (auto it = caps.begin(); it != caps.end();) {
-        auto const at = it++;
-        if (isStale(at->first))
-            caps.erase(at, std::next(at));
-    }
-}
-
 void forgetMember(FlakeId guild, FlakeId user)
 {
     data().memberNicks.remove(qMakePair(guild, user));
     forgetUserProperties(user); // the event tells the user anew as well
     forgetPair(data().roleColors, guild, user);
     forgetPair(data().guildPermissions, guild, user);
-    forgetCaps([&](GuildChannelAndUser const& key) {
-        return std::get<0>(key) == guild && std::get<2>(key) == user;
+    data().channelCaps.removeIf([&](auto const& channelAndUser, ChannelCaps const& caps) {
+        return caps.guild == guild && channelAndUser.second == user;
     });
 }
 
@@ -359,9 +348,6 @@ void forgetRightsInGuild(FlakeId guild)
 {
     forgetGuildRange(data().roleColors, guild);
     forgetGuildRange(data().guildPermissions, guild);
-    auto& caps = data().channelCaps;
-    caps.erase(caps.lowerBound({ guild, FlakeId(0), FlakeId(0) }),
-               caps.upperBound({ guild, FlakeId(), FlakeId() }));
 }
 
 void clearAll()
@@ -430,9 +416,10 @@ void applyChanges(DisChanges const& changes)
         applyChange(change, stale);
     for (FlakeId const guild : stale.guilds)
         forgetRightsInGuild(guild);
-    if (!stale.channels.isEmpty())
-        forgetCaps([&](GuildChannelAndUser const& key) {
-            return stale.channels.contains(std::get<1>(key));
+    if (!stale.guilds.isEmpty() || !stale.channels.isEmpty())
+        data().channelCaps.removeIf([&](auto const& channelAndUser, ChannelCaps const& caps) {
+            return stale.guilds.contains(caps.guild)
+                || stale.channels.contains(channelAndUser.first);
         });
 }
 

@@ -15,7 +15,6 @@
 
 #include <array>
 #include <memory>
-#include <tuple>
 #include <utility>
 
 // Name and text. Parameters and columns are bound and read in the order in which they stand.
@@ -33,8 +32,9 @@
     X(MemberPermissions, "select role.permissions from role, guild_member_role where role.guild_id = ?1 and " \
         "guild_member_role.user_id = ?2 and role.id = guild_member_role.role_id union all " \
         "select role.permissions from role where role.guild_id = ?1 and role.id = ?1") \
+    /* The cross join has the channel's few rows read first: the own user can have hundreds of roles. */ \
     X(MemberOverwrites, "select guild_channel_permission.allow, guild_channel_permission.deny from " \
-        "guild_channel_permission, guild_member_role where guild_channel_permission.channel_id = ? and " \
+        "guild_channel_permission cross join guild_member_role where guild_channel_permission.channel_id = ? and " \
         "(guild_channel_permission.target_id = guild_member_role.role_id and guild_member_role.user_id = ?)") \
     X(Overwrite, "select allow, deny from guild_channel_permission where channel_id = ? and target_id = ?") \
     X(Relationship, "select type from user_relationship where own_user_id = ? and other_user_id = ?") \
@@ -88,8 +88,10 @@ enum class ReadStmt : quint8 {
 
 using GuildAndUser = std::pair<FlakeId, FlakeId>;
 
-// Guild first, so that all entries of a guild are one range.
-using GuildChannelAndUser = std::tuple<FlakeId, FlakeId, FlakeId>;
+struct ChannelCaps {
+    FlakeId guild; // the channel's
+    quint32 caps = 0;
+};
 
 struct Data {
     std::array<std::unique_ptr<NakStmt>, static_cast<size_t>(ReadStmt::Count)> statements;
@@ -102,7 +104,7 @@ struct Data {
     NakKVCache<QPair<FlakeId, FlakeId>, QString> memberNicks{ 300 }; // by guild and user
     OrdCache<GuildAndUser, int> roleColors{ 300 }; // 0xRRGGBB, 0 for none
     OrdCache<GuildAndUser, quint32> guildPermissions{ 200 };
-    OrdCache<GuildChannelAndUser, quint32> channelCaps{ 100 };
+    NakKVCache<QPair<FlakeId, FlakeId>, ChannelCaps> channelCaps{ 100 }; // by channel and user
     NakKVCache<FlakeId, QString> guildNames{ 300 };
     NakKVCache<FlakeId, FlakeId> guildOwners{ 300 };
     NakKVCache<FlakeId, FlakeId> guildAfkChannels{ 300 };

@@ -49,12 +49,15 @@ quint32 userGuildPermissions_uncached(FlakeId user, FlakeId guild)
 
 quint32 guildMemberChannelCaps(FlakeId user, FlakeId channel)
 {
+    auto const key = qMakePair(channel, user);
+    if (ChannelCaps const* hit = data().channelCaps.find(key))
+        return hit->caps;
     FlakeId const guild = guildIdOfChannel(channel);
     if (!guild.isValid())
         return 0;
-    return data().channelCaps.findOrFill(GuildChannelAndUser(guild, channel, user), [&] {
-        return guildMemberChannelCaps_uncached(user, channel);
-    });
+    quint32 const caps = guildMemberChannelCaps_uncached(user, channel);
+    data().channelCaps.insert(key, { guild, caps });
+    return caps;
 }
 
 quint32 guildMemberChannelCaps_uncached(FlakeId user, FlakeId channel)
