@@ -8,6 +8,7 @@ int main(int argc, char** argv)
     NakStartup::installQtMessageHandler();
     if (argc > 1)
         return NakStartup::runCommandLine(argc, argv);
+    NakStartup::configureAllocator();
     NakStartup::initSodium();
     NakStartup::registerMetaTypes();
     NakStartup::setApplicationNames();

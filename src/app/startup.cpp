@@ -12,6 +12,7 @@
 #include <QPalette>
 #include <QStyleFactory>
 
+#include <malloc.h>
 #include <sodium.h>
 #include <sqlite3.h>
 
@@ -65,6 +66,15 @@ int NakStartup::runCommandLine(int argc, char const* const* argv)
     }
     qWarning() << "Unrecognized command line argument:" << arguments.at(1);
     return EXIT_FAILURE;
+}
+
+// Once a large block was freed, the allocator would from then on take blocks of that size from the
+// threads' arenas, and keep up to twice as much of each when all is freed. Setting the value that
+// it starts with turns that off.
+void NakStartup::configureAllocator()
+{
+    constexpr int keptAtMost = 128 * 1024; // bytes
+    mallopt(M_TRIM_THRESHOLD, keptAtMost);
 }
 
 void NakStartup::initSodium()

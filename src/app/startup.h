@@ -19,6 +19,7 @@ bool dropsQtMessage(QString const& message, bool* startTimerSeen);
 // The whole command line is --version; returns the exit status. Nothing is made on disk.
 int runCommandLine(int argc, char const* const* argv);
 
+void configureAllocator(); // before large blocks are freed
 void initSodium(); // or the process ends
 void registerMetaTypes();
 void setApplicationNames();

@@ -18,6 +18,9 @@
 #include <QThread>
 #include <QWebSocket>
 
+#include <malloc.h>
+#include <sqlite3.h>
+
 #include <iterator>
 #include <utility>
 
@@ -25,6 +28,9 @@ namespace {
 
 // The connection-wide compression is always asked for.
 constexpr bool useZlibStream = true;
+
+// Bytes of a frame, inflated, from which on what it took is worth giving back to the system.
+constexpr quint32 largeFrame = 1'000'000;
 
 // About a kilobyte each. The wait ends by itself, for the user-interface thread may stand still.
 constexpr int mostUnderway = 512;
@@ -278,6 +284,17 @@ void DisSessionWorker::webSocketBinaryMessageReceived(QByteArray const& bytes)
         break;
     }
     m_inflater.release();
+    // Once the socket has let go of the message as well.
+    if (outcome.size >= largeFrame)
+        Utils::invokeOnThread(this, [this] { giveBackMemory(); });
+}
+
+// What the allocator keeps between blocks in use, and the pages of the store that were cached last:
+// they are not those that live events write.
+void DisSessionWorker::giveBackMemory()
+{
+    sqlite3_db_release_memory(prepared.db);
+    malloc_trim(0);
 }
 
 void DisSessionWorker::fullMessageReceived(char const* bytes, quint32 size)
