@@ -5,92 +5,32 @@
 // rows, in the order of the wire, through prepared statements into the same tables.
 
 #include "bench_row.h"
-#include "dis_db_prepared.h"
+#include "bench_store.h"
 #include "dis_events.h"
-#include "dis_store.h"
-#include "dread_etf.h"
 #include "gateway_inflater.h"
-#include "nak_sql.h"
 #include "ready_document.h"
 
-#include <QTemporaryDir>
-
 #include <sqlite3.h>
+#include <zlib.h>
 
-#include <cstdlib>
-#include <cstring>
+#include <iterator>
 #include <map>
-#include <set>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace {
 
+using Bench::FreshStore;
+using Bench::number;
+using Bench::orEmpty;
+using Bench::stop;
+using Bench::Value;
+
 constexpr int rounds = 11;
 constexpr quint32 maxFrame = 256U << 20;
 
-[[noreturn]] void stop(char const* why)
-{
-    fprintf(stderr, "bench_ready: %s\n", why);
-    exit(1);
-}
-
-// --- a store of its own for every run ---
-
-struct FreshStore {
-    QTemporaryDir directory;
-    sqlite3* db = createDisStore(directory.filePath(QStringLiteral("store.nakdb")));
-    DisDbPrepared prepared;
-
-    FreshStore() { initializeDbPrepStmts(prepared, db); }
-    ~FreshStore()
-    {
-        finalizeDbPrepStmts(prepared);
-        NakSql::closeDb(db);
-    }
-};
-
-std::string dump(sqlite3* db)
-{
-    std::string text;
-    std::vector<std::string> lines;
-    auto const query = [&](std::string const& sql, auto&& row) {
-        sqlite3_stmt* stmt = nullptr;
-        if (sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr) != SQLITE_OK)
-            stop(sqlite3_errmsg(db));
-        while (sqlite3_step(stmt) == SQLITE_ROW)
-            row(stmt);
-        sqlite3_finalize(stmt);
-    };
-    auto const column = [](sqlite3_stmt* stmt, int i) {
-        auto const* value = reinterpret_cast<char const*>(sqlite3_column_text(stmt, i));
-        return std::string(value ? value : "null");
-    };
-    std::vector<std::string> tables;
-    query("select name from sqlite_master where type = 'table' order by name",
-          [&](sqlite3_stmt* stmt) { tables.push_back(column(stmt, 0)); });
-    for (auto const& table : tables) {
-        query("select * from " + table, [&](sqlite3_stmt* stmt) {
-            std::string line = table;
-            for (int i = 0; i < sqlite3_column_count(stmt); ++i)
-                line += '|' + column(stmt, i);
-            lines.push_back(line);
-        });
-    }
-    std::sort(lines.begin(), lines.end());
-    for (auto const& line : lines)
-        text += line + '\n';
-    return text;
-}
-
 // --- the bare loop ---
-
-struct Value {
-    enum Kind { Null, Integer, Text } kind = Null;
-    qint64 integer = 0;
-    char const* text = nullptr;
-    int length = 0;
-};
 
 struct Row {
     int table = 0;
@@ -176,44 +116,22 @@ public:
     }
 
 private:
-    static Value number(qint64 value) { return { Value::Integer, value, nullptr, 0 }; }
-    static Value text(char const* data, quint32 length)
-    {
-        return { Value::Text, 0, data, static_cast<int>(length) };
-    }
-    static Value orEmpty(Value value) { return value.kind == Value::Text ? value : text("", 0); }
     Dread::VMap map(Dread::VMap const& from, char const* key) const
     {
-        Dread::VMap value;
-        Dread::find(m_ctx, from, key, &value);
-        return value;
+        return Bench::map(m_ctx, from, key);
     }
     Value integer(Dread::VMap const& from, char const* key) const
     {
-        auto const* value = Dread::findVal(m_ctx, from, key);
-        if (!value || value->tag == Dread::Tag::Nil)
-            return {};
-        if (value->tag == Dread::Tag::Bool)
-            return number(value->boolean ? 1 : 0);
-        FlakeId id;
-        qint32 small = 0;
-        if (Dread::find(m_ctx, from, key, &small))
-            return number(small);
-        Dread::toFlakeId(*value, &id);
-        return number(static_cast<qint64>(id.value()));
+        return Bench::integer(m_ctx, from, key);
     }
     Value string(Dread::VMap const& from, char const* key) const
     {
-        Dread::VString value;
-        return Dread::find(m_ctx, from, key, &value) ? text(value.data, value.length) : Value();
+        return Bench::string(m_ctx, from, key);
     }
     template <typename Function>
     void each(Dread::VMap const& from, char const* key, Function function) const
     {
-        Dread::VList list;
-        Dread::find(m_ctx, from, key, &list);
-        for (quint32 i = 0; i < list.count; ++i)
-            function(Dread::listAt(m_ctx, list, i).map);
+        Bench::each(m_ctx, from, key, function);
     }
     // The first keys values tell rows apart.
     void add(Table table, size_t keys, std::vector<Value> values)
@@ -317,29 +235,6 @@ private:
     std::map<std::vector<qint64>, size_t> m_places;
 };
 
-void insertRows(sqlite3* db, std::vector<sqlite3_stmt*> const& statements,
-                std::vector<Row> const& rows)
-{
-    sqlite3_exec(db, "begin", nullptr, nullptr, nullptr);
-    for (auto const& row : rows) {
-        auto* const stmt = statements[static_cast<size_t>(row.table)];
-        int index = 0;
-        for (auto const& value : row.values) {
-            ++index;
-            if (value.kind == Value::Integer)
-                sqlite3_bind_int64(stmt, index, value.integer);
-            else if (value.kind == Value::Text)
-                sqlite3_bind_text(stmt, index, value.text, value.length, SQLITE_STATIC);
-            else
-                sqlite3_bind_null(stmt, index);
-        }
-        if (sqlite3_step(stmt) != SQLITE_DONE)
-            stop(sqlite3_errmsg(db));
-        sqlite3_reset(stmt);
-    }
-    sqlite3_exec(db, "commit", nullptr, nullptr, nullptr);
-}
-
 // --- one run of each ---
 
 struct Split {
@@ -380,7 +275,7 @@ Split runOurs(std::string* dumped)
         inflater.release();
     });
     if (dumped)
-        *dumped = dump(store.db);
+        *dumped = Bench::dump(store.db);
     return split;
 }
 
@@ -389,19 +284,60 @@ double runBare(std::string* dumped)
     FreshStore store;
     // More pages in memory than the store has by default: the loop comes back to each page often.
     sqlite3_exec(store.db, "pragma cache_size=-16000", nullptr, nullptr, nullptr);
-    std::vector<sqlite3_stmt*> statements;
-    for (auto const* sql : inserts) {
-        sqlite3_stmt* stmt = nullptr;
-        if (sqlite3_prepare_v2(store.db, sql, -1, &stmt, nullptr) != SQLITE_OK)
-            stop(sqlite3_errmsg(store.db));
-        statements.push_back(stmt);
+    double seconds = 0;
+    {
+        Bench::BareStatements statements(store.db, inserts, static_cast<int>(std::size(inserts)));
+        seconds = Bench::secondsOf([&] {
+            sqlite3_exec(store.db, "begin", nullptr, nullptr, nullptr);
+            for (auto const& row : bareRows)
+                statements.run(row.table, row.values);
+            sqlite3_exec(store.db, "commit", nullptr, nullptr, nullptr);
+        });
     }
-    double const seconds = Bench::secondsOf([&] { insertRows(store.db, statements, bareRows); });
-    for (auto* stmt : statements)
-        sqlite3_finalize(stmt);
     if (dumped)
-        *dumped = dump(store.db);
+        *dumped = Bench::dump(store.db);
     return seconds;
+}
+
+// zlib alone, into memory that it touches for the first time, as the inflater does.
+double runInflate(int size)
+{
+    return Bench::secondsOf([size] {
+        std::unique_ptr<Bytef[]> const room(new Bytef[static_cast<size_t>(size)]);
+        z_stream stream{};
+        inflateInit(&stream);
+        stream.next_in = reinterpret_cast<Bytef*>(packed.data());
+        stream.avail_in = static_cast<uInt>(packed.size());
+        stream.next_out = room.get();
+        stream.avail_out = static_cast<uInt>(size);
+        inflate(&stream, Z_SYNC_FLUSH);
+        if (stream.avail_out != 0)
+            stop("the frame does not inflate");
+        inflateEnd(&stream);
+    });
+}
+
+void printRows(ReadyDocument const& document)
+{
+    using Bench::Goal;
+    using Bench::median;
+    std::vector<double> inflates, decodes, writes, wholes, floors, zlibs;
+    for (int round = 0; round < rounds; ++round) {
+        Split const split = runOurs(nullptr);
+        inflates.push_back(split.inflate * 1e3);
+        decodes.push_back(split.decode * 1e3);
+        writes.push_back(split.write * 1e3);
+        wholes.push_back(split.whole() * 1e3);
+        floors.push_back(runBare(nullptr) * 1e3);
+        zlibs.push_back(runInflate(document.etf.size()) * 1e3);
+    }
+    fprintf(stderr, "READY of %.2f MB, %zu rows\n", document.etf.size() / 1e6, bareRows.size());
+    Bench::printRow("ready-to-rows/bare-loop", "ms", median(wholes), median(floors), Goal::AtMost,
+                    1);
+    Bench::printRow("ready-inflate/zlib", "ms", median(inflates), median(zlibs), Goal::AtMost, 1.2);
+    Bench::printRow("ready-decode/zlib", "ms", median(decodes), median(zlibs), Goal::AtMost, 0.5);
+    Bench::printRow("ready-write/bare-loop", "ms", median(writes), median(floors), Goal::AtMost,
+                    0.85);
 }
 
 } // namespace
@@ -415,12 +351,8 @@ int main(int argc, char** argv)
 {
     ReadyDocument const document = makeReadyDocument();
     packed = deflateFrame(document.etf);
-    Dread::Ctx ctx;
-    auto const built = DreadUtils::buildFromEtf(&ctx, document.etf.constData(),
-                                                static_cast<quint64>(document.etf.size()));
-    Dread::VMap data;
-    Dread::find(ctx, built.root.map, "d", &data);
-    bareRows = RowTaker(ctx).take(data);
+    Bench::Decoded const decoded(document.etf);
+    bareRows = RowTaker(decoded.ctx).take(decoded.data());
 
     if (argc > 1 && std::string(argv[1]) == "--once") {
         bench_once();
@@ -433,21 +365,5 @@ int main(int argc, char** argv)
     runBare(&bare);
     if (ours != bare)
         stop("the bare loop does not write the same rows");
-
-    std::vector<double> inflates, decodes, writes, wholes, floors;
-    for (int round = 0; round < rounds; ++round) {
-        Split const split = runOurs(nullptr);
-        inflates.push_back(split.inflate * 1e3);
-        decodes.push_back(split.decode * 1e3);
-        writes.push_back(split.write * 1e3);
-        wholes.push_back(split.whole() * 1e3);
-        floors.push_back(runBare(nullptr) * 1e3);
-    }
-    fprintf(stderr, "READY of %.2f MB, %zu rows: inflate %.1f ms, decode %.1f ms, write %.1f ms\n",
-            document.etf.size() / 1e6, bareRows.size(), Bench::median(inflates),
-            Bench::median(decodes), Bench::median(writes));
-    Bench::printRow("ready-to-rows/bare-loop", "ms", Bench::median(wholes), Bench::median(floors),
-                    Bench::Goal::AtMost, 1.0);
-    Dread::destroy(&ctx);
-    Erf::destroy(built.prepared);
+    printRows(document);
 }

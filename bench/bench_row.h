@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,19 @@ template <class Function> double secondsOf(Function&& function)
     auto const start = std::chrono::steady_clock::now();
     function();
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+// Of all threads of the process. On a busy machine it says more than the clock on the wall.
+template <class Function> double processorSecondsOf(Function&& function)
+{
+    auto const now = [] {
+        timespec time{};
+        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+        return double(time.tv_sec) + double(time.tv_nsec) / 1e9;
+    };
+    double const start = now();
+    function();
+    return now() - start;
 }
 
 // Median seconds of each function. They run in turn, so that a busy moment of the machine falls on

@@ -9,7 +9,8 @@
 // A window counts as painted when it shows at least eight colours: smoothed text does, an empty
 // background does not.
 
-#include <X11/Xlib.h>
+#include "x_windows.h"
+
 #include <X11/Xutil.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -18,21 +19,12 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <set>
 
 namespace {
 
-constexpr int leastSide = 100; // pixels
 constexpr std::size_t leastColours = 8;
 constexpr double limitMSecs = 60000;
-
-double nowMSecs()
-{
-    timespec time{};
-    clock_gettime(CLOCK_MONOTONIC, &time);
-    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
-}
 
 bool showsSomething(Display* display, Window window, int width, int height)
 {
@@ -47,35 +39,6 @@ bool showsSomething(Display* display, Window window, int width, int height)
     return colours.size() >= leastColours;
 }
 
-// The first mapped top-level window of some size; None while there is none.
-Window findWindow(Display* display, int* width, int* height)
-{
-    Window root = 0;
-    Window parent = 0;
-    Window* children = nullptr;
-    unsigned count = 0;
-    Window found = None;
-    XQueryTree(display, DefaultRootWindow(display), &root, &parent, &children, &count);
-    for (unsigned i = 0; i < count && found == None; ++i) {
-        XWindowAttributes attributes{};
-        if (XGetWindowAttributes(display, children[i], &attributes) != 0
-            && attributes.map_state == IsViewable && attributes.width >= leastSide
-            && attributes.height >= leastSide) {
-            found = children[i];
-            *width = attributes.width;
-            *height = attributes.height;
-        }
-    }
-    if (children != nullptr)
-        XFree(children);
-    return found;
-}
-
-int ignoreErrors(Display*, XErrorEvent*)
-{
-    return 0;
-} // a window may go while it is looked at
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -85,21 +48,20 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "first-paint: needs a command and a display\n");
         return 2;
     }
-    XSetErrorHandler(ignoreErrors);
-    double const start = nowMSecs();
+    XSetErrorHandler(Watch::ignoreErrors);
+    double const start = Watch::nowMSecs();
     pid_t const child = fork();
     if (child == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         execvp(argv[1], argv + 1);
         _exit(127);
     }
-    int width = 0;
-    int height = 0;
+    XWindowAttributes size{};
     for (;;) {
-        double const elapsed = nowMSecs() - start;
-        Window const window = findWindow(display, &width, &height);
-        if (window != None && showsSomething(display, window, width, height)) {
-            std::printf("%.2f %d\n", nowMSecs() - start, static_cast<int>(child));
+        double const elapsed = Watch::nowMSecs() - start;
+        Window const window = Watch::findWindow(display, &size, [](Window) { return true; });
+        if (window != None && showsSomething(display, window, size.width, size.height)) {
+            std::printf("%.2f %d\n", Watch::nowMSecs() - start, static_cast<int>(child));
             std::fflush(stdout);
             break;
         }

@@ -245,7 +245,7 @@ private:
     {
         m_to.map(9);
         m_to.key("user");
-        writeUser(index == 0 ? m_ownId : m_users[static_cast<std::size_t>(index)]);
+        writeUser(index == 0 ? m_shape.ownUser : m_users[static_cast<std::size_t>(index)]);
         textOrNil("nick", oneIn(3), name());
         idsField("roles", int(below(5)), m_roles);
         field("joined_at", time());
@@ -322,7 +322,7 @@ private:
         m_to.map(9);
         field("v", 6);
         m_to.key("user");
-        writeUser(m_ownId);
+        writeUser(m_shape.ownUser);
         field("session_id", hex(32));
         listField("guilds", m_shape.guilds, [&](int) { writeGuild(); });
         listField("private_channels", m_shape.privateChannels, [&](int) { writePrivateChannel(); });
@@ -339,7 +339,6 @@ private:
     ReadyShape const m_shape;
     std::mt19937_64 m_random;
     EtfWriter m_to;
-    quint64 m_ownId = 80351110224678912;
     quint64 m_guild = 0; // at hand
     quint64 m_category = 0; // the last that was written
     std::vector<quint64> m_roles; // of the guild at hand, as are the users

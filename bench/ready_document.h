@@ -15,6 +15,7 @@ struct ReadyShape {
     int emojisPerGuild = 30;
     int readStatesPerGuild = 60;
     int privateChannels = 150;
+    quint64 ownUser = 80351110224678912;
 };
 
 struct ReadyDocument {

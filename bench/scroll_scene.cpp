@@ -23,7 +23,6 @@
 
 namespace {
 
-constexpr int messageCount = 100000;
 constexpr int authorCount = 50;
 constexpr quint64 firstAuthor = 2000;
 constexpr quint64 millisecondsApart = 60000;
@@ -45,7 +44,7 @@ void execute(char const* sql)
     NakStmt(g_disClient->db(), sql).step();
 }
 
-void fillStore()
+void fillStore(int messages)
 {
     NakSqlTransaction const transaction(g_disClient->db());
     execute("insert into any_channel (id, type) values (60, 1)");
@@ -62,7 +61,7 @@ void fillStore()
     NakStmt message(g_disClient->db(),
                     "insert into message (id, channel_id, author_id, type, edited, content) "
                     "values (?, 60, ?, 0, 0, ?)");
-    for (quint32 i = 0; i < messageCount; ++i) {
+    for (quint32 i = 0; i < static_cast<quint32>(messages); ++i) {
         message.bind(1, FlakeId((i + 1) * millisecondsApart << 22));
         message.bind(2, FlakeId(firstAuthor + i % authorCount));
         message.bind(3, bodyOf(i));
@@ -92,7 +91,7 @@ struct ScrollScene::Priv {
     QVector<QWidget*> shown;
 };
 
-ScrollScene::ScrollScene()
+ScrollScene::ScrollScene(int messages)
     : m_priv(std::make_unique<Priv>())
 {
     g_preferences = &m_priv->preferences;
@@ -109,7 +108,7 @@ ScrollScene::ScrollScene()
     g_disListenManager = (m_priv->listen = std::make_unique<DisListenManager>(nullptr)).get();
     m_priv->documents = std::make_unique<DisTextDocumentManager>();
     g_disTextDocumentManager = m_priv->documents.get();
-    fillStore();
+    fillStore(messages);
     m_priv->buffer = std::make_unique<DisChanBuff>();
     m_priv->buffer->resize(1000, 900);
     m_priv->buffer->show();

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// A channel of 100,000 messages in a store, and a buffer of 1000 by 900 pixels on it, on the
+// A channel of so many messages in a store, and a buffer of 1000 by 900 pixels on it, on the
 // offscreen platform. A step is a click of the wheel up to the painted window.
 
 #include <QString>
@@ -13,7 +13,7 @@ class DisChanBuff;
 
 class ScrollScene {
 public:
-    ScrollScene();
+    explicit ScrollScene(int messages = 100000);
     ~ScrollScene();
 
     DisChanBuff& buffer();

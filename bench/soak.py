@@ -7,44 +7,28 @@ compares the last minute with the first. Usage: soak.py BIN_FOLDER [MINUTES [MES
 Starts its own virtual display and stage, and ends everything by itself."""
 import os
 import pathlib
-import re
-import subprocess
 import sys
-import tempfile
 import time
 
-BIN = pathlib.Path(sys.argv[1]).resolve()
+from processes import BIN, client_environment, memory, run, start, start_display, wait_until_ready
+
 MINUTES = int(sys.argv[2]) if len(sys.argv) > 2 else 30
 RATE = sys.argv[3] if len(sys.argv) > 3 else "50"
-children = []
-
-
-def start(command, **arguments):
-    process = subprocess.Popen(command, stdout=subprocess.PIPE, text=True, **arguments)
-    children.append(process)
-    return process
 
 
 def sample(pid):
-    rollup = pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text()
     fields = pathlib.Path(f"/proc/{pid}/stat").read_text().rsplit(")", 1)[1].split()
-    megabytes = {key: int(re.search(rf"^{key}:\s+(\d+)", rollup, re.M)[1]) / 1024
-                 for key in ("Rss", "Pss", "Private_Dirty")}
+    kernel = memory(pid)
+    megabytes = {key: kernel[key] for key in ("Rss", "Pss", "Private_Dirty")}
     return {**megabytes, "fds": len(os.listdir(f"/proc/{pid}/fd")), "threads": len(os.listdir(f"/proc/{pid}/task")),
             "cpu_s": (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")}
 
 
 def main(folder):
-    server = start(["Xvfb", "-displayfd", "1", "-screen", "0", "1600x1000x24", "-nolisten", "tcp"],
-                   stderr=subprocess.DEVNULL)
-    environment = dict(os.environ, DISPLAY=":" + server.stdout.readline().strip(), HOME=folder,
-                       XDG_DATA_HOME=folder, NAKWIRE_DEPLOYMENT=f"{folder}/deployment.ini")
-    environment.pop("QT_QPA_PLATFORM", None)
-    stage = start([str(BIN / "nakwire-stage"), "--rate", RATE, "--busy-channel", "--write-deployment",
-                   f"{folder}/deployment.ini", "--data-home", folder, "--seconds", str(60 * MINUTES + 120),
-                   "--parent-pid", str(os.getpid())])
-    while not stage.stdout.readline().startswith("ready"):
-        pass
+    environment = client_environment(start_display(folder), folder)
+    wait_until_ready(start([str(BIN / "nakwire-stage"), "--rate", RATE, "--busy-channel", "--write-deployment",
+                            f"{folder}/deployment.ini", "--data-home", folder, "--seconds", str(60 * MINUTES + 120),
+                            "--parent-pid", str(os.getpid())]))
     client = start([str(BIN / "nakwire")], env=environment)
     began = time.monotonic()
     samples = {}
@@ -62,11 +46,4 @@ def main(folder):
     return 0 if flat and same else 1
 
 
-with tempfile.TemporaryDirectory() as temporary:
-    try:
-        status = main(temporary)
-    finally:
-        for child in reversed(children):
-            child.terminate()
-            child.wait(timeout=20)
-sys.exit(status)
+sys.exit(run(main))

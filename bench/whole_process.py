@@ -12,34 +12,12 @@ import re
 import statistics
 import subprocess
 import sys
-import tempfile
 import time
 
-BIN = pathlib.Path(sys.argv[1]).resolve()
+from processes import (BIN, client_environment, memory, row, run, start, start_display, stop,
+                       wait_until_ready)
+
 RUNS = int(sys.argv[2]) if len(sys.argv) > 2 else 11
-children = []
-
-
-def row(name, unit, ours, floor, goal, goal_is_ratio=True):
-    ratio = f"{ours / floor:.3f}" if goal_is_ratio else "-"
-    held = (ours / floor if goal_is_ratio else ours) <= goal
-    print(f"{name}\t{unit}\t{ours:.2f}\t{f'{floor:.2f}' if goal_is_ratio else '-'}\t{ratio}\t<={goal}\t"
-          f"{'held' if held else 'missed'}", flush=True)
-
-
-def start(command, **arguments):
-    process = subprocess.Popen(command, stdout=subprocess.PIPE, text=True, **arguments)
-    children.append(process)
-    return process
-
-
-def stop(process):
-    if process.stdin:
-        process.stdin.close()
-    else:
-        process.terminate()
-    process.wait(timeout=20)
-    children.remove(process)
 
 
 def first_paint(command, environment):
@@ -69,11 +47,6 @@ def instructions(command, environment, folder):
     return total / 1e6
 
 
-def memory(pid):
-    text = pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text()
-    return {key: int(value) / 1024 for key, value in re.findall(r"^(\w+):\s+(\d+) kB", text, re.M)}
-
-
 def wakeups_and_ticks(pid):
     switches = ticks = 0
     for task in glob.glob(f"/proc/{pid}/task/*"):
@@ -85,24 +58,20 @@ def wakeups_and_ticks(pid):
 
 
 def main(folder):
-    server = start(["Xvfb", "-displayfd", "1", "-screen", "0", "1600x1000x24", "-nolisten", "tcp"],
-                   stderr=subprocess.DEVNULL)
-    environment = dict(os.environ, DISPLAY=":" + server.stdout.readline().strip(), HOME=folder)
-    environment.pop("QT_QPA_PLATFORM", None)
-
-    stage = start([str(BIN / "nakwire-stage"), "--rate", "0", "--busy-channel", "--hello-interval", "41250",
-                   "--write-deployment", f"{folder}/deployment.ini", "--data-home", f"{folder}/online",
-                   "--parent-pid", str(os.getpid())])
-    while not stage.stdout.readline().startswith("ready"):
-        pass
+    environment = start_display(folder)
+    online = f"{folder}/online"
+    pathlib.Path(online).mkdir()
+    wait_until_ready(start([str(BIN / "nakwire-stage"), "--rate", "0", "--busy-channel", "--hello-interval", "41250",
+                            "--write-deployment", f"{online}/deployment.ini", "--data-home", online,
+                            "--parent-pid", str(os.getpid())]))
     # The same layout without an account: a restored tab, and no network.
     offline = pathlib.Path(folder, "offline", "Nakwire")
     offline.mkdir(parents=True)
-    (offline / "settings.ini").write_bytes(pathlib.Path(folder, "online/Nakwire/settings.ini").read_bytes())
+    (offline / "settings.ini").write_bytes(pathlib.Path(online, "Nakwire/settings.ini").read_bytes())
 
     bare, client = [str(BIN / "bare-window")], [str(BIN / "nakwire")]
     offline_env = dict(environment, XDG_DATA_HOME=f"{folder}/offline")
-    online_env = dict(environment, XDG_DATA_HOME=f"{folder}/online", NAKWIRE_DEPLOYMENT=f"{folder}/deployment.ini")
+    online_env = client_environment(environment, online)
 
     walls = {"bare": [], "client": []}
     for _ in range(RUNS):
@@ -130,9 +99,4 @@ def main(folder):
         stop(process)
 
 
-with tempfile.TemporaryDirectory() as temporary:
-    try:
-        main(temporary)
-    finally:
-        for child in list(children):
-            child.kill()
+run(main)
