@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "stage.h"
 
+#include "stage_pictures.h"
+
 #include <QDateTime>
 #include <QElapsedTimer>
 #include <QEventLoop>
@@ -124,8 +126,10 @@ HttpReply Stage::Priv::answer(HttpRequest const& request)
         --*cutLeft;
         reply.cut = true;
     } else if (!takeOverride(request.method, path, &reply)) {
-        // Pictures are not held; the client shows what it shows without them.
-        reply = answerRest(rest, isApi ? path : QString(), request);
+        bool const isPicture =
+            path.startsWith(QLatin1String("/cdn/")) || path.startsWith(QLatin1String("/media/"));
+        reply = isPicture ? answerPicture(request)
+                          : answerRest(rest, isApi ? path : QString(), request);
     }
     reply.delayMs = delays.value(path, 0);
     return reply;
@@ -150,6 +154,8 @@ Stage::Stage(StageOptions const& options, QObject* parent)
     });
     m_priv->listening = gateway.listen() && m_priv->http.listen();
     m_priv->rest.gatewayUrl = gatewayUrl();
+    m_priv->world.cdnUrl = cdnUrl();
+    m_priv->world.mediaUrl = mediaUrl();
 }
 
 Stage::~Stage() = default;
@@ -167,6 +173,10 @@ QString Stage::apiUrl() const
 QString Stage::cdnUrl() const
 {
     return QStringLiteral("http://127.0.0.1:%1/cdn").arg(httpPort());
+}
+QString Stage::mediaUrl() const
+{
+    return QStringLiteral("http://127.0.0.1:%1/media").arg(httpPort());
 }
 QString Stage::gatewayUrl() const
 {

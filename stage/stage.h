@@ -53,6 +53,7 @@ public:
     bool isListening() const;
     QString apiUrl() const; // "http://127.0.0.1:PORT/api/v6"
     QString cdnUrl() const;
+    QString mediaUrl() const; // where attachments can be had in any size
     QString gatewayUrl() const; // "ws://127.0.0.1:PORT"
     quint16 httpPort() const;
     quint16 gatewayPort() const;

@@ -71,7 +71,7 @@ bool writeDeployment(QString const& path, Stage const& stage)
     };
     set("discord/api_url", stage.apiUrl());
     set("discord/cdn_url", stage.cdnUrl());
-    set("discord/media_url", web + QStringLiteral("/media"));
+    set("discord/media_url", stage.mediaUrl());
     set("discord/images_url_pattern", QStringLiteral("^http://127\\.0\\.0\\.1:\\d+/external/"));
     set("discord/voice_url", stage.gatewayUrl() + QStringLiteral("/voice"));
     set("slack/rtm_url", stage.gatewayUrl() + QStringLiteral("/rtm"));

@@ -23,6 +23,7 @@ constexpr StatusText kStatusTexts[] = {
     { 200, "OK" },
     { 201, "Created" },
     { 204, "No Content" },
+    { 302, "Found" },
     { 304, "Not Modified" },
     { 400, "Bad Request" },
     { 401, "Unauthorized" },
@@ -290,11 +291,32 @@ void HttpServer::send(Connection& connection, HttpReply const& reply, bool keepA
         connection.socket->abort();
         return;
     }
+    if (reply.endlessEveryMs >= 0)
+        return sendWithoutEnd(connection, reply);
     connection.socket->write(encodeHttpReply(reply, keepAlive));
     if (!keepAlive) {
         connection.answering = true;
         connection.socket->disconnectFromHost();
     }
+}
+
+// Until the peer closes the connection.
+void HttpServer::sendWithoutEnd(Connection& connection, HttpReply const& reply)
+{
+    connection.answering = true;
+    QTcpSocket* socket = connection.socket;
+    socket->write("HTTP/1.1 200 OK\r\ncontent-type: " + reply.contentType + "\r\n\r\n"
+                  + reply.body);
+    if (reply.endlessEveryMs == 0) {
+        connect(socket, &QTcpSocket::bytesWritten, socket, [socket] {
+            if (socket->bytesToWrite() == 0)
+                socket->write(QByteArray(1 << 20, '\0'));
+        });
+        return;
+    }
+    auto* timer = new QTimer(socket);
+    connect(timer, &QTimer::timeout, socket, [socket] { socket->write("\0", 1); });
+    timer->start(reply.endlessEveryMs);
 }
 
 } // namespace stage

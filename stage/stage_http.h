@@ -59,6 +59,9 @@ struct HttpReply {
     HttpHeaders headers; // besides those that every reply has
     int delayMs = 0;
     bool cut = false; // drop the connection instead of answering
+    // Not below 0: the body never ends. A megabyte goes out whenever the peer has taken the last,
+    // or with an interval one byte each time.
+    int endlessEveryMs = -1;
 };
 
 QByteArray encodeHttpReply(HttpReply const& reply, bool keepAlive);
@@ -82,6 +85,7 @@ private:
     void readMore(Connection& connection);
     void serve(Connection& connection);
     void send(Connection& connection, HttpReply const& reply, bool keepAlive);
+    void sendWithoutEnd(Connection& connection, HttpReply const& reply);
 
     QTcpServer m_server;
     Handler m_handler;

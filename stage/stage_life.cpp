@@ -19,6 +19,7 @@ constexpr size_t kRecent = 64; // messages that can still be reacted to, edited 
 constexpr double kTypingsPerSecond = 5; // above that rate of messages most people just post
 constexpr qint64 kMaxBacklog = 8 << 20; // a reader that is slower than this makes people wait
 constexpr size_t kFewestMembers = 8;
+constexpr quint64 kPictureEvery = 11; // messages
 
 struct Draft {
     qint64 dueMs = 0;
@@ -58,6 +59,7 @@ struct Life::Priv {
     quint64 pickChannel();
     quint32 pickPerson(Channel const& channel);
     void begin();
+    std::vector<Attachment> enclosed();
     void say(Draft const& draft);
     void aside();
     void reactToSome();
@@ -124,13 +126,27 @@ void Life::Priv::begin()
     drafts.insert(at, draft);
 }
 
+// Now and then somebody has a picture to show.
+std::vector<Attachment> Life::Priv::enclosed()
+{
+    static constexpr char const* kNames[] = { "hills.jpg", "morning.webp", "screenshot.png",
+                                              "look.gif" };
+    if (said % kPictureEvery != kPictureEvery - 1)
+        return {};
+    QString const name = QString::fromLatin1(kNames[said / kPictureEvery % std::size(kNames)]);
+    World& world = stage.world();
+    quint64 const id = nextId(world, stage.rest().nowMs());
+    return { { id, name, 48'000 + rng.below(90'000), 640, 480 } };
+}
+
 void Life::Priv::say(Draft const& draft)
 {
     Channel* channel = findChannel(stage.world(), draft.channel);
     if (!channel)
         return;
     QString const content = talkIn(stage.world(), *channel, draft.author, said);
-    Message const message = postMessage(stage.rest(), *channel, draft.author, content);
+    Message const message =
+        postMessage(stage.rest(), *channel, draft.author, content, {}, enclosed());
     ++said;
     recent.push_back({ draft.channel, message.id });
     if (recent.size() > kRecent)

@@ -103,20 +103,23 @@ Term mentionsTerm(World const& world, QString const& content)
     return out;
 }
 
-Term attachmentsTerm(Message const& message)
+Term attachmentsTerm(World const& world, Message const& message)
 {
     Term out = list();
     for (Attachment const& file : message.attachments) {
-        QString const url = QStringLiteral("https://cdn.invalid/attachments/%1/%2/%3")
-                                .arg(message.channel)
-                                .arg(file.id)
-                                .arg(file.filename);
-        out.add(map()
-                    .set("id", id(file.id))
-                    .set("filename", text(file.filename))
-                    .set("size", integer(file.size))
-                    .set("url", text(url))
-                    .set("proxy_url", text(url)));
+        QString const path = QStringLiteral("/attachments/%1/%2/%3")
+                                 .arg(message.channel)
+                                 .arg(file.id)
+                                 .arg(file.filename);
+        Term term = map()
+                        .set("id", id(file.id))
+                        .set("filename", text(file.filename))
+                        .set("size", integer(file.size))
+                        .set("url", text(world.cdnUrl + path))
+                        .set("proxy_url", text(world.mediaUrl + path));
+        if (file.width > 0)
+            term.set("width", integer(file.width)).set("height", integer(file.height));
+        out.add(std::move(term));
     }
     return out;
 }
@@ -385,7 +388,7 @@ Term guildTerm(World const& world, Guild const& guild)
     return map()
         .set("id", id(guild.id))
         .set("name", text(guild.name))
-        .set("icon", nil())
+        .set("icon", textOrNil(guild.icon))
         .set("owner_id", id(world.users[guild.owner].id))
         .set("afk_channel_id", nil())
         .set("unavailable", boolean(false))
@@ -421,7 +424,7 @@ Term messageTerm(World const& world, Message const& message)
             .set("mentions", mentionsTerm(world, message.content))
             .set("mention_roles", list())
             .set("embeds", list())
-            .set("attachments", attachmentsTerm(message));
+            .set("attachments", attachmentsTerm(world, message));
     if (channel && channel->guild >= 0)
         out.set("guild_id", id(world.guilds[size_t(channel->guild)].id));
     if (!message.reactions.empty())

@@ -18,13 +18,23 @@ constexpr qint64 kUsualSpacingMs = 40 * kMinuteMs; // from one conversation to t
 constexpr qint64 kLongestPastMs = 600 * kDayMs; // channels are older than that
 constexpr size_t kMaxLivePerChannel = 5000;
 constexpr int kMaxReplaced = 50000;
+constexpr int kPictureFromEnd = 4; // whoever opens a channel sees a picture
 
 constexpr int kEveryonePermissions = 0x400 | 0x800 | 0x40 | 0x4000 | 0x8000 | 0x10000 | 0x40000
     | 0x100000 | 0x200000 | 0x2000000 | 0x4000000;
 constexpr int kModeratorPermissions = kEveryonePermissions | 0x2000 | 0x2 | 0x10 | 0x10000000;
 
 // Distinguishes the generators of different things that share a number.
-enum Salt : quint64 { SaltUser = 1, SaltGuild, SaltMember, SaltBlock, SaltText, SaltLive, SaltId };
+enum Salt : quint64 {
+    SaltUser = 1,
+    SaltGuild,
+    SaltMember,
+    SaltBlock,
+    SaltText,
+    SaltLive,
+    SaltId,
+    SaltIcon
+};
 
 QString pickStatus(Rng& rng)
 {
@@ -34,6 +44,15 @@ QString pickStatus(Rng& rng)
     if (dice < 60)
         return QStringLiteral("idle");
     return dice < 68 ? QStringLiteral("dnd") : QStringLiteral("offline");
+}
+
+// As the service names its pictures.
+QString hashText(Rng& rng)
+{
+    quint64 const high = rng.next();
+    return QStringLiteral("%1%2")
+        .arg(high, 16, 16, QLatin1Char('0'))
+        .arg(rng.next(), 16, 16, QLatin1Char('0'));
 }
 
 void addUsers(World& world, int count)
@@ -47,9 +66,7 @@ void addUsers(World& world, int count)
         user.name = n == 0 ? QStringLiteral("Robin") : personName(rng);
         user.discriminator = QStringLiteral("%1").arg(rng.below(9999) + 1, 4, 10, QLatin1Char('0'));
         if (rng.chance(70))
-            user.avatar = QStringLiteral("%1%2")
-                              .arg(rng.next(), 16, 16, QLatin1Char('0'))
-                              .arg(rng.next(), 16, 16, QLatin1Char('0'));
+            user.avatar = hashText(rng);
         user.status = n == 0 ? QStringLiteral("online") : pickStatus(rng);
         if (n > 0 && user.status != QLatin1String("offline") && rng.chance(20))
             user.game = gameName(rng);
@@ -158,6 +175,9 @@ void addGuild(World& world, int number)
     Guild guild;
     guild.id = nextId(world, bornMs);
     guild.name = guildName(number);
+    Rng rng(world.seed, SaltIcon, quint64(number));
+    if (number % 4 != 3) // some have none
+        guild.icon = hashText(rng);
     addRoles(world, guild, bornMs);
     addMembers(world, guild, number);
     addChannels(world, guild, number, bornMs);
@@ -290,6 +310,9 @@ Message messageOfBlock(World const& world, Channel const& channel, Block const& 
         }
         message.reactions.push_back(reaction);
     }
+    if (index == channel.historyCount - kPictureFromEnd)
+        message.attachments.push_back(
+            { message.id ^ 1, QStringLiteral("hills.jpg"), 91'000, 640, 480 });
     return message;
 }
 

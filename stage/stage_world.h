@@ -63,6 +63,8 @@ struct Attachment {
     quint64 id = 0;
     QString filename;
     int size = 0;
+    int width = 0; // of a picture; 0 for any other file
+    int height = 0;
 };
 
 struct Message {
@@ -95,6 +97,7 @@ struct Channel {
 struct Guild {
     quint64 id = 0;
     QString name;
+    QString icon; // hash in hexadecimal, empty if none
     quint32 owner = 0;
     std::vector<Role> roles; // the first is @everyone, whose id is the guild's
     std::vector<Member> members;
@@ -117,6 +120,8 @@ struct WorldSize {
 struct World {
     quint64 seed = 0;
     WorldSize size;
+    QString cdnUrl; // where files are, as messages say it
+    QString mediaUrl;
     std::vector<User> users; // the first is the account's own user
     std::vector<Guild> guilds;
     std::vector<Channel> channels; // of guilds and private ones
