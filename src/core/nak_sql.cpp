@@ -11,7 +11,10 @@
 #include <QMutex>
 #include <QThread>
 
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 
@@ -92,6 +95,10 @@ sqlite3* openExistingDb(char const* path)
 
 sqlite3* createDb(char const* path)
 {
+    // For the user alone; SQLite gives its other files the rights of this one.
+    int const file = ::open(path, O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (file >= 0)
+        ::close(file);
     sqlite3* db = nullptr;
     int const code = sqlite3_open(path, &db);
     if (code != SQLITE_OK)

@@ -143,7 +143,8 @@ void NakPooledReply::networkRequestFinished()
 {
     if (followRedirect())
         return;
-    m_body = m_reply->readAll();
+    if (m_reply->error() == QNetworkReply::NoError)
+        m_body = m_reply->readAll();
     m_fromDiskCache = m_reply->attribute(QNetworkRequest::SourceIsFromCacheAttribute).toBool();
     Utils::noteHandedOver(this);
     emit finished(m_reply);

@@ -12,6 +12,7 @@
 #include <QMetaEnum>
 #include <QPainter>
 #include <QPointer>
+#include <QTimer>
 
 NakWebImages* g_webImages = nullptr;
 
@@ -140,8 +141,10 @@ void NakWebImageListener::setParams(QUrl const& url, QSize const& maximumSize,
 
 void NakWebImageListener::clear()
 {
-    if (g_webImages)
+    if (g_webImages) {
         g_webImages->m_waiting.remove(this);
+        g_webImages->keepForThisTurn(m_image);
+    }
     m_key = {};
     m_image.clear();
 }
@@ -181,6 +184,16 @@ SharedImage NakWebImages::getImage(RequestKey const& key, QList<QNetworkCookie> 
         fetchAndStorePixmapFromUrl(key, cookies);
     }
     return {};
+}
+
+// A view that arranges its widgets anew takes a picture from one and gives it to another.
+void NakWebImages::keepForThisTurn(SharedImage const& image)
+{
+    if (image.isNull())
+        return;
+    if (m_kept.isEmpty())
+        QTimer::singleShot(0, this, [this] { m_kept.clear(); });
+    m_kept.append(image);
 }
 
 void NakWebImages::fetchAndStorePixmapFromUrl(RequestKey const& key,

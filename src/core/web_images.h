@@ -14,6 +14,7 @@
 #include <QSet>
 #include <QSize>
 #include <QUrl>
+#include <QVector>
 
 #include <memory>
 
@@ -80,11 +81,13 @@ private:
 
     SharedImage getImage(RequestKey const& key, QList<QNetworkCookie> const& cookies);
     void fetchAndStorePixmapFromUrl(RequestKey const& key, QList<QNetworkCookie> const& cookies);
+    void keepForThisTurn(SharedImage const& image);
     void decodeOnPool(RequestKey const& key, QByteArray const& bytes);
     void finishReceivingImage(RequestKey const& key, SharedImage const& image);
 
     QSet<RequestKey> m_inFlight;
     QSet<NakWebImageListener*> m_waiting;
+    QVector<SharedImage> m_kept; // until the event loop is back
     QBitmap m_loadingBitmap;
     QSharedPointer<SharedImageWeakMap<RequestKey>> m_images;
 };
