@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "bi_set.h"
 #include "dis_text_document.h"
+#include "dis_text_images.h"
 #include "text_fixture.h"
 
 #include <QAbstractTextDocumentLayout>
@@ -35,7 +36,7 @@ FillCase const fillCases[] = {
     { "", noGuild, Modes::Action, "[dim|[action] ]" },
     { "a\nb\n\nc", noGuild, Modes::Normal, "[|a]\n[|b]\n\n[|c]" },
     { "<b>&amp;</b>", noGuild, Modes::Normal, "[|<b>&amp;</b>]" },
-    { "x <:wave:40>", noGuild, Modes::Normal, "[|x :wave:]" },
+    { "x <:wave:40>", noGuild, Modes::Normal, "[|x ][disemoji://40 wave 28]" },
     { "<@1>", noGuild, Modes::Normal, "[bold|@ann]" },
     { "<@!1>", home, Modes::Normal, "[bold #ff0000|@ann]" },
     { "<@2>", home, Modes::Normal, "[bold|@bob]" },
@@ -266,6 +267,73 @@ TEST_F(TextDocumentTest, ADocumentMayDieWhileItIsTold)
         delete a;
         delete b;
     }
+}
+
+TEST_F(TextDocumentTest, AnArrivingEmojiRepaintsWhoShowsItAndMovesNothing)
+{
+    struct Row {
+        char const* text;
+        int repaints;
+    };
+    Row const table[] = { { "a <:wave:40> b <:wave:40>", 1 },
+                          { "<:wave:40>", 1 },
+                          { "<:spin:41>", 0 },
+                          { "none", 0 },
+                          { "<:wave:40> gone", 0 } };
+    struct Shown {
+        DisTextDocument* document;
+        QSizeF size;
+        int repaints = 0;
+        int reparses = 0;
+    };
+    std::vector<Shown> shown(std::size(table));
+    for (size_t i = 0; i < shown.size(); ++i) {
+        Shown& one = shown[i];
+        one.document = fill(manager->takeTextDocument(&owner), table[i].text);
+        one.size = one.document->size();
+        QObject::connect(one.document, &DisTextDocument::needsRepaintOnly, &owner,
+                         [&one] { ++one.repaints; });
+        QObject::connect(one.document, &DisTextDocument::needsReparse, &owner,
+                         [&one] { ++one.reparses; });
+    }
+    shown.back().document->clearResourcesOnly();
+    QPixmap pixmap(28, 28);
+    pixmap.fill(Qt::red);
+    SharedImage const red = SharedImage::createPlain(pixmap, { 28, 28 });
+    emit emoji->emojiPixmapPresented(FlakeId(40), 27, red); // of a size that was before
+    emit emoji->emojiPixmapPresented(FlakeId(40), 28, red);
+    for (size_t i = 0; i < shown.size(); ++i) {
+        EXPECT_EQ(shown[i].repaints, table[i].repaints) << table[i].text;
+        EXPECT_EQ(shown[i].reparses, 0);
+        EXPECT_EQ(shown[i].document->size(), shown[i].size) << table[i].text;
+        QVariant const held = shown[i].document->resource(QTextDocument::ImageResource,
+                                                          QUrl(QStringLiteral("disemoji://40")));
+        EXPECT_EQ(held.value<QPixmap>().cacheKey() == pixmap.cacheKey(), table[i].repaints == 1)
+            << table[i].text;
+    }
+    QTextDocument const& first = *shown.front().document;
+    EXPECT_EQ(DisText::plainTextOf(first, 0, first.characterCount()).toStdString(),
+              "a :wave: b :wave:");
+    EXPECT_EQ(DisText::plainTextOf(first, 1, 4).toStdString(), " :wave: ");
+}
+
+TEST_F(TextDocumentTest, AnEmojiIsHeldAsLongAsADocumentShowsIt)
+{
+    DisTextImages images;
+    DisTextDocument* documents[] = { manager->takeTextDocument(&owner),
+                                     manager->takeTextDocument(&owner) };
+    DisTextImages::Held held[2];
+    for (int i : { 0, 1, 0, 1 })
+        images.use(documents[i], held[i], DisEmojiKey(40, 28), QStringLiteral("wave"));
+    images.use(documents[0], held[0], DisEmojiKey(41, 28), QStringLiteral("spin"));
+    EXPECT_EQ(held[0].size(), 2);
+    EXPECT_EQ(held[1].size(), 1);
+    EXPECT_EQ(images.resourceCount(), 2);
+    images.release(documents[0], held[0]);
+    EXPECT_EQ(images.resourceCount(), 1);
+    EXPECT_EQ(images.present(DisEmojiKey(40, 28), {}), QVector<DisTextDocument*>{ documents[1] });
+    images.release(documents[1], held[1]);
+    EXPECT_EQ(images.resourceCount(), 0);
 }
 
 TEST(BiSet, BothSidesAgree)

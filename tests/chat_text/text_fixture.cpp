@@ -37,6 +37,10 @@ TextFixture::TextFixture()
     g_disClient = client.get();
     DisCache::createGlobalData();
     exec(names);
+    g_globalEvents = &events;
+    emoji = std::make_unique<DisEmojiImages>(directory.filePath(QStringLiteral("emoji.nakdb")),
+                                             QString(), nullptr);
+    g_disEmojiImages = emoji.get();
     manager = std::make_unique<DisTextDocumentManager>();
     g_disTextDocumentManager = manager.get();
 }
@@ -45,6 +49,9 @@ TextFixture::~TextFixture()
 {
     g_disTextDocumentManager = nullptr;
     manager.reset();
+    g_disEmojiImages = nullptr;
+    emoji.reset();
+    g_globalEvents = nullptr;
     DisCache::destroyGlobalData();
     g_disClient = nullptr;
     client.reset();
@@ -105,8 +112,13 @@ std::string dump(QTextDocument const& document)
             line += QStringLiteral("fence ");
         }
         for (auto it = block.begin(); !it.atEnd(); ++it) {
-            QString const name = role(it.fragment().charFormat());
-            line += QStringLiteral("[%1|%2]").arg(name, it.fragment().text());
+            QTextCharFormat const format = it.fragment().charFormat();
+            QTextImageFormat const image = format.toImageFormat();
+            line += format.isImageFormat()
+                ? QStringLiteral("[%1 %2 %3]")
+                      .arg(image.name(), image.toolTip())
+                      .arg(image.height())
+                : QStringLiteral("[%1|%2]").arg(role(format), it.fragment().text());
         }
         lines.append(line);
     }

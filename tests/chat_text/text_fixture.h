@@ -6,7 +6,9 @@
 // fonts and a document manager: what texts need to come on screen.
 
 #include "dis_client.h"
+#include "dis_emoji_images.h"
 #include "dis_text_document.h"
+#include "global_events.h"
 #include "preferences.h"
 
 #include <QTemporaryDir>
@@ -26,7 +28,9 @@ protected:
 
     QTemporaryDir directory;
     NakPreferences preferences;
+    NakGlobalEvents events;
     std::unique_ptr<DisClient> client;
+    std::unique_ptr<DisEmojiImages> emoji; // which fetches nothing: no pool of requests is there
     std::unique_ptr<DisTextDocumentManager> manager;
 };
 

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "dis_buff_group_widget.h"
 
+#include "dis_avatar_images.h"
 #include "dis_buff_msg_content_widget.h"
 #include "dis_cache.h"
 #include "dis_group_user_line.h"
@@ -62,6 +63,11 @@ QString initialOfName(QString const& name)
     return end > 0 ? text.left(end).toUpper() : QString();
 }
 
+bool hasPicture(FlakeId user)
+{
+    return g_disAvatarImages && g_disAvatarImages->avatarNameHashForUser(user) != 0;
+}
+
 QString nameOfAuthor(DisUserListener const& author)
 {
     if (g_preferences->displayDiscordNicknames && !author.userNick().isEmpty()) {
@@ -100,7 +106,8 @@ void DisBuffGroupWidget::setFramingContent(DisBuffGroupParams const& params)
     }
     m_framedQuarter = quarter;
     m_params = params;
-    m_author->setParams({ params.authorId, params.guildId, -1 });
+    int const avatarSize = m_manager->style().metrics.avatarSize;
+    m_author->setParams({ params.authorId, params.guildId, avatarSize > 0 ? avatarSize : -1 });
     DisGroupUserLine::Params line;
     line.time = QString();
     line.fullDate = QString();
@@ -117,6 +124,7 @@ void DisBuffGroupWidget::updateFromPreferences()
     m_header->styleChanged();
     invalidateLayout();
     m_framedQuarter = -1;
+    m_author->clear(); // what stands for a picture has the theme's colours
     setFramingContent(m_params);
 }
 
@@ -195,7 +203,11 @@ void DisBuffGroupWidget::paintEvent(QPaintEvent* event)
         return;
     }
     QPainter painter(this);
-    paintInitial(painter, m_layout.avatar, m_initial, m_params.authorId, m_manager->style());
+    if (m_initial.isEmpty()) {
+        painter.drawPixmap(m_layout.avatar, m_author->userAvatar().pixmap());
+    } else {
+        paintInitial(painter, m_layout.avatar, m_initial, m_params.authorId, m_manager->style());
+    }
 }
 
 void DisBuffGroupWidget::resizeEvent(QResizeEvent*)
@@ -215,7 +227,7 @@ void DisBuffGroupWidget::updateFromUserProps()
         : QColor();
     line.isBot = DisCache::userIsBot(m_params.authorId);
     m_header->setParams(line);
-    m_initial = initialOfName(*line.name);
+    m_initial = hasPicture(m_params.authorId) ? QString() : initialOfName(*line.name);
     update(m_layout.avatar);
 }
 

@@ -73,7 +73,7 @@ private:
     DisUserListener* m_author;
     DisBuffGroupParams m_params;
     qint64 m_framedQuarter = -1; // the quarter of an hour in which the header was filled in
-    QString m_initial;
+    QString m_initial; // of one who has no picture; else empty
     QVector<DisBuffMsgContentWidget*> m_contents;
     mutable DisBuffGroupLayout m_layout; // for the width asked for last
 };

@@ -4,6 +4,8 @@
 
 #include "dis_cache.h"
 #include "dis_text_view.h"
+#include "nak_open_url.h"
+#include "web_image_display.h"
 
 #include <QContextMenuEvent>
 #include <QHelpEvent>
@@ -52,21 +54,47 @@ private:
 
 namespace {
 
-DisBuffMsgLayout layoutMsgContent(DisTextView const* textView, QStringList const& notes,
-                                  DisBuffMetrics const& metrics, int width)
+constexpr char originalUrlProperty[] = "original_url";
+
+// What a message has, for its layout.
+struct MsgParts {
+    DisTextView const* textView; // null when there is no text
+    QVector<QSize> const& pictures;
+    QVector<DisBuffNote> const& notes;
+};
+
+// Returns where the next part begins.
+int layoutPictures(DisBuffMsgLayout& layout, QVector<QSize> const& pictures,
+                   DisBuffMetrics const& metrics, int y)
+{
+    int const width = std::max(1, layout.width - metrics.timeColumn);
+    for (QSize size : pictures) {
+        if (size.width() > width) {
+            size.scale(width, size.height(), Qt::KeepAspectRatio);
+        }
+        y += metrics.pictureGap;
+        layout.pictures.append(QRect(QPoint(0, y), size.expandedTo(QSize(1, 1))));
+        y += size.height() + metrics.pictureGap;
+    }
+    return y;
+}
+
+DisBuffMsgLayout layoutMsgContent(MsgParts const& parts, DisBuffMetrics const& metrics, int width)
 {
     DisBuffMsgLayout layout;
     layout.width = width;
     int const textWidth = std::max(1, width - metrics.timeColumn);
     int y = 0;
-    if (textView) {
-        layout.text = QRect(0, 0, textWidth, textView->heightForWidth(textWidth));
+    if (parts.textView) {
+        layout.text = QRect(0, 0, textWidth, parts.textView->heightForWidth(textWidth));
         y = layout.text.height();
     }
-    for (QString const& note : notes) {
+    y = layoutPictures(layout, parts.pictures, metrics, y);
+    for (DisBuffNote const& note : parts.notes) {
         y += metrics.noteGap;
         layout.notes.append({ QRect(0, y, textWidth, metrics.textFm.height()),
-                              metrics.textFm.elidedText(note, Qt::ElideRight, textWidth) });
+                              metrics.textFm.elidedText(note.text, Qt::ElideRight, textWidth),
+                              note.url });
         y += metrics.textFm.height();
     }
     layout.height = std::max(y, metrics.textFm.height());
@@ -74,6 +102,24 @@ DisBuffMsgLayout layoutMsgContent(DisTextView const* textView, QStringList const
         layout.time = QRect(textWidth, 0, width - textWidth, metrics.textFm.height());
     }
     return layout;
+}
+
+// A tool tip shows what looks like markup as markup, which a name is not.
+QString toolTipOf(QString const& name)
+{
+    return name.isEmpty() ? QString()
+                          : QStringLiteral("<p>") + name.toHtmlEscaped() + QStringLiteral("</p>");
+}
+
+// The address that a press there opens; empty if none.
+QUrl hitNote(DisBuffMsgLayout const& layout, QPoint const& pos, QFontMetrics const& fm)
+{
+    for (DisBuffMsgLayout::Note const& note : layout.notes) {
+        if (note.rect.contains(pos) && pos.x() < fm.horizontalAdvance(note.text)) {
+            return note.url;
+        }
+    }
+    return {};
 }
 
 void paintNotes(QPainter& painter, DisBuffMsgLayout const& layout, DisBuffStyle const& style)
@@ -110,7 +156,9 @@ void DisBuffMsgContentWidget::setContents(FlakeId channelId, DisBuffItem const& 
     m_item = item;
     DisBuffContent const content = m_manager->loadContent(item);
     m_notes = content.notes;
-    m_hasText = m_notes.isEmpty() || content.mode != DisText::ContentMode::Normal;
+    m_hasText = (m_notes.isEmpty() && content.pictures.isEmpty()) || !content.text.isEmpty()
+        || content.mode != DisText::ContentMode::Normal;
+    showPictures(content.pictures);
     m_textView->setDisplayAsPending(item.isPending());
     m_textView->setFromParams(content.text, DisCache::guildIdOfChannel(channelId), content.mode);
     m_textView->setVisible(m_hasText);
@@ -171,12 +219,36 @@ void DisBuffMsgContentWidget::clearResourcesOnly()
 {
     m_textView->clearTextSelection();
     m_textView->document()->clearResourcesOnly();
+    showPictures({});
+}
+
+void DisBuffMsgContentWidget::showPictures(QVector<DisBuffPicture> const& pictures)
+{
+    m_pictureSizes.resize(0);
+    for (int i = 0; i < pictures.size(); ++i) {
+        if (i == m_displays.size()) {
+            m_displays.append(new NakWebImageDisplay(this));
+            m_displays.last()->installEventFilter(this);
+            m_displays.last()->setCursor(Qt::PointingHandCursor);
+        }
+        DisBuffPicture const& picture = pictures.at(i);
+        NakWebImageDisplay* display = m_displays.at(i);
+        display->setParams(picture.source, picture.size, picture.size);
+        display->setProperty(originalUrlProperty, picture.original);
+        display->setToolTip(toolTipOf(picture.name));
+        display->show();
+        m_pictureSizes.append(picture.size);
+    }
+    for (int i = pictures.size(); i < m_displays.size(); ++i) {
+        m_displays.at(i)->clear();
+        m_displays.at(i)->hide();
+    }
 }
 
 int DisBuffMsgContentWidget::heightForWidth(int width) const
 {
     if (m_layout.width != width) {
-        m_layout = layoutMsgContent(m_hasText ? m_textView : nullptr, m_notes,
+        m_layout = layoutMsgContent({ m_hasText ? m_textView : nullptr, m_pictureSizes, m_notes },
                                     m_manager->style().metrics, width);
     }
     return m_layout.height;
@@ -203,10 +275,13 @@ bool DisBuffMsgContentWidget::eventFilter(QObject* watched, QEvent* event)
 {
     // While text is selected with the mouse the text keeps its presses, and the message still
     // becomes the one that is copied from.
-    if (event->type() == QEvent::MouseButtonPress && textSelectionEnabled()) {
+    if (event->type() == QEvent::MouseButtonPress) {
         auto* mouse = static_cast<QMouseEvent*>(event);
-        if (mouse->button() == Qt::LeftButton) {
+        if (mouse->button() == Qt::LeftButton && textSelectionEnabled()) {
             act(DisBuffMsgAction::Type::Select, mouse->globalPos());
+        } else if (mouse->button() == Qt::LeftButton && watched != m_textView) {
+            NakOpenUrl::open(watched->property(originalUrlProperty).toUrl());
+            return true;
         }
     }
     return QWidget::eventFilter(watched, event);
@@ -235,6 +310,11 @@ void DisBuffMsgContentWidget::mousePressEvent(QMouseEvent* event)
         event->ignore(); // the middle button scrolls the buffer
         return;
     }
+    QUrl const url = hitNote(m_layout, event->pos(), m_manager->style().metrics.textFm);
+    if (!url.isEmpty() && !textSelectionEnabled()) {
+        NakOpenUrl::open(url);
+        return;
+    }
     act(textSelectionEnabled() ? DisBuffMsgAction::Type::Select : DisBuffMsgAction::Type::Click,
         event->globalPos());
 }
@@ -254,6 +334,9 @@ void DisBuffMsgContentWidget::placeParts()
     heightForWidth(width());
     if (m_hasText) {
         m_textView->setGeometry(m_layout.text);
+    }
+    for (int i = 0; i < m_layout.pictures.size(); ++i) {
+        m_displays.at(i)->setGeometry(m_layout.pictures.at(i));
     }
     if (m_frame) {
         m_frame->setGeometry(rect());

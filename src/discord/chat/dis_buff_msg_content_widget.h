@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// One message below the header of its group: its text, or lines that stand for what it has instead.
+// One message below the header of its group: its text, its pictures, and lines that stand for what
+// it has beside them. All places are known before a picture is there.
 // Pooled by DisBuffWidgetsManager, which must outlive it. User-interface thread only.
 
 #include "dis_buff_widgets.h"
@@ -11,17 +12,20 @@
 
 class DisMsgContentHighlightFrame;
 class DisTextView;
+class NakWebImageDisplay;
 
 // Where the parts of one message are, in its widget's coordinates. Paint and hit test read this.
 struct DisBuffMsgLayout {
     struct Note {
         QRect rect;
         QString text; // elided to the rectangle
+        QUrl url;
     };
 
     int width = -1;
     int height = 0;
     QRect text; // empty when there is no text
+    QVector<QRect> pictures;
     QVector<Note> notes;
     QRect time; // empty when times are not shown
 };
@@ -60,6 +64,7 @@ protected:
 
 private:
     void act(DisBuffMsgAction::Type type, QPoint const& globalPos);
+    void showPictures(QVector<DisBuffPicture> const& pictures);
     void placeParts();
     void layoutRequested();
 
@@ -67,7 +72,9 @@ private:
     DisTextView* m_textView;
     DisMsgContentHighlightFrame* m_frame = nullptr; // made on first use
     DisBuffItem m_item;
-    QStringList m_notes;
+    QVector<QSize> m_pictureSizes;
+    QVector<NakWebImageDisplay*> m_displays; // kept for the next message; the first ones are in use
+    QVector<DisBuffNote> m_notes;
     QString m_timeText;
     bool m_hasText = false;
     DisBuffHighlightType m_highlight = DisBuffHighlightType::None;

@@ -36,6 +36,7 @@ struct DisBuffMetrics {
     int headerGap = 1; // below the header
     int contentGap = 1; // between the messages of a group
     int noteGap = 1; // above a line that stands for what is not text
+    int pictureGap = 4; // above and below a picture
     bool timeOnEachMessage = false;
     double minNameContrast = 3.0; // of role colours against the ground
     int timeColumn = 0; // width at the right of each message, its gap included; 0: none

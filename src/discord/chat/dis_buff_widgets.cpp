@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "dis_buff_widgets.h"
 
+#include "deployment.h"
 #include "dis_buff_group_widget.h"
 #include "dis_buff_msg_content_widget.h"
 #include "nak_stmt.h"
@@ -69,39 +70,55 @@ QString textOfType(int type, QString const& content)
     }
 }
 
-QString noteOfImageEmbed(NakStmt& row)
+DisBuffPictureRow pictureRow(NakStmt const& row)
 {
-    return row.colString(ImageRow::Url);
+    return { row.colString(ImageRow::Url), row.colString(ImageRow::Thumbnail),
+             row.colInt(ImageRow::Width), row.colInt(ImageRow::Height) };
 }
 
-QString noteOfRichEmbed(NakStmt& row)
+DisBuffNote noteOfPicture(NakStmt const& row)
+{
+    QUrl const url(row.colString(ImageRow::Url));
+    QString const name = url.fileName();
+    return { name.isEmpty() ? url.toString() : name, url };
+}
+
+DisBuffNote noteOfRichEmbed(NakStmt const& row)
 {
     QJsonObject const embed =
         QJsonDocument::fromJson(row.colTextByteArray(RichRow::Content)).object();
+    QString const url = embed.value(QLatin1String("url")).toString();
     for (char const* key : { "title", "description", "url" }) {
         QString const text = embed.value(QLatin1String(key)).toString();
         if (!text.isEmpty()) {
-            return text.simplified();
+            return { text.simplified(), QUrl(url) };
         }
     }
     return {};
 }
 
-QString noteOfImageAttachment(NakStmt& row)
+DisBuffNote noteOfFile(NakStmt const& row)
 {
-    QString const url = row.colString(ImageRow::Url);
-    QString const name = QUrl(url).fileName();
-    return name.isEmpty() ? url : name;
-}
-
-QString noteOfFileAttachment(NakStmt& row)
-{
-    QString name = row.colString(FileRow::FileName);
+    QString const name = row.colString(FileRow::FileName);
+    QUrl const url(row.colString(FileRow::Url));
     qint64 const size = row.colInt64(FileRow::FileSize);
     if (size <= 0) {
-        return name;
+        return { name, url };
     }
-    return QStringLiteral("%1 (%2)").arg(name, QLocale().formattedDataSize(size));
+    return { QStringLiteral("%1 (%2)").arg(name, QLocale().formattedDataSize(size)), url };
+}
+
+void append(QVector<DisBuffNote>& notes, DisBuffNote const& note)
+{
+    if (!note.text.isEmpty() && notes.size() < DisBuffWidgetsManager::maxNotes) {
+        notes.append(note);
+    }
+}
+
+// Without them, or where nothing may be fetched, a line stands for each picture.
+bool showsPictures()
+{
+    return g_preferences->showImagesInChat && !g_preferences->lowBandwidthMode;
 }
 
 } // namespace
@@ -190,32 +207,55 @@ DisBuffContent DisBuffWidgetsManager::loadConfirmed(FlakeId id)
         }
     }
     m_messageStmt.reset();
-    if (content.text.isEmpty() && content.mode != DisText::ContentMode::Deleted) {
-        content.notes = loadNotes(id);
+    if (content.mode != DisText::ContentMode::Deleted) {
+        loadPictures(content, id);
+        loadNotes(content, id);
     }
     return content;
 }
 
-QStringList DisBuffWidgetsManager::loadNotes(FlakeId id)
+void DisBuffWidgetsManager::loadPictures(DisBuffContent& content, FlakeId id)
 {
-    QStringList notes;
-    appendNotes(notes, m_imageEmbedsStmt, id, noteOfImageEmbed);
-    appendNotes(notes, m_richEmbedsStmt, id, noteOfRichEmbed);
-    appendNotes(notes, m_imageAttachmentsStmt, id, noteOfImageAttachment);
-    appendNotes(notes, m_fileAttachmentsStmt, id, noteOfFileAttachment);
-    return notes;
+    if (!showsPictures() || !g_deployment) {
+        return;
+    }
+    auto const take = [&content](NakStmt const& row) {
+        if (content.pictures.size() < maxNotes) {
+            content.pictures.append(DisBuffPictures::pictureOf(pictureRow(row), *g_deployment));
+        }
+    };
+    if (g_preferences->showLinkPreviewsInChat) {
+        forEachRow(m_imageEmbedsStmt, id, take);
+    }
+    forEachRow(m_imageAttachmentsStmt, id, take);
 }
 
-void DisBuffWidgetsManager::appendNotes(QStringList& notes, NakStmt& stmt, FlakeId id,
-                                        QString (*noteOfRow)(NakStmt&))
+void DisBuffWidgetsManager::loadNotes(DisBuffContent& content, FlakeId id)
+{
+    bool const namesPictures = content.pictures.isEmpty();
+    bool const hasText = !content.text.isEmpty();
+    auto const takePicture = [&](NakStmt const& row) { append(content.notes, noteOfPicture(row)); };
+    if (namesPictures && !hasText) {
+        forEachRow(m_imageEmbedsStmt, id, takePicture);
+    }
+    if (!hasText) {
+        forEachRow(m_richEmbedsStmt, id,
+                   [&](NakStmt const& row) { append(content.notes, noteOfRichEmbed(row)); });
+    }
+    if (namesPictures) {
+        forEachRow(m_imageAttachmentsStmt, id, takePicture);
+    }
+    forEachRow(m_fileAttachmentsStmt, id,
+               [&](NakStmt const& row) { append(content.notes, noteOfFile(row)); });
+}
+
+template <typename Take>
+void DisBuffWidgetsManager::forEachRow(NakStmt& stmt, FlakeId id, Take take)
 {
     m_sources.reads->aboutToRead();
     stmt.bind(1, id);
-    while (notes.size() < maxNotes && stmt.step()) {
-        QString const note = noteOfRow(stmt);
-        if (!note.isEmpty()) {
-            notes.append(note);
-        }
+    for (int rows = 0; rows < maxNotes && stmt.step(); ++rows) {
+        take(stmt);
     }
     stmt.reset();
 }

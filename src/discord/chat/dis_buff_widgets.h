@@ -7,12 +7,12 @@
 // User-interface thread only.
 
 #include "dis_buff_items.h"
+#include "dis_buff_pictures.h"
 #include "dis_buff_style.h"
 #include "dis_text_document.h"
 
 #include <QObject>
 #include <QPoint>
-#include <QStringList>
 #include <QVector>
 
 class DisBuffGroupWidget;
@@ -27,12 +27,19 @@ struct DisBuffMsgAction {
     QPoint globalPos;
 };
 
+// A line that stands for what is not text.
+struct DisBuffNote {
+    QString text;
+    QUrl url; // what a click opens; may be empty
+};
+
 // What one message shows, read from the store or from the pending record.
 struct DisBuffContent {
     QString text;
     DisText::ContentMode::Type mode = DisText::ContentMode::Normal;
-    // Lines that stand for what is not text, in a message that has none: file names and addresses.
-    QStringList notes;
+    QVector<DisBuffPicture> pictures;
+    // Files; and what is not shown as a picture, in a message without text.
+    QVector<DisBuffNote> notes;
 };
 
 class DisBuffWidgetsManager : public QObject {
@@ -61,7 +68,7 @@ public:
     // A message without a row shows an empty text.
     DisBuffContent loadContent(DisBuffItem const& item);
 
-    // More notes than this are left out.
+    // More notes, or pictures, than this are left out.
     static constexpr int maxNotes = 8;
 
 signals:
@@ -69,8 +76,10 @@ signals:
 
 private:
     DisBuffContent loadConfirmed(FlakeId id);
-    QStringList loadNotes(FlakeId id);
-    void appendNotes(QStringList& notes, NakStmt& stmt, FlakeId id, QString (*noteOfRow)(NakStmt&));
+    void loadPictures(DisBuffContent& content, FlakeId id);
+    void loadNotes(DisBuffContent& content, FlakeId id);
+    // Calls take with each row that the statement has of the message.
+    template <typename Take> void forEachRow(NakStmt& stmt, FlakeId id, Take take);
 
     Sources m_sources;
     NakStmt m_messageStmt;

@@ -5,8 +5,10 @@
 #include "bi_set.h"
 #include "dis_cache.h"
 #include "dis_client.h"
+#include "dis_emoji_images.h"
 #include "dis_message_parse.h"
 #include "dis_text_formats.h"
+#include "dis_text_images.h"
 #include "dis_utils.h"
 #include "global_events.h"
 #include "preferences.h"
@@ -38,6 +40,7 @@ struct DisTextDocumentManagerPriv {
     QVector<DisTextDocument*> free; // a stack
     QVector<DisTextDocument*> withContent; // each knows its index
     ManagerUtils::BiSet<FlakeId, DocKey> mentionedUsers;
+    DisTextImages images;
     DisTextFormats formats;
     int formatsVersion = 0; // 0: not made yet
     bool lazySetupDone = false;
@@ -49,6 +52,7 @@ struct DisTextDocument::Impl {
     int formatsVersion = 0; // of the default font
     int writtenChars = 0; // since it was last empty
     bool hasCodeBlock = false;
+    DisTextImages::Held images;
 
     static void addToContentList(DisTextDocument* doc);
     static void disconnectResources(DisTextDocument* doc);
@@ -65,6 +69,7 @@ struct Filler {
     DisText::ContentParams const& params;
     DisTextDocumentManagerPriv& manager;
     DisTextDocument* document;
+    DisTextImages::Held& images;
     QTextCharFormat const& base;
     bool hasCodeBlock = false;
 
@@ -81,7 +86,8 @@ struct Filler {
 
 void Filler::customEmoji(DisplayMessagePiece const& piece)
 {
-    cursor.insertText(QLatin1Char(':') + piece.text.toString() + QLatin1Char(':'), base);
+    DisEmojiKey const key(piece.id.value(), formats.emojiHeight);
+    cursor.insertImage(manager.images.use(document, images, key, piece.text));
 }
 
 void Filler::userMention(FlakeId user)
@@ -279,6 +285,7 @@ void DisTextDocument::Impl::disconnectResources(DisTextDocument* doc)
     if (!priv.mentionedUsers.isEmpty()) {
         priv.mentionedUsers.removeB({ doc });
     }
+    priv.images.release(doc, impl.images);
     if (impl.contentIndex >= 0) {
         DisTextDocument* const last = priv.withContent.last();
         priv.withContent[impl.contentIndex] = last;
@@ -317,8 +324,13 @@ void DisTextDocument::Impl::setData(DisTextDocument* doc, DisText::ContentParams
     dropWhatWasRemoved(doc);
     QTextCursor cursor(doc);
     bool const action = params.mode == DisText::ContentMode::Action;
-    Filler filler{ cursor, priv.formats, params,
-                   priv,   doc,          action ? priv.formats.italic : priv.formats.regular };
+    Filler filler{ cursor,
+                   priv.formats,
+                   params,
+                   priv,
+                   doc,
+                   impl.images,
+                   action ? priv.formats.italic : priv.formats.regular };
     cursor.beginEditBlock();
     cursor.setBlockFormat(priv.formats.regularBlock);
     filler.body();
@@ -357,6 +369,10 @@ DisTextDocumentManager::DisTextDocumentManager(QObject* parent)
     }
     if (g_disClient != nullptr) {
         connect(g_disClient, &DisClient::disChanges, this, &DisTextDocumentManager::disChanges);
+    }
+    if (g_disEmojiImages != nullptr) {
+        connect(g_disEmojiImages, &DisEmojiImages::emojiPixmapPresented, this,
+                &DisTextDocumentManager::emojiPixmapPresented);
     }
 }
 
@@ -413,6 +429,24 @@ void DisTextDocumentManager::disChanges(DisChanges const& changes)
         }
     }
     askForReparse(docs);
+}
+
+// A picture of an older height is for nobody any more.
+void DisTextDocumentManager::emojiPixmapPresented(FlakeId const& id, int height,
+                                                  SharedImage const& image)
+{
+    if (height != m_priv->formats.emojiHeight) {
+        return;
+    }
+    DocList docs;
+    for (DisTextDocument* doc : m_priv->images.present(DisEmojiKey(id.value(), height), image)) {
+        docs.append(doc);
+    }
+    for (QPointer<DisTextDocument> const& doc : docs) {
+        if (doc) {
+            emit doc->needsRepaintOnly();
+        }
+    }
 }
 
 void DisTextDocumentManager::prefsChanged()

@@ -15,6 +15,7 @@
 #include <memory>
 
 class DisTextDocumentManager;
+class SharedImage;
 struct DisChanges;
 struct DisTextDocumentManagerPriv;
 class QTextCharFormat;
@@ -66,7 +67,8 @@ private:
 };
 
 // One object for the whole program. Needs g_preferences from the first document on; reads
-// g_globalEvents and g_disClient when it is built, and does without them if they are null.
+// g_globalEvents, g_disClient and g_disEmojiImages when it is built, and does without them if they
+// are null.
 class DisTextDocumentManager : public QObject {
     Q_OBJECT
 public:
@@ -83,6 +85,8 @@ public:
 public slots:
     // Tells each document that mentions a changed user to be filled again.
     void disChanges(DisChanges const& changes);
+    // Repaints each document that shows the emoji at that height.
+    void emojiPixmapPresented(FlakeId const& id, int height, SharedImage const& image);
     // Rebuilds the formats and tells every document with content to be filled again.
     void prefsChanged();
 

@@ -13,6 +13,7 @@ namespace {
 constexpr int codeBackgroundAlpha = 30;
 constexpr qreal codeBlockMargin = 5.0;
 constexpr qreal standardDpi = 96.0;
+constexpr int maxEmojiHeight = 256;
 constexpr int codeBlockProperty = QTextFormat::UserProperty + 1;
 
 // With the standard resolution forced on the application, points would come out too small on a
@@ -60,6 +61,7 @@ DisTextFormats DisText::formatsFromPrefs(NakPreferences const& prefs)
     f.selection.setBackground(palette.brush(QPalette::Current, QPalette::Highlight));
     f.codeBlockBlock.setLeftMargin(codeBlockMargin);
     f.codeBlockBlock.setProperty(codeBlockProperty, true);
+    f.emojiHeight = qBound(1, prefs.chatEmojiSize, maxEmojiHeight);
     return f;
 }
 

@@ -24,6 +24,7 @@ struct DisTextFormats {
     QTextCharFormat selection;
     QTextBlockFormat regularBlock;
     QTextBlockFormat codeBlockBlock;
+    int emojiHeight = 0; // of pictures in the text
 };
 
 namespace DisText {

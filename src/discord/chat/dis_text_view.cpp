@@ -3,6 +3,7 @@
 #include "dis_text_view.h"
 
 #include "dis_text_formats.h"
+#include "dis_text_images.h"
 #include "nak_open_url.h"
 
 #include <QAbstractTextDocumentLayout>
@@ -10,13 +11,14 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QContextMenuEvent>
+#include <QHelpEvent>
 #include <QMenu>
 #include <QPainter>
 #include <QPainterPath>
 #include <QTextBlock>
 #include <QTextCursor>
-#include <QTextDocumentFragment>
 #include <QTimer>
+#include <QToolTip>
 #include <QUrl>
 
 #include <algorithm>
@@ -38,7 +40,8 @@ public:
     QString text(QAccessible::Text kind) const override
     {
         if (kind == QAccessible::Name) {
-            return static_cast<DisTextView*>(widget())->document()->toPlainText();
+            QTextDocument const& document = *static_cast<DisTextView*>(widget())->document();
+            return DisText::plainTextOf(document, 0, document.characterCount());
         }
         return QAccessibleWidget::text(kind);
     }
@@ -287,8 +290,10 @@ void DisTextView::clearTextSelection()
 
 QString DisTextView::selectedPlainText() const
 {
-    // The separators that the document keeps between its blocks become line ends.
-    return m_impl->cursor.isNull() ? QString() : m_impl->cursor.selection().toPlainText();
+    QTextCursor const& cursor = m_impl->cursor;
+    return cursor.isNull()
+        ? QString()
+        : DisText::plainTextOf(*m_impl->document, cursor.selectionStart(), cursor.selectionEnd());
 }
 
 void DisTextView::Impl::dropSelection()
@@ -439,6 +444,22 @@ void DisTextView::leaveEvent(QEvent* event)
         unsetCursor();
     }
     QWidget::leaveEvent(event);
+}
+
+bool DisTextView::event(QEvent* event)
+{
+    if (event->type() != QEvent::ToolTip || m_impl->selectable) {
+        return QWidget::event(event);
+    }
+    auto* const help = static_cast<QHelpEvent*>(event);
+    QString const name =
+        m_impl->document->documentLayout()->formatAt(help->pos()).toCharFormat().toolTip();
+    if (name.isEmpty()) {
+        event->ignore(); // the message around the text may have something to say
+        return false;
+    }
+    QToolTip::showText(help->globalPos(), DisText::emojiText(name), this);
+    return true;
 }
 
 // --- links ---

@@ -49,6 +49,7 @@ signals:
     void textSelectionModified();
 
 protected:
+    bool event(QEvent* event) override; // the tool tips of emoji
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "dis_avatar_images.h"
 #include "dis_cache.h"
 #include "dis_client.h"
 #include "dis_listen_p.h"
@@ -56,6 +57,7 @@ void DisUserListener::clear()
     m_name.clear();
     m_discrim.clear();
     m_nick.clear();
+    m_avatar.clear();
     m_roleColor = {};
     m_status = DisUserStatusCode::Unknown;
 }
@@ -72,6 +74,10 @@ quint32 DisUserListener::readProperties(quint32 userProps)
     if (userProps & UserProps::Status)
         changed |=
             updateProp(m_status, DisCache::userStatusCode(m_params.userId), UserProps::Status);
+    if ((userProps & UserProps::Avatar) && m_params.avatarSize > 0 && g_disAvatarImages)
+        changed |=
+            updateProp(m_avatar, g_disAvatarImages->getAvatar(m_params.userId, m_params.avatarSize),
+                       UserProps::Avatar);
     if (!m_params.guildId.isValid())
         return changed;
     if (userProps & UserProps::Nick)

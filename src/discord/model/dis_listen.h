@@ -9,6 +9,7 @@
 #include "dis_changes.h"
 #include "dis_seg.h"
 #include "dis_types.h"
+#include "shared_image.h"
 
 #include <QColor>
 #include <QObject>
@@ -98,6 +99,7 @@ public:
     QString userName() const { return m_name; }
     QString userDiscrim() const { return m_discrim; } // with its hash sign
     QString userNick() const { return m_nick; } // null if none
+    SharedImage const& userAvatar() const { return m_avatar; } // empty without a size
     QColor userRoleColor() const { return m_roleColor; } // invalid if none
     DisUserStatusCode userStatusCode() const { return m_status; }
 
@@ -112,6 +114,7 @@ private:
     QString m_name;
     QString m_discrim;
     QString m_nick;
+    SharedImage m_avatar;
     QColor m_roleColor;
     DisUserStatusCode m_status = DisUserStatusCode::Unknown;
 };
@@ -243,6 +246,7 @@ private:
     Impl& impl() { return *m_impl; }
     void disChanges(DisChanges const& changes);
     void typingStarts(QVector<DisTypingStart> const& starts);
+    void avatarPresented(FlakeId user, int height);
     void segUpdateTimeout();
     void segPackage(DisSeg::Package const& package);
 

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "dis_avatar_images.h"
 #include "dis_client.h"
 #include "dis_listen_p.h"
 
@@ -66,6 +67,9 @@ DisListenManager::DisListenManager(QObject* parent)
     connect(&m_impl->typingTimer, &QTimer::timeout, this, &DisListenManager::typingTimeout);
     connect(g_disClient, &DisClient::disChanges, this, &DisListenManager::disChanges);
     connect(g_disClient, &DisClient::typingStarts, this, &DisListenManager::typingStarts);
+    if (g_disAvatarImages)
+        connect(g_disAvatarImages, &DisAvatarImages::avatarPresented, this,
+                &DisListenManager::avatarPresented);
     m_impl->segTimer.setSingleShot(true);
     connect(&m_impl->segTimer, &QTimer::timeout, this, &DisListenManager::segUpdateTimeout);
     connect(g_disClient, &DisClient::segPackage, this, &DisListenManager::segPackage);
@@ -183,6 +187,19 @@ void DisListenManager::disChanges(DisChanges const& changes)
     concerned.users.forEachAlive(checkChanges);
     concerned.channels.forEachAlive(checkChanges);
     m_impl->segChanges(changes);
+}
+
+// Which picture is the listener's is asked anew: one that came late may be of an older avatar.
+void DisListenManager::avatarPresented(FlakeId user, int height)
+{
+    Gathered<DisUserListener> concerned;
+    concerned.setAll(m_impl->usersById.of(user), UserProps::Avatar);
+    concerned.forEachAlive([height](DisUserListener& listener, quint32 props) {
+        if (listener.params().avatarSize != height)
+            return;
+        if (quint32 const changed = listener.readProperties(props))
+            emit listener.propertiesChanged(changed);
+    });
 }
 
 void DisListenManager::Impl::tellTypingListeners(FlakeId channel) const

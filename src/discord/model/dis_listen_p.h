@@ -20,7 +20,8 @@
 namespace DisListenImpl {
 
 constexpr quint32 allUserProps = DisListen::UserProps::Name | DisListen::UserProps::Discriminator
-    | DisListen::UserProps::Nick | DisListen::UserProps::RoleColor | DisListen::UserProps::Status;
+    | DisListen::UserProps::Nick | DisListen::UserProps::Avatar | DisListen::UserProps::RoleColor
+    | DisListen::UserProps::Status;
 constexpr quint32 allGuildProps = DisListen::GuildProps::Name;
 constexpr quint32 allChannelProps = DisListen::ChannelProps::Name;
 
