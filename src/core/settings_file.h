@@ -10,10 +10,13 @@
 
 #include <optional>
 
+class QEvent;
+
 // Made anew on the stack at each use, and never kept: what was set is written when it goes.
 class NakSettingsFile : public QSettings {
 public:
     NakSettingsFile();
+    ~NakSettingsFile();
 
     static QString settingsFilePath();
     static bool settingsFileExists();
@@ -25,6 +28,14 @@ public:
     QByteArray getGeometry(QString const& name) const;
     void setGeometry(QString const& name, QByteArray const& geometry);
     bool hasGeometry(QString const& name) const;
+
+protected:
+    // Writes, and puts the old file back when the new one is not whole: on a full disk the base
+    // class takes a part of a file for a file.
+    bool event(QEvent* event) override;
+
+private:
+    bool isWholeInFile() const;
 };
 
 namespace NakSettings {
@@ -41,6 +52,10 @@ void tryWriteProxySettings(QSettings& settings, QNetworkProxy const& proxy);
 
 namespace NakSettingsFileImpl {
 void setHadSettingsAtLoadTime(bool had);
+
+// What a process that was killed while it wrote leaves beside the file. A lock among it would hold
+// up the next write for half a minute. Only while no other process uses the directory.
+void removeLeftovers();
 }
 
 namespace NakSettingsImpl {
@@ -48,6 +63,7 @@ namespace NakSettingsImpl {
 // The application's font as it was before the user's own replaced it; it has a value exactly while
 // an override is in force.
 void setAppFontBeforeOverride(QFont const& font);
+void clearAppFontBeforeOverride();
 std::optional<QFont> const& appFontBeforeOverride();
 
 } // namespace NakSettingsImpl

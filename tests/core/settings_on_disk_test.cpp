@@ -1,0 +1,152 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+// What is left of settings.ini when the file, the disk or the process fails.
+
+#include "data_paths.h"
+#include "preferences.h"
+#include "settings_file.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRandomGenerator>
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <functional>
+
+namespace {
+
+QByteArray bytesOfFile()
+{
+    QFile file(NakSettingsFile::settingsFilePath());
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
+}
+
+// Runs the step in a process of its own, which ends with the step.
+void inChild(std::function<void()> const& step, std::function<void(pid_t)> const& meanwhile = {})
+{
+    pid_t const child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        step();
+        _exit(0);
+    }
+    if (meanwhile)
+        meanwhile(child);
+    ASSERT_EQ(waitpid(child, nullptr, 0), child);
+}
+
+NakPreferences loaded()
+{
+    NakPreferences preferences;
+    preferences.loadFromSettingsFile();
+    return preferences;
+}
+
+NakPreferences renamed(char const* device)
+{
+    NakPreferences preferences;
+    preferences.inputDevice = QString::fromLatin1(device);
+    return preferences;
+}
+
+class SettingsOnDisk : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        NakDataPaths::appDataPathCreated();
+        QFile::remove(NakSettingsFile::settingsFilePath());
+    }
+    void TearDown() override { SetUp(); }
+};
+
+} // namespace
+
+TEST_F(SettingsOnDisk, DamagedFileIsReadAsFarAsItGoesAndWrittenWhole)
+{
+    renamed("whole").saveToSettingsFile();
+    QByteArray const whole = bytesOfFile();
+    for (int cut = 0; cut < whole.size(); cut += 37) {
+        QFile file(NakSettingsFile::settingsFilePath());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(whole.left(cut) + QByteArray("\0[\xff%%=\n]=@Variant(\0\0\x7f", 16));
+        file.close();
+        inChild([] { loaded().saveToSettingsFile(); }); // a process that has not read it before
+        NakPreferences const read = loaded();
+        read.saveToSettingsFile();
+        EXPECT_EQ(loaded().inputDevice, read.inputDevice) << cut;
+        EXPECT_TRUE(NakSettingsFile().contains(QStringLiteral("application/settings_version")));
+    }
+}
+
+TEST_F(SettingsOnDisk, FileThatCannotBeReadGivesDefaults)
+{
+    ASSERT_TRUE(QDir().mkdir(NakSettingsFile::settingsFilePath())); // so for the superuser too
+    EXPECT_EQ(loaded().inputDevice, QString());
+    EXPECT_TRUE(loaded().restoreTabs);
+    renamed("x").saveToSettingsFile();
+    EXPECT_TRUE(QDir().rmdir(NakSettingsFile::settingsFilePath()));
+}
+
+TEST_F(SettingsOnDisk, FullDiskKeepsTheOldFileWhole)
+{
+    renamed("old").saveToSettingsFile();
+    QByteArray const old = bytesOfFile();
+    inChild([] { renamed("new").saveToSettingsFile(); });
+    int const size = bytesOfFile().size();
+    int written = 0;
+    for (int limit = 0; limit <= size + 50; limit += 50) {
+        QFile file(NakSettingsFile::settingsFilePath());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(old);
+        file.close();
+        inChild([limit] {
+            signal(SIGXFSZ, SIG_IGN);
+            rlimit const room{ static_cast<rlim_t>(limit), static_cast<rlim_t>(limit) };
+            setrlimit(RLIMIT_FSIZE, &room);
+            renamed("new").saveToSettingsFile();
+        });
+        QByteArray const now = bytesOfFile();
+        if (limit < size) {
+            EXPECT_TRUE(now == old)
+                << limit << " of " << size << ": " << now.size() << " bytes, once " << old.size();
+        }
+        written += now != old ? 1 : 0;
+    }
+    EXPECT_GT(written, 0); // with room enough
+    EXPECT_EQ(
+        QDir(NakDataPaths::appDataPath()).entryList({ QStringLiteral("settings.ini?*") }).size(),
+        0);
+}
+
+TEST_F(SettingsOnDisk, KilledWhileSavingTheFileIsTheOldOrTheNewOne)
+{
+    renamed("old").saveToSettingsFile();
+    QByteArray const old = bytesOfFile();
+    renamed("new").saveToSettingsFile();
+    QByteArray const fresh = bytesOfFile();
+    std::string seen;
+    for (int kill = 0; kill < 100; ++kill) {
+        inChild(
+            [] {
+                for (;;)
+                    for (char const* device : { "old", "new" })
+                        renamed(device).saveToSettingsFile();
+            },
+            [](pid_t child) {
+                usleep(QRandomGenerator::global()->bounded(40'000U));
+                ::kill(child, SIGKILL);
+            });
+        NakSettingsFileImpl::removeLeftovers();
+        QByteArray const now = bytesOfFile();
+        ASSERT_TRUE(now == old || now == fresh) << now.constData();
+        seen += now == old ? 'o' : 'n';
+    }
+    EXPECT_NE(seen.find('o'), std::string::npos);
+    EXPECT_NE(seen.find('n'), std::string::npos);
+}
