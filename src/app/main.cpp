@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "app_updates.h"
 #include "nak_application.h"
 #include "startup.h"
 
@@ -16,6 +17,7 @@ int main(int argc, char** argv)
     NakStartup::configureSqlite();
     NakStartup::setEnvironment();
     NakStartup::setApplicationAttributes();
+    NakAppUpdates::readEnvironment();
     QString const foreignStyle = NakStartup::chooseStyle(colors);
     NakApplication app(foreignStyle, argc, argv);
     app.showFirstWindow();

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "nak_application.h"
 
+#include "app_look.h"
 #include "app_theme.h"
 #include "boxes.h"
 #include "chat_window.h"
@@ -100,6 +101,7 @@ struct NakApplicationPriv {
 
     std::unique_ptr<QLockFile> lockFile;
     NakDeployment deployment;
+    AppLook look;
     ShellHost shellHost;
     NakWindowHost windowHost;
 };
@@ -111,7 +113,7 @@ NakApplication::NakApplication(QString const& foreignStyle, int& argc, char** ar
     NakFatalBox::setShow(NakBoxes::showFatal);
     if (!foreignStyle.isEmpty())
         deriveThemeFromPalette();
-    keepClassFonts();
+    d->look.start(!foreignStyle.isEmpty());
     // A blinking caret alone would wake the idle program twenty times in ten seconds.
     setCursorFlashTime(0);
     setOrganizationName(QString());
@@ -173,25 +175,15 @@ void NakApplication::deriveThemeFromPalette()
     NakAppTheme::setGlobalThemeColors(NakAppTheme::paletteToDerivedThemeColors(palette()));
 }
 
-void NakApplication::keepClassFonts()
-{
-    // Setting the application's font resets those that the desktop gives to menus.
-    constexpr char const* classNames[] = { "QMenu", "QMenuBar", "QMenuItem" };
-    QFont fonts[std::size(classNames)];
-    for (size_t i = 0; i < std::size(classNames); ++i)
-        fonts[i] = font(classNames[i]);
-    setFont(font());
-    for (size_t i = 0; i < std::size(classNames); ++i)
-        setFont(fonts[i], classNames[i]);
-}
-
 void NakApplication::takeLockFile()
 {
     QString const path = NakDataPaths::appDataPathCreated() + QLatin1String("/nakwire.lockfile");
     d->lockFile = std::make_unique<QLockFile>(path);
     d->lockFile->setStaleLockTime(0); // a program may run for weeks
-    if (d->lockFile->tryLock(lockWaitMSecs))
+    if (d->lockFile->tryLock(lockWaitMSecs)) {
+        NakSettingsFileImpl::removeLeftovers();
         return;
+    }
     if (!NakBoxes::askToForceStart(path))
         leaveAtOnce();
     d->lockFile->removeStaleLockFile();
@@ -220,10 +212,9 @@ void NakApplication::loadPreferences()
 {
     g_preferences = new NakPreferences;
     g_preferences->loadFromSettingsFile();
-    if (!g_preferences->useAppOverride)
-        return;
-    NakSettingsImpl::setAppFontBeforeOverride(font());
-    setFont(g_preferences->appOverrideFont);
+    d->look.show(*g_preferences);
+    connect(g_globalEvents, &NakGlobalEvents::preferencesChanged, this,
+            [this] { d->look.show(*g_preferences); });
 }
 
 void NakApplication::createOtherSingletons()

@@ -50,7 +50,6 @@ protected:
 private:
     // The constructor's steps, in order.
     void deriveThemeFromPalette();
-    void keepClassFonts();
     void takeLockFile();
     void loadDeploymentConstants();
     void loadPreferences();

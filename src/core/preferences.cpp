@@ -92,6 +92,18 @@ constexpr Row rows[] = {
       &P::showTypingIndicators },
 };
 
+struct FontRow {
+    char const* key;
+    QFont P::*field;
+};
+// The monospace font falls back on the size of the one above it.
+constexpr FontRow fontRows[] = {
+    { "text_style/message_buffer", &P::messageBufferFont },
+    { "text_style/message_monospace", &P::messageMonospaceFont },
+    { "text_style/source_list", &P::sourceListFont },
+};
+
+constexpr char const* appOverrideKey = "text_style/app_override";
 constexpr char const* useProxyKey = "experimental_proxy/use_network_proxy";
 constexpr char const* useAppOverrideKey = "text_style/use_app_override";
 constexpr char const* versionKey = "application/settings_version";
@@ -136,13 +148,15 @@ QFont fixedFontInSizeOf(QFont const& font)
 
 void loadFonts(QSettings const& settings, NakPreferences* preferences)
 {
-    preferences->messageBufferFont = loadFont(settings, "text_style/message_buffer", QFont());
-    preferences->messageMonospaceFont = loadFont(settings, "text_style/message_monospace",
-                                                 fixedFontInSizeOf(preferences->messageBufferFont));
-    preferences->sourceListFont = loadFont(settings, "text_style/source_list", QFont());
+    for (FontRow const& row : fontRows) {
+        bool const isMonospace = row.field == &P::messageMonospaceFont;
+        QFont const missing =
+            isMonospace ? fixedFontInSizeOf(preferences->messageBufferFont) : QFont();
+        preferences->*row.field = loadFont(settings, row.key, missing);
+    }
     preferences->useAppOverride = settings.value(textOf(useAppOverrideKey), false).toBool();
     if (preferences->useAppOverride)
-        preferences->appOverrideFont = loadFont(settings, "text_style/app_override", QFont());
+        preferences->appOverrideFont = loadFont(settings, appOverrideKey, QFont());
 }
 
 void loadRow(QSettings const& settings, Row const& row, NakPreferences* preferences)
@@ -170,15 +184,14 @@ void saveFont(QSettings& settings, char const* key, QFont const& font)
 
 void saveFonts(QSettings& settings, NakPreferences const& preferences)
 {
-    saveFont(settings, "text_style/message_buffer", preferences.messageBufferFont);
-    saveFont(settings, "text_style/message_monospace", preferences.messageMonospaceFont);
-    saveFont(settings, "text_style/source_list", preferences.sourceListFont);
+    for (FontRow const& row : fontRows)
+        saveFont(settings, row.key, preferences.*row.field);
     settings.setValue(textOf(useAppOverrideKey), preferences.useAppOverride);
     if (preferences.useAppOverride) {
-        saveFont(settings, "text_style/app_override", preferences.appOverrideFont);
+        saveFont(settings, appOverrideKey, preferences.appOverrideFont);
     } else {
-        settings.remove(textOf("text_style/app_override"));
-        settings.remove(strategyKey("text_style/app_override"));
+        settings.remove(textOf(appOverrideKey));
+        settings.remove(strategyKey(appOverrideKey));
     }
 }
 
@@ -213,6 +226,24 @@ bool isFirstRun(QSettings const& settings)
 }
 
 } // namespace
+
+QStringList NakPreferencesImpl::keys()
+{
+    QStringList keys{ NakAppTheme::newSettingsName() };
+    for (FontRow const& row : fontRows)
+        keys << textOf(row.key);
+    keys << textOf(useAppOverrideKey) << textOf(appOverrideKey);
+    for (Row const& row : rows)
+        keys << textOf(row.key);
+    return keys << textOf(useProxyKey);
+}
+
+NakPreferences NakPreferences::defaults()
+{
+    NakPreferences preferences;
+    preferences.messageMonospaceFont = fixedFontInSizeOf(preferences.messageBufferFont);
+    return preferences;
+}
 
 void NakPreferences::loadFromSettingsFile()
 {

@@ -7,6 +7,7 @@
 
 #include <QFont>
 #include <QString>
+#include <QStringList>
 
 struct NakPreferences {
     QFont messageBufferFont;
@@ -79,10 +80,18 @@ struct NakPreferences {
     qint32 extraMessageGroupPadding = 0;
     qint32 inactivityThresholdMinutes = 5; // at least 3
 
+    // What an empty settings file gives.
+    static NakPreferences defaults();
+
     void loadFromSettingsFile();
     // Writes every field; whoever changed one calls this and emits preferencesChanged().
     void saveToSettingsFile() const;
 };
+
+namespace NakPreferencesImpl {
+// Those of the choices themselves, in the order in which they are written.
+QStringList keys();
+} // namespace NakPreferencesImpl
 
 // Set and cleared in src/app.
 extern NakPreferences* g_preferences;

@@ -116,6 +116,11 @@ ThemeColors sakura()
 }
 
 // True if the file holds a JSON object, which is then the theme.
+QString customThemePath(QSettings const& settings)
+{
+    return QFileInfo(settings.fileName()).dir().filePath(QStringLiteral("custom_theme.json"));
+}
+
 bool loadCustomTheme(QString const& path, ThemeColors* out)
 {
     QFile file(path);
@@ -209,11 +214,16 @@ QJsonObject NakAppTheme::themeColorsToJsonObject(ThemeColors const& colors)
     return object;
 }
 
+bool NakAppTheme::hasCustomTheme(QSettings const& settings)
+{
+    ThemeColors colors;
+    return loadCustomTheme(customThemePath(settings), &colors);
+}
+
 NakAppTheme::ThemeColors NakAppTheme::settingsToThemeColors(QSettings const& settings)
 {
-    QDir const directory = QFileInfo(settings.fileName()).dir();
     ThemeColors colors;
-    if (loadCustomTheme(directory.filePath(QStringLiteral("custom_theme.json")), &colors))
+    if (loadCustomTheme(customThemePath(settings), &colors))
         return colors;
     return namedThemeColors(settingsToThemeType(settings));
 }

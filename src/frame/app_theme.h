@@ -55,6 +55,7 @@ ThemeColors namedThemeColors(ThemeType type);
 ThemeColors jsonObjectToThemeColors(QJsonObject const& object);
 QJsonObject themeColorsToJsonObject(ThemeColors const& colors); // invalid colours have no key
 
+bool hasCustomTheme(QSettings const& settings); // one that can be read
 // custom_theme.json beside the settings file where there is one, else the chosen named theme.
 ThemeColors settingsToThemeColors(QSettings const& settings);
 QPalette settingsToPalette(QSettings const& settings);

@@ -16,3 +16,8 @@ bool NakOpenUrl::open(QUrl const& url)
 {
     return isAllowed(url) && QDesktopServices::openUrl(url);
 }
+
+bool NakOpenUrl::openOwnFolder(QString const& path)
+{
+    return QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+}

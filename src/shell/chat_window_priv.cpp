@@ -7,6 +7,7 @@
 #include "chat_window.h"
 #include "preferences.h"
 #include "sbar_view.h"
+#include "settings_dialog.h"
 #include "settings_file.h"
 #include "shell_host.h"
 #include "tab_layout.h"
@@ -91,6 +92,10 @@ void NakChatWindowPriv::makeActions()
     m_close = makeAction(QString(), key("Ctrl+W"), &NakChatWindowPriv::closeTabOrWindow);
     m_quit = makeAction(QStringLiteral("Quit"), QKeySequence::Quit, &NakChatWindowPriv::quit);
 
+    m_preferences = new QAction(QStringLiteral("Preferences…"), this);
+    m_preferences->setShortcut(QKeySequence::Preferences);
+    connect(m_preferences, &QAction::triggered, &NakSettingsDialog::summonSettingsDialog);
+
     m_accounts = new QAction(QStringLiteral("Accounts"), this);
     m_accounts->setShortcut(key("Ctrl+Shift+Y"));
     connect(m_accounts, &QAction::triggered, m_window, &NakChatWindow::openAccountsTab);
@@ -110,6 +115,8 @@ void NakChatWindowPriv::makeActions()
 
     m_window->addActions(
         { m_showSideBar, m_accounts, mainTabs->backAction(), mainTabs->forwardAction() });
+    m_window->addActions(
+        { m_preferences, m_accounts, mainTabs->backAction(), mainTabs->forwardAction() });
 }
 
 void NakChatWindowPriv::makeShortcuts()
@@ -140,6 +147,8 @@ void NakChatWindowPriv::makeMenus()
 
     QMenu* const tools = m_window->menuBar()->addMenu(QStringLiteral("&Tools"));
     tools->addActions({ m_newTab, m_newWindow, m_accounts, m_notifications });
+    tools->addSeparator();
+    tools->addAction(m_preferences);
     tools->addSeparator();
     tools->addActions({ m_close, m_quit });
 }

@@ -73,6 +73,7 @@ private:
     NakChatSplitter* m_splitter = nullptr;
     int m_sideBarWidth = 180;
     BottomBar* m_bottomBar = nullptr;
+    QAction* m_preferences = nullptr;
     QAction* m_newTab = nullptr;
     QAction* m_newWindow = nullptr;
     QAction* m_previousTab = nullptr;

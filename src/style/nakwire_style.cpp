@@ -352,6 +352,9 @@ void NakwireStyle::polish(QPalette& palette)
 
     QColor const base = palette.color(QPalette::Active, QPalette::Base);
     QColor const text = palette.color(QPalette::Active, QPalette::Text);
+    // A field that takes no input has no ground of its own.
+    palette.setColor(QPalette::Disabled, QPalette::Base,
+                     palette.color(QPalette::Active, QPalette::Window));
     palette.setColor(QPalette::PlaceholderText, NakColor::mix(base, text, placeholderStep));
     palette.setColor(QPalette::Link, palette.color(QPalette::Active, QPalette::Highlight));
     palette.setColor(QPalette::LinkVisited, palette.color(QPalette::Active, QPalette::Highlight));
@@ -496,7 +499,7 @@ int NakwireStyle::pixelMetric(PixelMetric metric, QStyleOption const* option,
     case PM_TabCloseIndicatorHeight:
         return 16;
     case PM_TabBarTabHSpace:
-        return tabPadding;
+        return 2 * tabPadding;
     case PM_MenuBarHMargin:
     case PM_MenuBarVMargin:
     case PM_MenuBarPanelWidth:
@@ -525,6 +528,7 @@ int NakwireStyle::styleHint(StyleHint hint, QStyleOption const* option, QWidget 
     case SH_DitherDisabledText:
     case SH_Widget_Animation_Duration:
     case SH_TabBar_Alignment: // left
+    case SH_DialogButtonBox_ButtonsHaveIcons:
         return 0;
     case SH_TabBar_ElideMode:
         return Qt::ElideRight;

@@ -10,7 +10,11 @@
 #include <QFontDatabase>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <functional>
 
 namespace {

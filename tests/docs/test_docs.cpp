@@ -4,6 +4,7 @@
 // Lists in the documents that mirror lists in the code are held against them.
 
 #include "gateway_protocol.h"
+#include "preferences.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -65,9 +66,9 @@ std::string listed(QStringList names)
 
 QStringList documents()
 {
-    return { QStringLiteral("HACKING.md"), QStringLiteral("docs/map.md"),
-             QStringLiteral("docs/protocols.md"), QStringLiteral("docs/threads.md"),
-             QStringLiteral("docs/deployment.md") };
+    return { QStringLiteral("HACKING.md"),         QStringLiteral("docs/map.md"),
+             QStringLiteral("docs/protocols.md"),  QStringLiteral("docs/threads.md"),
+             QStringLiteral("docs/deployment.md"), QStringLiteral("docs/settings.md") };
 }
 
 } // namespace
@@ -132,6 +133,13 @@ TEST(Docs, ProtocolsListsEveryOpcode)
                                    QStringLiteral("^\\| (\\d+ \\| (?:in|out|unused)) \\|"));
     EXPECT_EQ((rows.join(QLatin1Char('\n')) + QLatin1Char('\n')).toStdString(),
               lines.toStdString());
+}
+
+TEST(Docs, SettingsListsEveryPreference)
+{
+    QStringList const rows = found(textOf(QStringLiteral("docs/settings.md")),
+                                   QStringLiteral("^\\| `([a-z_]+/[a-z_]+)` \\|"));
+    EXPECT_EQ(listed(rows), listed(NakPreferencesImpl::keys()));
 }
 
 TEST(Docs, ThreadsNamesEveryThread)
