@@ -39,9 +39,11 @@ QVector<Group> NakSettingsRows::general()
               { "Tell others when &I am typing", &P::sendTypingIndicators },
               { "Go idle by itself when I am &away from the computer",
                 &P::useAutomaticInactivityDetection },
-              needing(
-                  &P::useAutomaticInactivityDetection,
-                  { "Idle after", &P::inactivityThresholdMinutes, nullptr, { 3, 1440, 1, " minutes" } }),
+              needing(&P::useAutomaticInactivityDetection,
+                      { "Idle after",
+                        &P::inactivityThresholdMinutes,
+                        nullptr,
+                        { 3, 1440, 1, " minutes" } }),
           } },
         { "Notifications",
           {
