@@ -5,6 +5,7 @@
 #include "dis_manager_impl.h"
 #include "dis_utils.h"
 #include "global_events.h"
+#include "nak_sql.h"
 #include "nak_stmt.h"
 
 namespace {
@@ -94,10 +95,19 @@ void messageCreated(Impl& impl, DisChange const& change)
 
 void emitUnreads(Impl& impl)
 {
+    // A READY can bring thousands, and each asks the store whether the user sees the channel.
+    constexpr int mostAtOnce = 300;
     QHash<FlakeId, int> counts;
-    for (FlakeId const channel : qAsConst(impl.unreadsToTell))
-        counts.insert(channel, impl.manager->channelUnreadCount(channel));
-    impl.unreadsToTell.clear();
+    {
+        NakSqlTransaction const oneRead(g_disClient->db());
+        auto it = impl.unreadsToTell.cbegin();
+        while (it != impl.unreadsToTell.cend() && counts.size() < mostAtOnce) {
+            counts.insert(*it, impl.manager->channelUnreadCount(*it));
+            it = impl.unreadsToTell.erase(it);
+        }
+    }
+    if (!impl.unreadsToTell.isEmpty())
+        impl.unreadsTimer.start();
     emit impl.manager->unreadsChanged(counts);
 }
 
