@@ -138,6 +138,27 @@ TEST(DisPresence, TooManyForTheRecordTellToReload)
     EXPECT_EQ(flush(store), "reload");
 }
 
+TEST(DisPresence, AFloodIsWrittenBeforeItPilesUp)
+{
+    Store store;
+    store.exec(twoUsers);
+    QByteArray const presence =
+        R"({"user": {"id": "3"}, "game": {"name": ")" + QByteArray(1 << 20, 'x') + "\"}}";
+    std::string told;
+    for (int i = 0; i < 40; ++i) {
+        told += changesText(store.dispatch("PRESENCE_UPDATE", presence).changes) + ";";
+        ASSERT_LE(store.state.batchedStrings.size(), 18 << 20);
+    }
+    EXPECT_EQ(told,
+              std::string(17, ';') + "UserStatusChanged 3" + std::string(17, ';')
+                  + "UserStatusChanged 3" + std::string(6, ';'));
+    for (int i = 0; i < 1'100; ++i)
+        store.dispatch("TYPING_START",
+                       R"({"channel_id": "20", "timestamp": 1, "user_id": )" + QByteArray::number(i)
+                           + "}");
+    EXPECT_EQ(store.state.typingStarts.size(), 1'000);
+}
+
 TEST(DisTyping, EachUserIsTakenOncePerChannelAndUntilTheyWrite)
 {
     Store store;

@@ -123,7 +123,7 @@ struct sqlite3;
         "emoji_name) values (?1, coalesce((select count from message_emoji_reaction_count where message_id = ?1 " \
         "and emoji_id = ?2 and emoji_name = ?3), 0) + 1, ?2, ?3)") \
     X(ReactionCountDecrement, "update message_emoji_reaction_count set count = count - 1 where message_id = ? " \
-        "and emoji_id = ? and emoji_name = ?") \
+        "and emoji_id = ? and emoji_name = ? and count > 0") \
     X(ReactionCountsDeleteOfMessage, "delete from message_emoji_reaction_count where message_id = ?") \
     \
     X(VoiceStateReplace, "insert or replace into voice_state (session_id, user_id, channel_id, guild_id, deaf, " \

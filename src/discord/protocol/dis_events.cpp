@@ -81,6 +81,14 @@ DisEventOutcome processDispatch(DisEventState& state, DisDbPrepared& prepared,
     return outcome;
 }
 
+QVector<char const*> handledEventNames()
+{
+    QVector<char const*> names;
+    for (auto const& handler : handlers)
+        names.append(handler.name);
+    return names;
+}
+
 int writeHistoryPage(DisDbPrepared& prepared, FlakeId ownUserId, Dread::Ctx const& ctx,
                      Dread::VList const& messages)
 {

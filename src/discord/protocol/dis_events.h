@@ -104,6 +104,9 @@ struct DisEventOutcome {
                                               Dread::Ctx const& ctx, Dread::VString name,
                                               Dread::VMap const& data);
 
+// The names that processDispatch does something with.
+QVector<char const*> handledEventNames();
+
 // Writes the batched presences in one transaction, empties the batch and tells what changed.
 [[nodiscard]] DisChanges flushBatchedStatuses(DisEventState& state, DisDbPrepared& prepared);
 

@@ -99,6 +99,10 @@ void Handle::channelDelete(DisEvent& event)
     FlakeId const ownUserId = event.state.ownUserId;
     if (!parseChannelEvent(event, &channel))
         return;
+    bool const isPrivate =
+        channel.wireType == WireType::pair || channel.wireType == WireType::group;
+    if (isPrivate && !ownUserId.isValid())
+        return;
     if (channel.wireType == WireType::pair) {
         // Only hidden, on this account.
         DisSql::run(event.db[DisStmt::ClosedChannelEnsure], ownUserId, channel.id);

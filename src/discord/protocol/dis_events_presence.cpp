@@ -12,6 +12,10 @@ namespace DisClientImpl {
 
 namespace {
 
+// What a flood may pile up before the batch's timer comes to its turn.
+constexpr int maxBatchedBytes = 16 << 20;
+constexpr int maxTypingStarts = 1'000;
+
 BatchedStringSlice addBatchedItemString(DisEventState& state, Dread::VString text)
 {
     BatchedStringSlice slice;
@@ -83,6 +87,8 @@ void Handle::presenceUpdate(DisEvent& event)
     DisRows::Status status;
     if (!DisRows::parsePresence(event.ctx, event.data, &status))
         return;
+    if (event.state.batchedStrings.size() > maxBatchedBytes)
+        event.outcome.changes = flushBatchedStatuses(event.state, event.db);
     UserBatchedData& item = event.state.batchedStatuses[status.userId];
     item.hasStatus = true;
     item.status = status.code;
@@ -129,7 +135,7 @@ void Handle::typingStart(DisEvent& event)
         return other.channelId == start.channelId && other.userId == start.userId;
     };
     auto& starts = event.state.typingStarts;
-    if (std::none_of(starts.cbegin(), starts.cend(), isSame))
+    if (starts.size() < maxTypingStarts && std::none_of(starts.cbegin(), starts.cend(), isSame))
         starts.append(start);
     event.outcome.typingBatchGrew = true;
 }

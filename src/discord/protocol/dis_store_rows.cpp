@@ -98,10 +98,11 @@ bool parseGuild(Dread::Ctx const& ctx, Dread::VMap const& map, Guild* row)
     Dread::find(ctx, map, "id", &row->id);
     if (!row->id.isValid())
         return false;
-    row->ownerId = FlakeId(0);
     Dread::find(ctx, map, "name", &row->name);
     Dread::find(ctx, map, "icon", &row->icon);
     Dread::find(ctx, map, "owner_id", &row->ownerId);
+    if (!row->ownerId.isValid())
+        row->ownerId = FlakeId(0); // the column is not null, and nobody has this id
     Dread::find(ctx, map, "afk_channel_id", &row->afkChannelId);
     Dread::find(ctx, map, "unavailable", &row->unavailable);
     return true;

@@ -150,6 +150,17 @@ void forEachMap(Dread::Ctx const& ctx, Dread::VMap const& map, char const* key, 
     forEachMap(ctx, list, function);
 }
 
+// Calls function(id, index) for each element of the list that is a usable id.
+template <typename Function>
+void forEachId(Dread::Ctx const& ctx, Dread::VList const& list, Function&& function)
+{
+    for (quint32 i = 0; i < list.count; ++i) {
+        FlakeId id;
+        if (Dread::toFlakeId(Dread::listAt(ctx, list, i), &id) && id.isValid())
+            function(id, static_cast<int>(i));
+    }
+}
+
 // Calls function(MemberRole) for each role of a member object.
 template <typename Function>
 void forEachMemberRole(Dread::Ctx const& ctx, Dread::VMap const& member, FlakeId userId,
@@ -157,11 +168,7 @@ void forEachMemberRole(Dread::Ctx const& ctx, Dread::VMap const& member, FlakeId
 {
     Dread::VList roles;
     Dread::find(ctx, member, "roles", &roles);
-    for (quint32 i = 0; i < roles.count; ++i) {
-        MemberRole row{ userId, FlakeId() };
-        if (Dread::toFlakeId(Dread::listAt(ctx, roles, i), &row.roleId))
-            function(row);
-    }
+    forEachId(ctx, roles, [&](FlakeId role, int) { function(MemberRole{ userId, role }); });
 }
 
 // Calls function(Permission) for each usable overwrite of the channel.

@@ -27,11 +27,9 @@ void updateWithEmoji(DisDbPrepared& db, Dread::Ctx const& ctx, Dread::VMap const
 
     Dread::VList roles;
     Dread::find(ctx, map, "roles", &roles);
-    for (quint32 i = 0; i < roles.count; ++i) {
-        FlakeId role;
-        if (Dread::toFlakeId(Dread::listAt(ctx, roles, i), &role))
-            DisSql::run(db[DisStmt::EmojiRoleReplace], id, role);
-    }
+    DisRows::forEachId(ctx, roles, [&](FlakeId role, int) {
+        DisSql::run(db[DisStmt::EmojiRoleReplace], id, role);
+    });
     if (roles.count == 0)
         DisSql::run(db[DisStmt::EmojiGuildReplace], id, guildId);
 }

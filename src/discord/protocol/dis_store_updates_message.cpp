@@ -86,12 +86,14 @@ void insertReaction(DisDbPrepared& db, FlakeId ownUserId, FlakeId messageId, Dre
     Dread::find(ctx, map, "user_id", &userId);
     Dread::find(ctx, map, "me", &me);
     Dread::find(ctx, map, "count", &count);
+    if (!emojiId.isValid() && emojiName.length == 0)
+        return;
     emojiName = DisSql::text(emojiName);
     if (userId.isValid())
         DisSql::run(db[DisStmt::ReactionReplace], messageId, userId, emojiId, emojiName);
     if (me && ownUserId.isValid())
         DisSql::run(db[DisStmt::ReactionReplace], messageId, ownUserId, emojiId, emojiName);
-    DisSql::run(db[DisStmt::ReactionCountReplace], messageId, count, emojiId, emojiName);
+    DisSql::run(db[DisStmt::ReactionCountReplace], messageId, qMax(count, 0), emojiId, emojiName);
 }
 
 } // namespace

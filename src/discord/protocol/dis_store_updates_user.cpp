@@ -30,12 +30,9 @@ void updateUserGuildPositions(DisDbPrepared& db, FlakeId userId, Dread::Ctx cons
     if (!userId.isValid())
         return;
     DisSql::run(db[DisStmt::UserGuildPositionsDelete], userId);
-    for (quint32 i = 0; i < list.count; ++i) {
-        FlakeId guildId;
-        if (Dread::toFlakeId(Dread::listAt(ctx, list, i), &guildId))
-            DisSql::run(db[DisStmt::UserGuildPositionReplace], userId, guildId,
-                        static_cast<int>(i));
-    }
+    DisRows::forEachId(ctx, list, [&](FlakeId guildId, int position) {
+        DisSql::run(db[DisStmt::UserGuildPositionReplace], userId, guildId, position);
+    });
 }
 
 void updateUserGuildSettings(DisDbPrepared& db, FlakeId userId, Dread::Ctx const& ctx,
