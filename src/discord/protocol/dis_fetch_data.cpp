@@ -26,6 +26,16 @@ std::shared_ptr<DreadFetchData> parseBody(RestHelpers::Body const& body, qint64 
     return data;
 }
 
+std::optional<QString> textInBody(RestHelpers::Body const& body, qint64 maxBody, char const* key)
+{
+    auto const data = parseBody(body, maxBody);
+    Dread::VString text;
+    if (!data || data->root.tag != Dread::Tag::Map
+        || !Dread::find(data->ctx, data->root.map, key, &text))
+        return {};
+    return Dread::toQString(text);
+}
+
 void parseReply(QNetworkReply* reply, qint64 maxBody, QObject* receiver, ParsedSlot const& function)
 {
     Utils::runOnPool(

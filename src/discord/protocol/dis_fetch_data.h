@@ -31,8 +31,13 @@ struct DreadFetchData {
 // Any thread. Null if the body is no JSON.
 std::shared_ptr<DreadFetchData> parseBody(RestHelpers::Body const& body, qint64 maxBody);
 
-// The same on the thread pool. The function is called on the receiver's thread, unless that is gone
-// by then.
+// Any thread. The text under a key of a JSON object; nothing if the body is none, or there is no
+// text under the key. Not by QJsonDocument, which leaks over some damaged bodies.
+[[nodiscard]] std::optional<QString> textInBody(RestHelpers::Body const& body, qint64 maxBody,
+                                                char const* key);
+
+// parseBody on the thread pool. The function is called on the receiver's thread, unless that is
+// gone by then.
 using ParsedSlot = std::function<void(std::shared_ptr<DreadFetchData> const&)>;
 void parseReply(QNetworkReply* reply, qint64 maxBody, QObject* receiver,
                 ParsedSlot const& function);

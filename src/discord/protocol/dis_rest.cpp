@@ -13,7 +13,7 @@
 #include "gateway_protocol.h"
 #include "invoke_on_thread.h"
 
-#include <QJsonDocument>
+#include <QJsonObject>
 #include <QNetworkAccessManager>
 
 namespace {
@@ -103,25 +103,25 @@ bool DisSession::trySendMessageReadAck(FlakeId channel, FlakeId message)
 
 void DisSession::receiveAckReply(QNetworkReply* reply)
 {
-    RestHelpers::Body const raw = RestHelpers::takeBody(reply);
-    QByteArray const body =
-        RestHelpers::inflatedBody(raw, m_timings.maxBody).value_or(QByteArray());
+    RestHelpers::Body const body = RestHelpers::takeBody(reply);
     if (reply->error() != QNetworkReply::NoError) {
+        QByteArray const text =
+            RestHelpers::inflatedBody(body, m_timings.maxBody).value_or(QByteArray());
         addLog(EvLog::Severity::Error,
                QStringLiteral("Message ack error: %1 --- %2")
                    .arg(reply->error())
-                   .arg(DisGateway::loggable(QString::fromUtf8(body), m_authToken)));
+                   .arg(DisGateway::loggable(QString::fromUtf8(text), m_authToken)));
         m_ackState = AckState::Idle;
         return;
     }
-    QJsonValue const token = QJsonDocument::fromJson(body).object().value(QLatin1String("token"));
-    if (!token.isString()) {
+    auto const token = DisClientOp::textInBody(body, m_timings.maxBody, "token");
+    if (!token) {
         addLog(EvLog::Severity::Error,
                QStringLiteral("Failed to get new message ack token from response"));
         m_ackState = AckState::Stopped; // on purpose: no acknowledgement follows in this session
         return;
     }
-    m_ackToken = token.toString();
+    m_ackToken = *token;
     m_ackState = AckState::Idle;
     addLog(EvLog::Severity::Info,
            QStringLiteral("Received next message ack token: %1...")

@@ -3,6 +3,7 @@
 #include "dis_session.h"
 
 #include "dis_client.h"
+#include "dis_fetch_data.h"
 #include "dis_session_worker.h"
 #include "dis_store.h"
 #include "event_log.h"
@@ -10,7 +11,7 @@
 #include "invoke_on_thread.h"
 
 #include <QHash>
-#include <QJsonDocument>
+#include <QJsonObject>
 #include <QNetworkAccessManager>
 #include <QRandomGenerator>
 
@@ -112,11 +113,9 @@ void DisSession::receiveGatewayUrlReply(QNetworkReply* reply)
     bool const ok = reply->error() == QNetworkReply::NoError;
     m_gatewayUrl.clear();
     if (ok) {
-        QByteArray const body =
-            RestHelpers::inflatedBody(RestHelpers::takeBody(reply), m_timings.maxBody)
-                .value_or(QByteArray());
         m_gatewayUrl =
-            QJsonDocument::fromJson(body).object().value(QLatin1String("url")).toString();
+            DisClientOp::textInBody(RestHelpers::takeBody(reply), m_timings.maxBody, "url")
+                .value_or(QString());
         addLog(EvLog::Severity::Info,
                QStringLiteral("Received WebSocket gateway reply from Discord: %1")
                    .arg(DisGateway::loggable(m_gatewayUrl, m_authToken)));
