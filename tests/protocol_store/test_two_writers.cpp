@@ -1,0 +1,142 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+// One store file as two connected accounts and their readers use it: each worker writes through its
+// own connection while others read. Nobody is turned away, and nobody sees half an event.
+
+#include "dis_store.h"
+#include "event_maker.h"
+#include "nak_sql.h"
+#include "store_fixture.h"
+#include "store_invariants.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <random>
+#include <thread>
+
+namespace {
+
+constexpr int eventsOfAWriter = 1'500;
+constexpr char channel[] = "900"; // no other event names it
+// Enough for a guild to be written without its indexes, which are made anew.
+constexpr int manyMembers = 2'500;
+
+struct Connection {
+    sqlite3* db;
+    explicit Connection(QString const& path)
+        : db(openDisStore(path))
+    {
+    }
+    ~Connection() { NakSql::closeDb(db); }
+};
+
+QByteArray largeGuild()
+{
+    QByteArray json = R"({"id": "9", "name": "G", "members": [)";
+    for (int i = 0; i < manyMembers; ++i)
+        json += (i > 0 ? "," : "") + QByteArray(R"({"user": {"id": ")")
+            + QByteArray::number(10'000 + i) + R"(", "username": "u"}})";
+    return json + "]}";
+}
+
+void dispatchJson(DisClientImpl::DisEventState& state, DisDbPrepared& prepared, QByteArray json,
+                  char const* name)
+{
+    withJson(std::move(json), [&](Dread::Ctx const& ctx, Dread::Val const& root) {
+        Dread::VString const text{ name, static_cast<quint32>(qstrlen(name)) };
+        (void)DisClientImpl::processDispatch(state, prepared, ctx, text, root.map);
+    });
+}
+
+// Any events, and between them messages of one channel with ids that rise over both writers.
+void write(QString const& path, quint32 seed, std::atomic<int>& lastMessage)
+{
+    Connection const connection(path);
+    DisDbPrepared prepared;
+    initializeDbPrepStmts(prepared, connection.db);
+    DisClientImpl::DisEventState state;
+    EventMaker maker([random = std::mt19937(seed)](quint32 below) mutable {
+        return static_cast<quint32>(random()) % below;
+    });
+    maker.setOwnUser(seed % 2 == 0 ? "90" : "91");
+    dispatchJson(state, prepared, largeGuild(), "GUILD_CREATE");
+    for (int i = 0; i < eventsOfAWriter; ++i) {
+        QByteArray const id = QByteArray::number(++lastMessage);
+        dispatchJson(state, prepared,
+                     R"({"id": ")" + id + R"(", "channel_id": ")" + channel
+                         + R"(", "author": {"id": "5"}, "content": "text"})",
+                     "MESSAGE_CREATE");
+        maker.make();
+        if (maker.data().tag == Dread::Tag::Map)
+            (void)DisClientImpl::processDispatch(state, prepared, maker.ctx(), maker.name(),
+                                                 maker.data().map);
+        if (i % 4 == 0)
+            (void)DisClientImpl::flushBatchedStatuses(state, prepared);
+    }
+    finalizeDbPrepStmts(prepared);
+}
+
+qint64 number(sqlite3* db, char const* sql)
+{
+    NakStmt stmt(db, sql);
+    return stmt.step() ? stmt.colInt64(0) : -1;
+}
+
+// The first thing that is wrong, or empty. Two statements of one transaction see one state.
+std::string lookOnce(sqlite3* db, StoreInvariants& invariants, qint64* seen)
+{
+    NakSql::beginTransaction(db);
+    qint64 const mark = number(db, "select last_message_id from guild_channel where id = 900");
+    std::this_thread::yield();
+    qint64 const last = number(db, "select max(id) from message where channel_id = 900");
+    NakSql::endTransaction(db);
+    if (mark != last)
+        return "mark " + std::to_string(mark) + ", last message " + std::to_string(last);
+    if (mark < *seen)
+        return "an older state than before";
+    *seen = mark;
+    return invariants.broken();
+}
+
+void read(QString const& path, std::atomic<int>& writers, std::string* wrong, int* looks)
+{
+    Connection const connection(path);
+    StoreInvariants invariants(connection.db);
+    qint64 seen = 0;
+    while (writers > 0 && wrong->empty()) {
+        *wrong = lookOnce(connection.db, invariants, &seen);
+        ++*looks;
+    }
+}
+
+} // namespace
+
+TEST(DisTwoWriters, ReadersSeeWholeEventsAndNobodyIsTurnedAway)
+{
+    Store store;
+    store.dispatch("CHANNEL_CREATE", R"({"id": "900", "type": 0, "guild_id": "9", "name": "c"})");
+    std::atomic<int> lastMessage{ 1'000'000 };
+    std::atomic<int> writers{ 2 };
+    std::string wrong[2];
+    int looks[2] = {};
+    std::vector<std::thread> threads;
+    for (quint32 i = 0; i < 2; ++i) {
+        threads.emplace_back([&, i] {
+            write(store.path, i, lastMessage);
+            --writers;
+        });
+        threads.emplace_back([&, i] { read(store.path, writers, &wrong[i], &looks[i]); });
+    }
+    for (auto& thread : threads)
+        thread.join();
+    EXPECT_EQ(wrong[0] + wrong[1], "");
+    EXPECT_GT(looks[0] + looks[1], 10);
+    EXPECT_EQ(number(store.db, "select count(*) from message where channel_id = 900"),
+              2 * eventsOfAWriter);
+    EXPECT_EQ(number(store.db, "select last_message_id from guild_channel where id = 900"),
+              lastMessage);
+    StoreInvariants invariants(store.db);
+    EXPECT_EQ(invariants.broken() + invariants.brokenFile(), "");
+}
