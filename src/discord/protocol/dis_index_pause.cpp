@@ -11,10 +11,16 @@ constexpr char indexesSql[] =
     "('user', 'guild_member', 'guild_member_role', 'role', 'guild_channel', "
     "'guild_voice_channel', 'guild_channel_category')";
 
+// On a full disk the whole transaction is taken back, and with it what was dropped: no index may be
+// missing from then on.
 void exec(sqlite3* db, QByteArray const& sql)
 {
+    if (sqlite3_get_autocommit(db))
+        return; // taken back already
     int const code = sqlite3_exec(db, sql.constData(), nullptr, nullptr, nullptr);
-    if (code != SQLITE_OK)
+    if (code == SQLITE_FULL || code == SQLITE_IOERR)
+        sqlite3_exec(db, "rollback", nullptr, nullptr, nullptr);
+    else if (code != SQLITE_OK)
         NakSql::exitWithFatalDatabaseError(db, code);
 }
 
