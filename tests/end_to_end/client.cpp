@@ -75,6 +75,11 @@ bool Client::quit()
         && m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
 }
 
+bool Client::wasAborted() const
+{
+    return m_process.exitStatus() == QProcess::CrashExit && m_process.exitCode() == SIGABRT;
+}
+
 void Client::key(QString const& keys)
 {
     xdotool({ QStringLiteral("key"), keys });
@@ -109,6 +114,11 @@ QStringList Client::windows() const
                      QStringLiteral("--pid"), QString::number(m_process.processId()),
                      QStringLiteral("--name"), QStringLiteral(".") })
         .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+QString Client::nameOf(QString const& window) const
+{
+    return xdotool({ QStringLiteral("getwindowname"), window });
 }
 
 QImage Client::picture() const

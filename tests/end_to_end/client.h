@@ -28,6 +28,7 @@ public:
 
     qint64 processId() const { return m_process.processId(); }
     bool isRunning() const { return m_process.state() != QProcess::NotRunning; } // or starting
+    bool wasAborted() const; // ended by its own last resort
     QString folder() const { return m_folder.path(); } // holds data, log and everything it writes
     QByteArray output() const { return m_output; } // standard output and error so far
 
@@ -37,6 +38,7 @@ public:
     void xdo(QString const& command); // any command of xdotool, words apart by blanks
     void dismissBox(); // Return in the newest window, then back to the first
     QStringList windows() const; // X11 ids of all its visible windows
+    QString nameOf(QString const& window) const;
     QImage picture() const; // of the first window
     QImage stillPicture() const; // once it has stopped changing
     int textLines() const; // in the middle of the window
