@@ -45,6 +45,8 @@ DisForegroundChannels foregroundChannels()
     DisForegroundChannels channels;
     for (NakChatWindow const* window : NakChatWindow::chatWindows()) {
         NakNavLoc const place = window->mainTabs()->currentNavLoc();
+        if (place.type() != NakNav::Type::Discord)
+            continue;
         FlakeId const channel = place.discordChannelId();
         if (!window->isVisible() || window->isMinimized() || !channel.isValid())
             continue;
