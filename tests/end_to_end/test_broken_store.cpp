@@ -57,7 +57,7 @@ protected:
         QDir const folder(dataPath(QString()));
         for (QString const& name : folder.entryList(QDir::Files | QDir::Hidden)) {
             QFile file(folder.filePath(name));
-            bool const isUsers = !name.startsWith(QLatin1String("discord_client"))
+            bool const isUsers = !name.startsWith(QLatin1String("discord_")) // caches
                 && !name.endsWith(QLatin1String("lockfile"));
             if (isUsers && file.open(QIODevice::ReadOnly))
                 files.insert(name, file.readAll());
