@@ -93,7 +93,7 @@ void Stage::Priv::record(QString const& path, HttpRequest const& request)
     if (!options.recordRequests)
         return;
     requests.push_back({ request.method, path, request.query.toString(QUrl::FullyDecoded),
-                         request.headers, request.body });
+                         request.headers, request.body, 0 });
     requestBytes += request.body.size();
     while (requests.size() > 1
            && (requests.size() > kMaxRequests || requestBytes > kMaxRequestBytes)) {
@@ -119,7 +119,6 @@ HttpReply Stage::Priv::answer(HttpRequest const& request)
     bool const isApi = request.path.startsWith(kApiPath + QLatin1Char('/'));
     QString const path = isApi ? request.path.mid(kApiPath.size()) : request.path;
     record(path, request);
-    emit q->requestReceived(request.method, path);
     HttpReply reply;
     auto const cutLeft = cuts.find(path);
     if (cutLeft != cuts.end() && *cutLeft > 0) {
@@ -132,6 +131,9 @@ HttpReply Stage::Priv::answer(HttpRequest const& request)
                           : answerRest(rest, isApi ? path : QString(), request);
     }
     reply.delayMs = delays.value(path, 0);
+    if (options.recordRequests)
+        requests.back().status = reply.cut ? 0 : reply.status;
+    emit q->requestReceived(request.method, path);
     return reply;
 }
 
@@ -246,6 +248,17 @@ void Stage::answer(QByteArray const& method, QString const& path, int status,
     one.reply.headers = headers;
     one.times = times;
     m_priv->overrides.push_back(std::move(one));
+}
+
+void Stage::limitRate(QByteArray const& method, QString const& path, int retryAfterMs, int times)
+{
+    QJsonObject const body{
+        { QStringLiteral("message"), QStringLiteral("You are being rate limited.") },
+        { QStringLiteral("retry_after"), retryAfterMs },
+        { QStringLiteral("global"), false },
+    };
+    answer(method, path, 429, QJsonDocument(body).toJson(QJsonDocument::Compact),
+           { { "retry-after", QByteArray::number(retryAfterMs) } }, times);
 }
 
 void Stage::delay(QString const& path, int ms)

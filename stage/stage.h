@@ -38,6 +38,7 @@ struct StageRequest {
     QString query; // as sent, decoded
     HttpHeaders headers; // names in lower case
     QByteArray body;
+    int status = 0; // of the answer; 0: the connection was cut
 
     QByteArray header(char const* lowerName) const;
     QJsonObject json() const;
@@ -71,6 +72,9 @@ public:
     // What that request is answered with, `times` times or, below zero, always.
     void answer(QByteArray const& method, QString const& path, int status, QByteArray const& body,
                 HttpHeaders const& headers = {}, int times = -1);
+    // Refuses that request as the service does when there were too many: 429, with the time to wait
+    // in the body and a header.
+    void limitRate(QByteArray const& method, QString const& path, int retryAfterMs, int times = -1);
     // Every reply to that path, of any method, comes so much later; 0 ends it.
     void delay(QString const& path, int ms);
     // The connection of the next requests to that path is cut instead of answering.

@@ -328,6 +328,24 @@ HttpReply postPrivateChannel(RestCall& call)
     return jsonReply(toJson(channel));
 }
 
+// Every code is an invite to the first guild, which the account is in already.
+HttpReply getInvite(RestCall& call)
+{
+    World const& world = call.context.world;
+    if (world.guilds.empty())
+        return failure(404, "Unknown Invite", 10006);
+    Channel const& channel = *findChannel(world, busyChannel(world));
+    auto const named = [](quint64 id, QString const& name) {
+        return QJsonObject{ { QStringLiteral("id"), QString::number(id) },
+                            { QStringLiteral("name"), name } };
+    };
+    return jsonReply(QJsonObject{
+        { QStringLiteral("code"), call.args[0] },
+        { QStringLiteral("guild"), named(world.guilds[0].id, world.guilds[0].name) },
+        { QStringLiteral("channel"), named(channel.id, channel.name) },
+    });
+}
+
 // What is taken and recorded but changes nothing here.
 HttpReply acceptEmpty(RestCall&)
 {
@@ -395,6 +413,9 @@ constexpr Route kRoutes[] = {
     { "PUT", "users/@me/relationships/*", acceptEmpty },
     { "DELETE", "users/@me/relationships/*", acceptEmpty },
     { "GET", "users/@me/mentions", acceptList },
+    { "GET", "invite/*", getInvite },
+    { "POST", "invite/*", getInvite },
+    { "DELETE", "invite/*", getInvite },
 };
 
 bool matches(char const* pattern, QStringList const& segments, std::vector<QString>* args)
@@ -411,6 +432,62 @@ bool matches(char const* pattern, QStringList const& segments, std::vector<QStri
             return false;
     }
     return true;
+}
+
+template <typename List> bool hasId(List const& list, quint64 id)
+{
+    return std::any_of(list.begin(), list.end(), [id](auto const& one) { return one.id == id; });
+}
+
+// What a path names by a segment and the identifier behind it, and how the service refuses one that
+// it does not know. The guild is the one that the path names before, if any.
+struct Named {
+    char const* segment;
+    bool (*isKnown)(World const& world, Guild const* guild, quint64 id);
+    char const* refusal;
+    int code;
+};
+constexpr Named kNamed[] = {
+    { "channels", [](World const& w, Guild const*, quint64 id) { return !!findChannel(w, id); },
+      "Unknown Channel", 10003 },
+    { "guilds", [](World const& w, Guild const*, quint64 id) { return !!findGuild(w, id); },
+      "Unknown Guild", 10004 },
+    { "roles", [](World const&, Guild const* g, quint64 id) { return g && hasId(g->roles, id); },
+      "Unknown Role", 10011 },
+    { "emojis", [](World const&, Guild const* g, quint64 id) { return g && hasId(g->emojis, id); },
+      "Unknown Emoji", 10014 },
+    { "members",
+      [](World const& w, Guild const* g, quint64 id) {
+          auto const user = w.userIndex.constFind(id);
+          return g && user != w.userIndex.constEnd() && findMember(*g, *user);
+      },
+      "Unknown Member", 10007 },
+    { "bans", [](World const& w, Guild const*, quint64 id) { return !!findUser(w, id); },
+      "Unknown User", 10013 },
+    { "recipients", [](World const& w, Guild const*, quint64 id) { return !!findUser(w, id); },
+      "Unknown User", 10013 },
+    { "relationships", [](World const& w, Guild const*, quint64 id) { return !!findUser(w, id); },
+      "Unknown User", 10013 },
+};
+
+// The refusal of the first identifier in the path that names nothing; a status of 0 if all do.
+HttpReply refuseUnknown(World const& world, QStringList const& segments)
+{
+    Guild const* guild = nullptr;
+    for (int n = 0; n + 1 < segments.size(); ++n) {
+        quint64 const id = segments[n + 1].toULongLong();
+        for (Named const& named : kNamed) {
+            bool const isIt = segments[n] == QLatin1String(named.segment)
+                && segments[n + 1] != QLatin1String("@me");
+            if (isIt && !named.isKnown(world, guild, id))
+                return failure(404, named.refusal, named.code);
+        }
+        if (segments[n] == QLatin1String("guilds"))
+            guild = findGuild(world, id);
+    }
+    HttpReply none;
+    none.status = 0;
+    return none;
 }
 
 bool tokenIsRight(RestContext const& context, HttpRequest const& request)
@@ -462,6 +539,9 @@ HttpReply answerRest(RestContext& context, QString const& path, HttpRequest cons
         // Where the gateway is, anybody may ask.
         if (route.handle != getGateway && !tokenIsRight(context, request))
             return failure(401, "401: Unauthorized", 0);
+        HttpReply const refusal = refuseUnknown(context.world, segments);
+        if (refusal.status != 0)
+            return refusal;
         RestCall call{ context, request, args };
         return route.handle(call);
     }

@@ -92,6 +92,7 @@ TEST_F(RestTest, ErrorsAsTheServiceWordsThem)
         int status;
         int code;
     };
+    QString const guild = QStringLiteral("/guilds/%1").arg(stage.world().guilds[0].id);
     Case const cases[] = {
         { "GET", key("/nowhere"), "", 404, 0 },
         { "PUT", messages(), "", 405, 0 },
@@ -103,6 +104,13 @@ TEST_F(RestTest, ErrorsAsTheServiceWordsThem)
         { "POST", messages(), "[]", 400, 50109 },
         { "POST", messages(), "{\"content\":\" \"}", 400, 50006 },
         { "DELETE", messages() + key("/12"), "", 404, 10008 },
+        { "POST", key("/guilds/1/channels"), "{}", 404, 10004 },
+        { "PATCH", guild + key("/roles/1"), "{}", 404, 10011 },
+        { "DELETE", guild + key("/emojis/1"), "", 404, 10014 },
+        { "PATCH", guild + key("/members/1"), "{}", 404, 10007 },
+        { "PUT", guild + key("/bans/1"), "", 404, 10013 },
+        { "PUT", key("/channels/1/recipients/1"), "", 404, 10003 },
+        { "PUT", key("/users/@me/relationships/1"), "{}", 404, 10013 },
     };
     for (Case const& c : cases) {
         QJsonObject const reply = askObject(c.method, c.path, c.body);
@@ -225,6 +233,10 @@ TEST_F(RestTest, OverridesDelaysAndCuts)
     EXPECT_EQ(status, 503);
     ask("GET", messages() + key("?limit=1"));
     EXPECT_EQ(status, 200);
+    stage.limitRate("GET", messages(), 1500, 1);
+    EXPECT_EQ(ask("GET", messages() + key("?limit=1")).toStdString(),
+              R"({"global":false,"message":"You are being rate limited.","retry_after":1500})");
+    EXPECT_EQ(status, 429);
     stage.delay(messages(), 20);
     EXPECT_EQ(QJsonDocument::fromJson(ask("GET", messages() + key("?limit=1"))).array().size(), 1);
     stage.delay(messages(), 0);
