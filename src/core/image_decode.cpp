@@ -6,9 +6,13 @@
 #include <QImageReader>
 #include <QtEndian>
 
+#include <mutex>
+
 namespace NakImageDecode {
 
 namespace {
+
+constexpr qint64 largePixels = 4'000'000;
 
 struct Signature {
     Format format;
@@ -91,6 +95,13 @@ Result decode(QByteArray const& bytes, std::function<QSize(QSize)> const& sizeFo
     QSize const wanted = sizeFor(own).expandedTo(QSize(1, 1));
     if (wanted != own)
         reader.setScaledSize(wanted);
+    // The readers of these two make the whole picture before they make it smaller: one large one at
+    // a time is enough.
+    static std::mutex wholePicture;
+    std::unique_lock<std::mutex> lock(wholePicture, std::defer_lock);
+    bool const isWhole = result.format == Format::Gif || result.format == Format::Webp;
+    if (isWhole && qint64(own.width()) * own.height() > largePixels)
+        lock.lock();
     QImage image = reader.read();
     if (image.isNull())
         result.error = reader.errorString();
