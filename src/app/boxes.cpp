@@ -68,6 +68,26 @@ bool NakBoxes::askToIgnoreLockFailure()
     return answer == QMessageBox::Ignore;
 }
 
+void NakBoxes::tellOpenSslIsMissing(bool cryptoFound, bool sslFound)
+{
+    auto const word = [](bool found) {
+        return found ? QLatin1String("true") : QLatin1String("false");
+    };
+    QString const text =
+        tr("Unable to load matching OpenSSL shared objects. Expected version %1, which have shared "
+           "objects named as version %2.\n\nFound libcrypto: %3.\nFound libssl: %4\n\nNakwire for "
+           "Linux typically ships with OpenSSL libraries bundled in the AppImage. This is to avoid "
+           "situations where a Linux system may have an incompatible version (1.1 instead of "
+           "1.0.1, etc.). If you are seeing this message, that means they weren't found. Something "
+           "may have gone wrong with packaging, the OpenSSL binaries packaged with Nakwire may be "
+           "missing one of their own dependencies and were unable to be dynamically loaded, the "
+           "AppImage paths may be messed up, or you may be trying to run Nakwire outside of the "
+           "AppImage without the proper version of OpenSSL on your system.\n\nYou will probably "
+           "not be able to connect to any online services.")
+            .arg(QLatin1String("1.0.1"), QLatin1String("1.0.0"), word(cryptoFound), word(sslFound));
+    QMessageBox::critical(nullptr, tr("OpenSSL Load Error"), text);
+}
+
 void NakBoxes::tell(QString const& title, QString const& text, bool critical)
 {
     auto* box = new QMessageBox(critical ? QMessageBox::Critical : QMessageBox::Warning, title,

@@ -19,6 +19,9 @@ bool askToForceStart(QString const& lockFilePath);
 // True if the user goes on without a lock.
 bool askToIgnoreLockFailure();
 
+// Modal; the program goes on. Whether each of the two libraries was found.
+void tellOpenSslIsMissing(bool cryptoFound, bool sslFound);
+
 // Not modal; deletes itself when it is closed.
 void tell(QString const& title, QString const& text, bool critical);
 

@@ -31,6 +31,7 @@
 
 #include <QBasicTimer>
 #include <QDir>
+#include <QLibrary>
 #include <QLockFile>
 #include <QNetworkAccessManager>
 #include <QPointer>
@@ -118,6 +119,7 @@ NakApplication::NakApplication(QString const& foreignStyle, int& argc, char** ar
     setCursorFlashTime(0);
     setOrganizationName(QString());
     setOrganizationDomain(QString());
+    probeOpenSsl();
     QThreadPool* pool = QThreadPool::globalInstance();
     pool->setMaxThreadCount(
         NakApplicationImpl::cappedThreadCount(QThread::idealThreadCount(), pool->maxThreadCount()));
@@ -173,6 +175,19 @@ void NakApplication::showFirstWindow()
 void NakApplication::deriveThemeFromPalette()
 {
     NakAppTheme::setGlobalThemeColors(NakAppTheme::paletteToDerivedThemeColors(palette()));
+}
+
+// Only the packaging that pins this version of the toolkit brings its own libraries; they stay
+// loaded.
+void NakApplication::probeOpenSsl()
+{
+    if (qstrcmp(qVersion(), "5.9.7") != 0)
+        return;
+    QString const version = QStringLiteral("1.0.0");
+    bool const cryptoFound = QLibrary(QStringLiteral("crypto"), version).load();
+    bool const sslFound = QLibrary(QStringLiteral("ssl"), version).load();
+    if (!cryptoFound || !sslFound)
+        NakBoxes::tellOpenSslIsMissing(cryptoFound, sslFound);
 }
 
 void NakApplication::takeLockFile()

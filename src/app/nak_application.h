@@ -50,6 +50,7 @@ protected:
 private:
     // The constructor's steps, in order.
     void deriveThemeFromPalette();
+    void probeOpenSsl();
     void takeLockFile();
     void loadDeploymentConstants();
     void loadPreferences();

@@ -12,9 +12,12 @@
 #include "text_notif.h"
 
 #include <QPointer>
+#include <QSocketNotifier>
 #include <QStyle>
 #include <QThreadPool>
 #include <QTimer>
+
+#include <unistd.h>
 
 #include <cstdio>
 #include <map>
@@ -193,6 +196,63 @@ int showNotifications()
     });
 }
 
+// Works the tray by commands from standard input, one character each.
+class TrayUser : public QObject {
+    Q_OBJECT
+public:
+    TrayUser()
+    {
+        m_notif.setText(QStringLiteral("text"));
+        connect(&m_notif, &NakTextNotif::trayMessageClicked, [] { say("message clicked"); });
+        connect(&m_input, &QSocketNotifier::activated, this, &TrayUser::obey);
+        startTimer(10);
+    }
+
+protected:
+    // Nothing tells of what this depends on.
+    void timerEvent(QTimerEvent*) override
+    {
+        QString const wanted = NakNotifItem::shouldCreateTrayMessages()
+            ? QStringLiteral("messages: yes")
+            : QStringLiteral("messages: no");
+        if (std::exchange(m_wanted, wanted) != wanted)
+            say(wanted);
+    }
+
+private:
+    void obey()
+    {
+        char command = 'q';
+        if (read(STDIN_FILENO, &command, 1) != 1)
+            m_input.setEnabled(false);
+        if (command == 'm') { // a message
+            m_notif.setEnabled(true);
+            m_notif.showTrayMessage(QStringLiteral("Ann"), QStringLiteral("<b>there?"), QIcon());
+        } else if (command == 'w') {
+            m_notif.setEnabled(false); // withdrawn
+        } else if (command == 'i') { // iconify
+            for (NakChatWindow* window : NakChatWindow::chatWindows())
+                window->setWindowState(Qt::WindowMinimized);
+        } else if (command == 'p') {
+            g_globalEvents->addAccountConnectionProblem(QString());
+        } else if (command == 'q') {
+            static_cast<NakApplication*>(qApp)->beginQuit();
+        }
+    }
+
+    NakTextNotif m_notif;
+    QSocketNotifier m_input{ STDIN_FILENO, QSocketNotifier::Read };
+    QString m_wanted;
+};
+
+int useTray()
+{
+    return runApplication([](NakApplication& app) {
+        (new TrayUser)->setParent(&app);
+        app.showFirstWindow();
+    });
+}
+
 } // namespace
 
 int runChildRole(char const* role)
@@ -208,6 +268,7 @@ int runChildRole(char const* role)
         { "close-last-tray-stay", [] { return closeLastWindow(true, true); } },
         { "quit-with-windows", quitWithWindows },
         { "notifications", showNotifications },
+        { "tray", useTray },
     };
     auto const it = roles.find(role);
     return it == roles.end() ? 99 : it->second();

@@ -2,88 +2,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The real program, seen from outside.
 
-#include "surroundings.h"
+#include "program_fixture.h"
 
 #include <QFile>
 
-#include <gtest/gtest.h>
-
 #include <csignal>
-#include <memory>
-
-namespace {
-
-QString program()
-{
-    return QStringLiteral(NAKWIRE_PROGRAM);
-}
-
-class Program : public testing::Test {
-protected:
-    static void SetUpTestSuite() { s_display = std::make_unique<Display>(); }
-    static void TearDownTestSuite() { s_display.reset(); }
-
-    void SetUp() override
-    {
-        ASSERT_FALSE(s_display->name().isEmpty());
-        m_surroundings.environment.insert(QStringLiteral("DISPLAY"), s_display->name());
-        m_surroundings.environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
-    }
-
-    std::unique_ptr<QProcess> start()
-    {
-        auto process = std::make_unique<QProcess>();
-        process->setProcessEnvironment(m_surroundings.environment);
-        process->start(program(), QStringList());
-        return process;
-    }
-
-    // The window's identifier once it is there.
-    static QString waitForWindow(QProcess const& process, QString const& name)
-    {
-        QString window;
-        waitUntil([&] {
-            window = s_display->windowOf(process.processId(), name);
-            return !window.isEmpty();
-        });
-        return window;
-    }
-
-    QByteArray logText() const
-    {
-        QByteArray text;
-        for (QString const& name : m_surroundings.temporaryFiles()) {
-            QFile file(m_surroundings.environment.value(QStringLiteral("TMPDIR")) + QLatin1Char('/')
-                       + name);
-            if (file.open(QIODevice::ReadOnly))
-                text += file.readAll();
-        }
-        return text;
-    }
-
-    QByteArray lockText() const
-    {
-        QFile file(m_surroundings.dataPath(QStringLiteral("nakwire.lockfile")));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no lock");
-    }
-
-    void expectOrderlyEnd(QProcess& process)
-    {
-        Finished const finished = waitForEnd(process);
-        EXPECT_EQ(finished.status, 0) << finished.standardError;
-        EXPECT_EQ(lockText(), "no lock");
-        EXPECT_EQ(logText(), "");
-        EXPECT_TRUE(m_surroundings.temporaryFiles().isEmpty());
-    }
-
-    static std::unique_ptr<Display> s_display;
-    QString const m_title = QStringLiteral("Nakwire");
-    Surroundings m_surroundings;
-};
-
-std::unique_ptr<Display> Program::s_display;
-
-} // namespace
 
 TEST(CommandLine, VersionIsAllOfIt)
 {
@@ -114,7 +37,7 @@ TEST(CommandLine, VersionIsAllOfIt)
         Surroundings surroundings;
         // The application never starts, so it never misses its platform.
         surroundings.environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("none"));
-        Finished const finished = run(surroundings, program(), c.arguments);
+        Finished const finished = run(surroundings, QStringLiteral(NAKWIRE_PROGRAM), c.arguments);
         EXPECT_EQ(finished.status, c.status);
         EXPECT_EQ(finished.standardOutput, c.output);
         EXPECT_EQ(finished.standardError, c.error);
@@ -242,5 +165,32 @@ TEST_F(Program, DeploymentFileIsLogged)
         ASSERT_FALSE(waitForWindow(*process, m_title).isEmpty());
         kill(static_cast<pid_t>(process->processId()), SIGTERM);
         expectOrderlyEnd(*process);
+    }
+}
+
+// A place that is no directory, and one where nothing can be written.
+TEST_F(Program, CannotStartWhereItCannotWrite)
+{
+    struct {
+        char const* variable;
+        char const* value;
+        char const* box;
+        int status; // -1: aborts
+    } const cases[] = {
+        { "XDG_DATA_HOME", "/dev/null", "Nakwire Startup", 1 },
+        { "XDG_DATA_HOME", "/proc/nowhere", "Nakwire Startup", 1 },
+        { "TMPDIR", "/dev/null", "Critical Error", -1 },
+    };
+    for (auto const& c : cases) {
+        auto const variable = QString::fromLatin1(c.variable);
+        QString const usual = m_surroundings.environment.value(variable);
+        m_surroundings.environment.insert(variable, QString::fromLatin1(c.value));
+        auto process = start();
+        QString const box = waitForWindow(*process, QString::fromLatin1(c.box));
+        ASSERT_FALSE(box.isEmpty()) << c.variable << ' ' << c.value;
+        s_display->pressKey(box, QStringLiteral("Escape"));
+        EXPECT_EQ(waitForEnd(*process).status, c.status) << c.variable << ' ' << c.value;
+        EXPECT_EQ(process->state(), QProcess::NotRunning); // else it did not end at all
+        m_surroundings.environment.insert(variable, usual);
     }
 }

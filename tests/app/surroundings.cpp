@@ -130,3 +130,18 @@ void Display::pressKey(QString const& window, QString const& key) const
     xdotool({ QStringLiteral("windowfocus"), QStringLiteral("--sync"), window,
               QStringLiteral("key"), key });
 }
+
+QStringList Display::windowsOf(qint64 process) const
+{
+    return xdotool({ QStringLiteral("search"), QStringLiteral("--all"),
+                     QStringLiteral("--onlyvisible"), QStringLiteral("--pid"),
+                     QString::number(process) })
+        .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+void Display::click(QString const& window, int button) const
+{
+    QString const inside = QStringLiteral("20"); // pixels
+    xdotool({ QStringLiteral("mousemove"), QStringLiteral("--window"), window, inside, inside,
+              QStringLiteral("click"), QString::number(button) });
+}

@@ -47,6 +47,9 @@ public:
     QString name() const { return m_name; } // empty if there is no server
     // The identifier of the process's one visible window with a name; empty if there is none.
     QString windowOf(qint64 process, QString const& name) const;
+    // All its visible windows.
+    QStringList windowsOf(qint64 process) const;
+    void click(QString const& window, int button) const; // near its upper left corner
     void pressKey(QString const& window, QString const& key) const;
 
 private:
