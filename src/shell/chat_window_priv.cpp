@@ -5,6 +5,7 @@
 #include "bottom_bar.h"
 #include "chat_splitter.h"
 #include "chat_window.h"
+#include "event_log_window.h"
 #include "preferences.h"
 #include "sbar_view.h"
 #include "settings_dialog.h"
@@ -19,6 +20,8 @@
 #include <QShortcut>
 #include <QTimer>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace {
 
@@ -39,6 +42,8 @@ QString sideBarVisibleKey()
 
 // A new window stands beside the one that made it, this far right and down.
 constexpr int newWindowShift = 15;
+
+constexpr int maxSideBarWidth = 16384; // as wide as a window can be
 
 } // namespace
 
@@ -96,6 +101,14 @@ void NakChatWindowPriv::makeActions()
     m_preferences->setShortcut(QKeySequence::Preferences);
     connect(m_preferences, &QAction::triggered, &NakSettingsDialog::summonSettingsDialog);
 
+    m_eventLog = new QAction(QStringLiteral("Event &Log"), this);
+    m_eventLog->setShortcut(key("Ctrl+L"));
+    connect(m_eventLog, &QAction::triggered, &NakEventLogWindow::summon);
+
+    m_markAllAsRead = new QAction(QStringLiteral("Mark All As &Read"), this);
+    connect(m_markAllAsRead, &QAction::triggered, g_globalEvents,
+            &NakGlobalEvents::clearAllUnreads);
+
     m_accounts = new QAction(QStringLiteral("Accounts"), this);
     m_accounts->setShortcut(key("Ctrl+Shift+Y"));
     connect(m_accounts, &QAction::triggered, m_window, &NakChatWindow::openAccountsTab);
@@ -113,10 +126,8 @@ void NakChatWindowPriv::makeActions()
     m_showSideBar->setShortcut(key("Alt+0"));
     connect(m_showSideBar, &QAction::triggered, this, &NakChatWindowPriv::setSideBarShown);
 
-    m_window->addActions(
-        { m_showSideBar, m_accounts, mainTabs->backAction(), mainTabs->forwardAction() });
-    m_window->addActions(
-        { m_preferences, m_accounts, mainTabs->backAction(), mainTabs->forwardAction() });
+    m_window->addActions({ m_showSideBar, m_eventLog, m_preferences, m_accounts,
+                           mainTabs->backAction(), mainTabs->forwardAction() });
 }
 
 void NakChatWindowPriv::makeShortcuts()
@@ -148,7 +159,7 @@ void NakChatWindowPriv::makeMenus()
     QMenu* const tools = m_window->menuBar()->addMenu(QStringLiteral("&Tools"));
     tools->addActions({ m_newTab, m_newWindow, m_accounts, m_notifications });
     tools->addSeparator();
-    tools->addAction(m_preferences);
+    tools->addActions({ m_markAllAsRead, m_eventLog, m_preferences });
     tools->addSeparator();
     tools->addActions({ m_close, m_quit });
 }
@@ -233,7 +244,9 @@ void NakChatWindowPriv::saveTabsIfDisconnected() const
 void NakChatWindowPriv::restoreSideBar()
 {
     NakSettingsFile const settings;
-    m_sideBarWidth = settings.value(sideBarWidthKey(), m_sideBarWidth).toInt();
+    int const width = settings.value(sideBarWidthKey()).toInt();
+    if (width > 0)
+        m_sideBarWidth = std::min(width, maxSideBarWidth);
     setSideBarShown(settings.value(sideBarVisibleKey(), true).toBool());
 }
 

@@ -80,6 +80,8 @@ private:
     QAction* m_nextTab = nullptr;
     QAction* m_accounts = nullptr;
     QAction* m_notifications = nullptr;
+    QAction* m_eventLog = nullptr;
+    QAction* m_markAllAsRead = nullptr;
     QAction* m_close = nullptr;
     QAction* m_showStatusBar = nullptr;
     QAction* m_showSideBar = nullptr;

@@ -58,6 +58,8 @@ protected:
     }
 
     static constexpr char const* tabsKey = "layout/tabs";
+
+    NakWindowHost m_windows;
 };
 
 TEST_F(ChatWindow, StartsAsTheyAllDo)
@@ -88,7 +90,11 @@ TEST_F(ChatWindow, ActionsHaveTheirKeys)
         { "Previous Tab", "Ctrl+Shift+Tab" },
         { "Next Tab", "Ctrl+Tab" },
         { "Accounts", "Ctrl+Shift+Y" },
+        { "Notifications", "Ctrl+D" },
+        { "Mark All As &Read", "" },
+        { "Event &Log", "Ctrl+L" },
         { "Close Window", "Ctrl+W" },
+        { "Show Sidebar", "Alt+0" },
         { "Show &Status Bar", "" },
     };
     for (auto const& c : cases) {
@@ -307,20 +313,94 @@ TEST_F(ChatWindow, ASecondWindowRestoresNothingAndErasesNothing)
     EXPECT_TRUE(readSetting(tabsKey).toString().contains(QLatin1String("\"5\"")));
 }
 
-TEST_F(ChatWindow, WindowsMayGoInAnyOrder)
+TEST_F(ChatWindow, TenWindowsMayGoInAnyOrder)
 {
-    for (bool firstGoesFirst : { true, false }) {
-        NakChatWindow* const first = shownWindow();
-        openTabs(first, { 1, 2 });
-        NakChatWindow* const second = shownWindow();
-        openTabs(second, { 3, 4 });
-        delete (firstGoesFirst ? first : second);
-        delete (firstGoesFirst ? second : first);
-        QString const stored = readSetting(tabsKey).toString();
-        EXPECT_EQ(stored.contains(QLatin1String("\"4\"")), firstGoesFirst); // the last one decides
-        settle();
-        writeSetting(tabsKey, QString());
+    constexpr int orders[][10] = { { 0, 1, 2, 3, 4, 5, 6, 7, 8, 9 },
+                                   { 9, 8, 7, 6, 5, 4, 3, 2, 1, 0 },
+                                   { 4, 9, 0, 7, 2, 5, 8, 1, 6, 3 } };
+    m_preferences.restoreTabs = false;
+    for (auto const& order : orders) {
+        QVector<NakChatWindow*> windows;
+        for (int i = 0; i < 10; ++i) {
+            windows.append(shownWindow());
+            openTabs(windows.last(), { 100 + static_cast<quint64>(i), 7 });
+        }
+        m_host.closed = 0;
+        for (int i = 0; i < 10; ++i) {
+            m_windows.openNavLoc(channel(8), NakGo::OpenMode::NewTab, windows.at(order[i]));
+            windows.at(order[i])->close();
+            settle();
+            EXPECT_EQ(m_host.closed, i + 1);
+            // What was saved last is what the last of them showed.
+            EXPECT_TRUE(readSetting(tabsKey).toString().contains(QString::number(100 + order[i])));
+        }
     }
+}
+
+TEST_F(ChatWindow, KeysGoBackAndForwardAndMovedTabsComeBackMoved)
+{
+    NakChatWindow* window = shownWindow();
+    openTabs(window, { 1, 2, 3 });
+    window->openTabWithNavLoc(channel(4));
+    settle();
+    struct {
+        Qt::Key key;
+        char const* after;
+    } const steps[] = { { Qt::Key_Left, "[1] 2 3" },
+                        { Qt::Key_Left, "[1] 2 3" },
+                        { Qt::Key_Right, "[4] 2 3" } };
+    for (auto const& s : steps) {
+        QTest::keyClick(window, s.key, Qt::AltModifier);
+        EXPECT_EQ(tabsOf(*window->mainTabs()), s.after);
+    }
+    window->findChild<QTabBar*>()->moveTab(0, 2);
+    EXPECT_EQ(tabsOf(*window->mainTabs()), "2 3 [4]");
+    window->close();
+    settle();
+    EXPECT_EQ(tabsOf(*shownWindow()->mainTabs()), "2 3 [4]");
+}
+
+TEST_F(ChatWindow, ANewWindowHasTheSideBarOfItsMaker)
+{
+    NakChatWindow* const first = shownWindow();
+    first->resize(700, 420);
+    first->findChild<QSplitter*>()->setSizes({ 240, 400 });
+    emit first->findChild<QSplitter*>()->splitterMoved(240, 1);
+    for (bool shown : { true, false }) {
+        if (!shown)
+            action(first, "Show Sidebar")->trigger();
+        action(first, "New Window")->trigger();
+        settle();
+        auto windows = NakChatWindow::chatWindows();
+        windows.removeOne(first);
+        EXPECT_EQ(action(windows.at(0), "Show Sidebar")->isChecked(), shown);
+        if (!shown)
+            action(windows.at(0), "Show Sidebar")->trigger();
+        EXPECT_NEAR(windows.at(0)->findChild<NakSbarView*>()->width(), 240, 2);
+        delete windows.at(0);
+    }
+}
+
+TEST_F(ChatWindow, AStoredSideBarWidthIsNeverBeyondReason)
+{
+    shownWindow()->close();
+    settle();
+    for (int width : { -5, 0, 1, 180, 2000000000 }) {
+        writeSetting("sidebar/width", width);
+        NakChatWindow* const window = shownWindow();
+        int const shown = window->findChild<NakSbarView*>()->width();
+        EXPECT_TRUE(shown >= 80 && shown < 600) << width << " gives " << shown;
+        EXPECT_GT(window->mainTabs()->width(), 0) << width;
+        delete window;
+    }
+}
+
+TEST_F(ChatWindow, MarkAllAsReadReachesTheServices)
+{
+    int told = 0;
+    QObject::connect(&m_events, &NakGlobalEvents::clearAllUnreads, [&told] { ++told; });
+    action(shownWindow(), "Mark All As &Read")->trigger();
+    EXPECT_EQ(told, 1);
 }
 
 TEST_F(ChatWindow, TabsAreSavedWhenTheConnectionsGoDown)
@@ -410,10 +490,7 @@ TEST_F(ChatWindow, FitsIntoASmallWindow)
 
 // --- what NakGo asks of the windows ---
 
-class WindowHost : public ChatWindow {
-protected:
-    NakWindowHost m_windows;
-};
+class WindowHost : public ChatWindow { };
 
 TEST_F(WindowHost, OpensInTheWindowOfTheOrigin)
 {
