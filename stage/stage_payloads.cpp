@@ -172,6 +172,20 @@ Term relationshipsTerm(World const& world)
     return out;
 }
 
+Term channelOverridesTerm(World const& world, Guild const& guild)
+{
+    Term out = list();
+    for (quint32 index : guild.channels) {
+        Channel const& channel = world.channels[index];
+        if (channel.muted)
+            out.add(map()
+                        .set("channel_id", id(channel.id))
+                        .set("message_notifications", integer(3)) // as the guild's
+                        .set("muted", boolean(true)));
+    }
+    return out;
+}
+
 Term guildSettingsTerm(World const& world)
 {
     Term out = list();
@@ -182,7 +196,7 @@ Term guildSettingsTerm(World const& world)
                     .set("mobile_push", boolean(true))
                     .set("muted", boolean(false))
                     .set("suppress_everyone", boolean(false))
-                    .set("channel_overrides", list()));
+                    .set("channel_overrides", channelOverridesTerm(world, world.guilds[n])));
     return out;
 }
 

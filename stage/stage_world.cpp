@@ -137,6 +137,7 @@ void addTextChannel(World& world, Guild& guild, int guildNumber, int n, quint64 
     channel.topic = textChannelTopic(n);
     channel.position = n;
     channel.hidden = n > 0 && n % 17 == 16;
+    channel.muted = n % 8 == 4;
     channel.nsfw = n > 0 && n % 23 == 22;
     channel.historyCount = busy ? world.size.messagesInBusyChannel : world.size.messagesPerChannel;
     channel.unread = busy ? 0 : unreadOf(rng, channel.historyCount);

@@ -88,6 +88,7 @@ struct Channel {
     int position = 0;
     bool hidden = false; // not readable by @everyone
     bool nsfw = false;
+    bool muted = false; // by the account
     std::vector<quint32> recipients; // private channels, without the account's own user
     int historyCount = 0; // generated messages
     std::deque<Message> live; // appended messages, oldest first

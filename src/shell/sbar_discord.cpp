@@ -15,6 +15,8 @@ namespace NakSbar {
 
 namespace {
 
+constexpr int maxPendingSorts = 32;
+
 // One pass over the store: which items it has met.
 class Pass {
 public:
@@ -66,7 +68,7 @@ void hangUnder(ViewPriv& d, Item list, Item item, ChanSortKey const& key)
     if (d.view->parent(item) == list)
         return;
     d.view->appendChild(list, item);
-    d.pendingSorts.insert(key);
+    pendSort(d, key);
 }
 
 Item createCategory(ViewPriv& d, FlakeId id)
@@ -222,10 +224,32 @@ Kind kindOf(ChanSortType type)
     }
 }
 
+// All lists that a statement names, list by list: one statement in place of one for each list.
+void sortEveryList(ViewPriv& d, Stmt stmt, QHash<FlakeId, Item> const& items)
+{
+    Item before = noItem;
+    d.dis->forEachRow(stmt, [&](NakStmt const& row) {
+        Item const item = items.value(row.colFlake(0), noItem);
+        if (item == noItem)
+            return;
+        if (before != noItem && d.view->parent(before) == d.view->parent(item)
+            && d.view->nextSibling(before) != item)
+            d.view->insertAfter(before, item);
+        before = item;
+    });
+}
+
 void sortPending(ViewPriv& d)
 {
-    for (ChanSortKey const& key : qAsConst(d.pendingSorts))
-        sortGuildChannels(d, key);
+    if (d.sortAllPending) {
+        sortEveryList(d, Stmt::CategoriesInOrder, d.categories);
+        sortEveryList(d, Stmt::TextChannelsInOrder, d.channels);
+        sortEveryList(d, Stmt::VoiceChannelsInOrder, d.channels);
+    } else {
+        for (ChanSortKey const& key : qAsConst(d.pendingSorts))
+            sortGuildChannels(d, key);
+    }
+    d.sortAllPending = false;
     d.pendingSorts.clear();
 }
 
@@ -283,6 +307,14 @@ void sortPrivateChans(ViewPriv& d)
     sortAsRead(
         d, Stmt::PrivateChannelsByActivity,
         [&](FlakeId id) { return d.privChannels.value(id, noItem); }, d.activeUser);
+}
+
+void pendSort(ViewPriv& d, ChanSortKey const& key)
+{
+    if (d.sortAllPending)
+        return;
+    d.pendingSorts.insert(key);
+    d.sortAllPending = d.pendingSorts.size() > maxPendingSorts;
 }
 
 void sortGuildChannels(ViewPriv& d, ChanSortKey const& key)

@@ -20,6 +20,8 @@ void queryAndCreateDiscordItems(ViewPriv& d);
 void sortDiscordGuildsAsUser(ViewPriv& d);
 void sortPrivateChans(ViewPriv& d);
 void sortGuildChannels(ViewPriv& d, ChanSortKey const& key);
+// Has the next query read that order. Of many, all orders are read at once.
+void pendSort(ViewPriv& d, ChanSortKey const& key);
 
 // Items for the people in voice.
 void createOrRemoveDiscordVoiceUserItems(ViewPriv& d, QSet<FlakeId> const& channels);

@@ -83,15 +83,7 @@ void pendSortOf(ViewPriv& d, FlakeId channel)
     ChanSortType type = ChanSortType::Text;
     while (ownerInfo.directory().list(type) != d.view->parent(item))
         type = static_cast<ChanSortType>(static_cast<quint32>(type) + 1);
-    d.pendingSorts.insert({ infoOf(d, guild).id(), inCategory ? ownerInfo.id() : FlakeId(), type });
-}
-
-void pendAllSorts(ViewPriv& d)
-{
-    for (auto const* items : { &d.channels, &d.categories }) {
-        for (auto it = items->keyBegin(); it != items->keyEnd(); ++it)
-            pendSortOf(d, *it);
-    }
+    pendSort(d, { infoOf(d, guild).id(), inCategory ? ownerInfo.id() : FlakeId(), type });
 }
 
 void bringInLine(ViewPriv& d, Wanted const& wanted)
@@ -130,7 +122,7 @@ void disChanges(ViewPriv& d, DisChanges const& changes)
     Wanted wanted;
     if (changes.isReload()) {
         wanted.query = true;
-        pendAllSorts(d);
+        d.sortAllPending = true;
     }
     for (DisChange const& change : changes.items)
         want(d, change, &wanted);

@@ -32,6 +32,10 @@
     /* A guild that the user's order does not name yet is a new one and comes first. */ \
     X(GuildsByPosition, "select guild.id from guild left join user_guild_position on user_guild_position.user_id = ? " \
         "and user_guild_position.guild_id = guild.id order by user_guild_position.position, guild.id desc") \
+    /* The same orders for all parents at once. */ \
+    X(TextChannelsInOrder, "select id from guild_channel order by guild_id, parent_id, position, id") \
+    X(VoiceChannelsInOrder, "select id from guild_voice_channel order by guild_id, parent_id, position, id") \
+    X(CategoriesInOrder, "select id from guild_channel_category order by guild_id, parent_id, position, id") \
     X(ChannelsWithVoice, "select distinct channel_id from voice_state") \
     X(VoiceChannelsOfUser, "select channel_id from voice_state where user_id = ?")
 // clang-format on

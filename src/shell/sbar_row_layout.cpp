@@ -72,8 +72,12 @@ void layoutLeft(RowContent const& content, RowPlace const& place, SbarViewStyle 
     else if (content.glyph != 0)
         addLeft(layout, room, style.glyph(content.glyph, iconTone, style.smallGlyphSize),
                 style.gap);
-    if (content.hasStatus)
-        addLeft(layout, room, style.statusCircle(content.status), style.gap);
+    if (content.hasStatus) {
+        // In the middle of what an icon would take, so that the names of all rows begin alike.
+        int const beside = (style.smallGlyphSize - style.statusSize) / 2;
+        room->left += beside;
+        addLeft(layout, room, style.statusCircle(content.status), beside + style.gap);
+    }
 }
 
 // The number's badge is as wide as its text with the padding, and never narrower than high.

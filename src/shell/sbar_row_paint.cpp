@@ -27,22 +27,29 @@ void strokeRounded(QPainter* painter, QRectF const& rect, double radius, QColor 
     painter->drawRoundedRect(rect.adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
 }
 
-// As much of a tall panel as the region can show; what is cut off keeps its corners out of sight.
-QRect trimmed(QRect const& panel, QRegion const& region, int margin)
+// One end of a panel, which is nothing but the panel of that height.
+void paintPanelEnd(QPainter* painter, QRect const& end, SbarViewStyle const& style)
 {
-    QRect const bounds = region.boundingRect();
-    return panel.intersected(
-        QRect(panel.left(), bounds.top() - margin, panel.width(), bounds.height() + 2 * margin));
+    fillRounded(painter, end, style.groupRadius, style.groupFill);
+    strokeRounded(painter, end, style.groupInsetRadius, style.groupLine);
 }
 
-// The panel under a group and all that hangs below it.
+// The panel under a group and all that hangs below it. It can be high, and is painted anew under
+// each row that changes: only its ends have rounded corners to work on.
 void paintPanel(QPainter* painter, RowPaint const& paint, SbarViewStyle const& style)
 {
-    QRect const panel =
-        trimmed(paint.fullRect.adjusted(style.groupMargin, 1, -style.groupMargin, -1), paint.region,
-                style.groupMargin);
-    fillRounded(painter, panel, style.groupRadius, style.groupFill);
-    strokeRounded(painter, panel, style.groupInsetRadius, style.groupLine);
+    QRect const panel = paint.fullRect.adjusted(style.groupMargin, 1, -style.groupMargin, -1);
+    int const corner = style.groupCorner;
+    QRect const body = panel.adjusted(0, corner, 0, -corner);
+    QRect const top(panel.topLeft(), QSize(panel.width(), 2 * corner));
+    QRect const bottom = top.translated(0, panel.height() - 2 * corner);
+    for (QRect const& end : { top, bottom }) {
+        if (paint.region.intersects(end))
+            paintPanelEnd(painter, end, style);
+    }
+    painter->fillRect(body, style.groupFill);
+    painter->fillRect(QRect(body.topLeft(), QSize(1, body.height())), style.groupLine);
+    painter->fillRect(QRect(body.right(), body.top(), 1, body.height()), style.groupLine);
 }
 
 void paintHighlight(QPainter* painter, RowLayout const& layout, RowPaint const& paint,

@@ -51,6 +51,7 @@ void setDistances(SbarViewStyle* style)
     style->aloneHeight = height + 8;
     style->iconSize = std::max(height - 2, 1);
     style->smallGlyphSize = std::max(height - 8, 1);
+    style->avatarSize = std::max(height - 6, 1);
     style->badgePadding = std::max((height - 6) / 2, 0);
     style->badgeMinWidth = std::max(height - 6, 1);
 }

@@ -43,6 +43,7 @@ struct SbarViewStyle {
     int iconSize = 1; // H - 2, at least 1
     int smallGlyphSize = 1; // of flags and channel icons
     int lockGlyphSize = 10;
+    int avatarSize = 1; // of people in voice
     int statusSize = 8; // of the circle
     int levelIndent = 10;
     int leftPadding = 3;
@@ -50,6 +51,7 @@ struct SbarViewStyle {
     int groupBase = 4; // where the rows of a group begin, and its own arrow
     int gap = 4; // between the parts of a row
     int groupMargin = 3; // left and right of a group's panel
+    int groupCorner = 4; // as high as the panel's rounding reaches
     int badgeTop = 3;
     int badgeBottom = 4;
     int badgePadding = 1; // beside the number

@@ -29,6 +29,9 @@ public:
     void setActiveNavLoc(NakNavLoc const& place);
     void clearActiveNavLoc();
 
+    // For the functions of NakSbar.
+    NakSbar::ViewPriv& priv() const { return *d; }
+
 signals:
     void pickedByClicking(NakNavLoc const& place);
     void pickedByMiddleClicking(NakNavLoc const& place);

@@ -112,6 +112,7 @@ struct ViewPriv {
     // --- Discord ---
     std::unique_ptr<DisStmts> dis; // null without a client
     QSet<ChanSortKey> pendingSorts;
+    bool sortAllPending = false; // too many to be told one by one
     FlakeId activeUser; // invalid for none
 };
 

@@ -94,7 +94,7 @@ RowContent Vis_Section::read(ViewPriv const& d, Info const& info) const
     } else {
         content.text = QStringLiteral("Discord");
         if (g_disAvatarImages)
-            content.picture = g_disAvatarImages->discordLogoIcon().pixmap(d.style.iconSize);
+            content.picture = g_disAvatarImages->discordLogoIcon().pixmap(d.style.smallGlyphSize);
     }
     return content;
 }
