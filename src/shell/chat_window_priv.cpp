@@ -96,13 +96,20 @@ void NakChatWindowPriv::makeActions()
         makeAction(QStringLiteral("Next Tab"), key("Ctrl+Tab"), &NakChatWindowPriv::nextTab);
     m_close = makeAction(QString(), key("Ctrl+W"), &NakChatWindowPriv::closeTabOrWindow);
     m_quit = makeAction(QStringLiteral("Quit"), QKeySequence::Quit, &NakChatWindowPriv::quit);
+    makeToolActions();
+    makeToggles();
+    m_window->addActions({ m_showSideBar, m_eventLog, m_preferences, m_accounts,
+                           mainTabs->backAction(), mainTabs->forwardAction() });
+}
 
+void NakChatWindowPriv::makeToolActions()
+{
     m_preferences = new QAction(QStringLiteral("Preferences…"), this);
     m_preferences->setShortcut(QKeySequence::Preferences);
     connect(m_preferences, &QAction::triggered, &NakSettingsDialog::summonSettingsDialog);
 
     m_eventLog = new QAction(QStringLiteral("Event &Log"), this);
-    m_eventLog->setShortcut(key("Ctrl+L"));
+    m_eventLog->setShortcut(Qt::CTRL + Qt::Key_L);
     connect(m_eventLog, &QAction::triggered, &NakEventLogWindow::summon);
 
     m_markAllAsRead = new QAction(QStringLiteral("Mark All As &Read"), this);
@@ -110,12 +117,15 @@ void NakChatWindowPriv::makeActions()
             &NakGlobalEvents::clearAllUnreads);
 
     m_accounts = new QAction(QStringLiteral("Accounts"), this);
-    m_accounts->setShortcut(key("Ctrl+Shift+Y"));
+    m_accounts->setShortcut(Qt::CTRL + Qt::SHIFT + Qt::Key_Y);
     connect(m_accounts, &QAction::triggered, m_window, &NakChatWindow::openAccountsTab);
 
-    m_notifications = makeAction(QStringLiteral("Notifications"), key("Ctrl+D"),
+    m_notifications = makeAction(QStringLiteral("Notifications"), Qt::CTRL + Qt::Key_D,
                                  &NakChatWindowPriv::openNotifications);
+}
 
+void NakChatWindowPriv::makeToggles()
+{
     m_showStatusBar = new QAction(QStringLiteral("Show &Status Bar"), this);
     m_showStatusBar->setCheckable(true);
     connect(m_showStatusBar, &QAction::triggered, this, &NakChatWindowPriv::setStatusBarWanted);
@@ -123,11 +133,8 @@ void NakChatWindowPriv::makeActions()
     m_showSideBar = new QAction(QStringLiteral("Show Sidebar"), this);
     m_showSideBar->setCheckable(true);
     m_showSideBar->setChecked(true);
-    m_showSideBar->setShortcut(key("Alt+0"));
+    m_showSideBar->setShortcut(Qt::ALT + Qt::Key_0);
     connect(m_showSideBar, &QAction::triggered, this, &NakChatWindowPriv::setSideBarShown);
-
-    m_window->addActions({ m_showSideBar, m_eventLog, m_preferences, m_accounts,
-                           mainTabs->backAction(), mainTabs->forwardAction() });
 }
 
 void NakChatWindowPriv::makeShortcuts()

@@ -60,6 +60,8 @@ public:
 private:
     QAction* makeAction(QString const& text, QKeySequence const& key,
                         void (NakChatWindowPriv::*effect)());
+    void makeToolActions();
+    void makeToggles();
     void updateTitle();
     void updateWindowIcon();
     void onTabsChanged();

@@ -15,7 +15,7 @@
 namespace NakEvLogIndex {
 
 // Without an end, so many bytes count as a line.
-constexpr qint64 maxLineBytes = 1 << 20;
+constexpr qint64 maxLineBytes = 1 << 18;
 constexpr int maxLines = 8'000'000;
 
 // Eight bytes: the place in the file, and what filters look at. A line without a severity is the

@@ -66,15 +66,16 @@ Style makeStyle(QFont const& font, QPalette const& palette, int rowHeight)
     style.font = font;
     style.margin = metrics.averageCharWidth();
     style.gap = 2 * metrics.averageCharWidth();
-    style.dateWidth = metrics.horizontalAdvance(QStringLiteral("0000-00-00 "));
-    // A pixel more, since the parts of a width are rounded each.
-    style.timeWidth = metrics.horizontalAdvance(QStringLiteral("00:00:00.000")) + 1;
-    style.severityWidth = metrics.horizontalAdvance(EvLog::toString(EvLog::Severity::Critical));
+    // A pixel more, since the parts of a text are rounded each.
+    auto const widthOf = [&metrics](QString const& sample) {
+        return metrics.horizontalAdvance(sample) + 1;
+    };
+    style.dateWidth = widthOf(QStringLiteral("0000-00-00 "));
+    style.timeWidth = widthOf(QStringLiteral("00:00:00.000"));
+    style.severityWidth = widthOf(EvLog::toString(EvLog::Severity::Critical));
     for (Category category : { Category::Application, Category::Networking, Category::Images,
-                               Category::Audio, static_cast<Category>(3) }) {
-        style.categoryWidth =
-            std::max(style.categoryWidth, metrics.horizontalAdvance(EvLog::toString(category)));
-    }
+                               Category::Audio, static_cast<Category>(3) })
+        style.categoryWidth = std::max(style.categoryWidth, widthOf(EvLog::toString(category)));
     style.categoryFromWidth = 70 * metrics.averageCharWidth();
     style.dateFromWidth = 120 * metrics.averageCharWidth();
     style.textTop = (rowHeight - metrics.height()) / 2;

@@ -11,8 +11,10 @@
 namespace {
 
 constexpr int lookEveryMSecs = 250;
-// A piece is long enough for the longest line.
-constexpr qint64 pieceBytes = 2 * NakEvLogIndex::maxLineBytes;
+// A piece is long enough for the longest line; the first is no longer, so that there is something
+// to show at once.
+constexpr qint64 firstPieceBytes = NakEvLogIndex::maxLineBytes;
+constexpr qint64 pieceBytes = 8 * NakEvLogIndex::maxLineBytes;
 constexpr size_t linesOfOneFiltering = 200'000; // about a millisecond
 
 } // namespace
@@ -99,10 +101,11 @@ void NakEventLogSource::scanMore()
     m_scanning = true;
     NakEvLogIndex::Line const before =
         m_index.lines.empty() ? NakEvLogIndex::lineWithoutSeverity() : m_index.lines.back();
+    qint64 const length = m_index.lines.empty() ? firstPieceBytes : pieceBytes;
     Utils::runOnPool(this,
-                     [this, before, file = m_file, from = m_index.end,
+                     [this, before, length, file = m_file, from = m_index.end,
                       generation = m_generation]() -> std::function<void()> {
-                         QByteArray const bytes = file->read(from, pieceBytes);
+                         QByteArray const bytes = file->read(from, length);
                          auto scan = std::make_shared<NakEvLogIndex::Scan>(NakEvLogIndex::scanLines(
                              bytes.constData(), bytes.size(), from, before));
                          return [this, scan, generation] {

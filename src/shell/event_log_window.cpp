@@ -76,6 +76,8 @@ NakEventLogWindow::NakEventLogWindow(QString const& logFileName)
     NakSettingsFile const settings;
     if (settings.hasGeometry(geometryName()))
         restoreGeometry(settings.getGeometry(geometryName()));
+    m_view->setAccessibleName(windowTitle());
+    m_current->setAccessibleName(QStringLiteral("Line as a whole"));
     m_view->setFocus();
     updateStatus();
 }
