@@ -5,6 +5,7 @@
 // rows beside a tree view of the toolkit with the same rows and strings in memory; one unread
 // message to pixels; a click of the wheel, which brings new rows with pictures and badges.
 
+#include "app_theme.h"
 #include "bench_row.h"
 #include "deployment.h"
 #include "dis_cache.h"
@@ -14,6 +15,7 @@
 #include "gui_icons.h"
 #include "nak_sql.h"
 #include "nak_stmt.h"
+#include "nakwire_style.h"
 #include "preferences.h"
 #include "sbar_discord.h"
 #include "sbar_view.h"
@@ -317,6 +319,11 @@ int main(int argc, char** argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication const app(argc, argv);
+    // As the program sets them; the toolkit's own scroll bar alone costs most of a step.
+    QApplication::setStyle(new NakwireStyle);
+    NakAppTheme::setGlobalThemeColors(NakAppTheme::namedThemeColors(NakAppTheme::Carbon));
+    QApplication::setPalette(
+        NakAppTheme::themeColorsToPalette(NakAppTheme::getGlobalThemeColors()));
     bool const once = argc > 1 && std::string(argv[1]) == "--once";
     if (once)
         guildCount = 2 * unreadGuilds;

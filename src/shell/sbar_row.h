@@ -56,8 +56,9 @@ struct RowLayout {
 
     QRect highlight; // behind an active or pressed row
     QVarLengthArray<Picture, 6> pictures;
+    QString line; // the whole name
     QRect textRect;
-    QStaticText text;
+    QStaticText text; // as much of it as there is room for
     bool elided = false;
     BadgeKind badgeKind = BadgeKind::None;
     QRect badge;
@@ -68,8 +69,9 @@ struct RowLayout {
 };
 
 int rowHeight(Shape shape, NakStyle::SbarViewStyle const& style);
+// before: what stood there in the same style, whose text is taken over if it still fits; or null.
 RowLayout layoutRow(RowContent const& content, RowPlace const& place,
-                    NakStyle::SbarViewStyle const& style);
+                    NakStyle::SbarViewStyle const& style, RowLayout const* before = nullptr);
 
 struct RowPaint {
     QRect rect; // the header

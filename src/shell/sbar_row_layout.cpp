@@ -122,18 +122,25 @@ void layoutFlags(RowContent const& content, RowPlace const& place, SbarViewStyle
     }
 }
 
-void layoutText(RowContent const& content, bool head, SbarViewStyle const& style, Room const& room,
-                RowLayout* layout)
+void layoutText(RowContent const& content, SbarViewStyle const& style, Room const& room,
+                RowLayout const* before, RowLayout* layout)
 {
+    bool const head = layout->shape == Shape::Section || layout->shape == Shape::Group;
     QFont const& font = head ? style.headFont : style.rowFont;
     int const lineHeight = head ? style.headFontHeight : style.rowFontHeight;
     int const width = std::max(room.right - room.left, 0);
-    QString const line = NakPlainText::titleLine(content.text);
-    prepare(&layout->text, line, font);
+    layout->textRect = QRect(room.left, (room.height - lineHeight) / 2, width, lineHeight);
+    layout->line = NakPlainText::titleLine(content.text);
+    if (before && before->line == layout->line && before->textRect.width() == width) {
+        layout->text = before->text;
+        layout->elided = before->elided;
+        return;
+    }
+    prepare(&layout->text, layout->line, font);
     layout->elided = layout->text.size().width() > width;
     if (layout->elided)
-        prepare(&layout->text, QFontMetrics(font).elidedText(line, Qt::ElideRight, width), font);
-    layout->textRect = QRect(room.left, (room.height - lineHeight) / 2, width, lineHeight);
+        prepare(&layout->text, QFontMetrics(font).elidedText(layout->line, Qt::ElideRight, width),
+                font);
 }
 
 int baseOf(Shape shape, SbarViewStyle const& style)
@@ -167,7 +174,8 @@ int rowHeight(Shape shape, SbarViewStyle const& style)
     return 0;
 }
 
-RowLayout layoutRow(RowContent const& content, RowPlace const& place, SbarViewStyle const& style)
+RowLayout layoutRow(RowContent const& content, RowPlace const& place, SbarViewStyle const& style,
+                    RowLayout const* before)
 {
     RowLayout layout;
     layout.shape = place.shape;
@@ -182,8 +190,7 @@ RowLayout layoutRow(RowContent const& content, RowPlace const& place, SbarViewSt
     layoutLeft(content, place, style, &layout, &room);
     layoutBadge(content, place, style, &layout, &room);
     layoutFlags(content, place, style, &layout, &room);
-    bool const head = place.shape == Shape::Section || place.shape == Shape::Group;
-    layoutText(content, head, style, room, &layout);
+    layoutText(content, style, room, before, &layout);
     return layout;
 }
 

@@ -61,7 +61,7 @@ void layOut(ViewPriv const& d, Item item, Vis_Base* vis)
     place.collapsed = isCollapsed(d, item);
     place.active = vis->active;
     place.width = d.view->viewport()->width();
-    vis->layout = layoutRow(vis->shown, place, d.style);
+    vis->layout = layoutRow(vis->shown, place, d.style, &vis->layout);
 }
 
 void fill(ViewPriv const& d, Item item, Vis_Base* vis)
