@@ -68,6 +68,7 @@ NakEventLogFind::~NakEventLogFind() = default;
 void NakEventLogFind::setNeedle(QString const& needle)
 {
     m_needle = needle;
+    emit needleChanged();
     restart();
     lookOn();
 }

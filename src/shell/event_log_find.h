@@ -24,6 +24,7 @@ public:
     int numberOf(int row) const; // among those found, from 1; 0 for a row that was not
 
 signals:
+    void needleChanged();
     void changed(); // more is found, or all has been looked at
 
 private:

@@ -22,6 +22,8 @@ public:
     // The needle is marked where a row shows it.
     void setNeedle(QString const& needle);
 
+    NakEvLogRow::Style const& rowStyle() const { return m_style; }
+
     bool followsEnd() const;
     void goToEnd();
 

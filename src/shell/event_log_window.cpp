@@ -27,6 +27,7 @@ namespace {
 
 constexpr QSize defaultSize(860, 520);
 constexpr int linesOfCurrent = 3;
+constexpr int maxMarks = 100;
 constexpr qint64 maxCopyBytes = 8 << 20;
 
 QString geometryName()
@@ -73,6 +74,7 @@ NakEventLogWindow::NakEventLogWindow(QString const& logFileName)
     connect(m_view, &NakEventLogView::currentChanged, this, &NakEventLogWindow::showCurrent);
     connect(m_view, &NakEventLogView::selectionChanged, this,
             [this] { m_copy->setEnabled(m_view->hasSelection()); });
+    connect(m_find, &NakEventLogFind::needleChanged, this, &NakEventLogWindow::markFound);
     NakSettingsFile const settings;
     if (settings.hasGeometry(geometryName()))
         restoreGeometry(settings.getGeometry(geometryName()));
@@ -112,8 +114,9 @@ void NakEventLogWindow::makeCentralWidget()
     m_current->setUndoRedoEnabled(false);
     m_current->setFrameShape(QFrame::NoFrame);
     m_current->setTabChangesFocus(true);
-    m_current->document()->setDocumentMargin(fontMetrics().averageCharWidth()); // as rows have it
     m_current->setPlaceholderText(QStringLiteral("The line that you pick stands here as a whole"));
+    // As the rows have it. Behind the placeholder's setting, which would not be shown else.
+    m_current->document()->setDocumentMargin(fontMetrics().averageCharWidth());
 
     auto* const splitter = new QSplitter(Qt::Vertical, central);
     splitter->addWidget(m_view);
@@ -244,6 +247,30 @@ void NakEventLogWindow::copySelection()
 void NakEventLogWindow::showCurrent()
 {
     m_current->setPlainText(m_view->currentText());
+    markFound();
+}
+
+// A row shows only the beginning of a long line; here what was found stands in it.
+void NakEventLogWindow::markFound()
+{
+    QList<QTextEdit::ExtraSelection> marks;
+    QTextEdit::ExtraSelection mark;
+    mark.format.setBackground(m_view->rowStyle().found);
+    mark.format.setForeground(m_view->rowStyle().foundText);
+    QString const needle = m_find->needle();
+    mark.cursor = QTextCursor(m_current->document());
+    while (!needle.isEmpty() && marks.size() < maxMarks) {
+        mark.cursor = m_current->document()->find(needle, mark.cursor);
+        if (mark.cursor.isNull())
+            break;
+        marks.append(mark);
+    }
+    m_current->setExtraSelections(marks);
+    if (marks.isEmpty())
+        return;
+    QTextCursor first = marks.first().cursor;
+    first.clearSelection();
+    m_current->setTextCursor(first); // in sight
 }
 
 void NakEventLogWindow::updateStatus()

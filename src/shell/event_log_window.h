@@ -40,6 +40,7 @@ private:
     void showAll();
     void copySelection();
     void showCurrent();
+    void markFound();
     void updateStatus();
 
     NakEventLogSource* m_source;

@@ -235,6 +235,7 @@ TEST_F(EventLog, FindsOnwardAndBackAndInWhatComes)
         QTest::keyClick(field, Qt::Key_Return, s.modifiers);
         EXPECT_EQ(m_view->currentRow(), s.row);
         EXPECT_EQ(found(), s.found);
+        EXPECT_EQ(m_window->findChild<QPlainTextEdit*>()->extraSelections().size(), 1);
     }
     write(lineOf(Severity::Info, Category::None, "line 7 once more"));
     EXPECT_TRUE(waitUntil([&] { return found() == "1 of 3"; }));
