@@ -6,6 +6,7 @@
 #include "chat_window.h"
 #include "data_paths.h"
 #include "deployment.h"
+#include "dis_accts_component.h"
 #include "dis_avatar_images.h"
 #include "dis_cache.h"
 #include "dis_channel_view.h"
@@ -16,11 +17,14 @@
 #include "dis_manager.h"
 #include "dis_text_document.h"
 #include "dis_utils.h"
+#include "idle_detection.h"
 #include "main_tabs.h"
 #include "tab_contents.h"
 
 #include <QApplication>
 #include <QTimer>
+
+#include <algorithm>
 
 namespace {
 
@@ -69,7 +73,7 @@ DisServicePlugin::DisServicePlugin(QObject* parent)
     : QObject(parent)
 {
     createGlobals();
-    registerTabContents();
+    registerDoors();
     connect(g_disClient, &DisClient::userMustSee, this, &NakBoxes::tell);
 }
 
@@ -97,6 +101,8 @@ void DisServicePlugin::createGlobals()
     });
     connect(qApp, &QGuiApplication::focusWindowChanged, g_disManager,
             &DisManager::hack_foregroundChannelsMayHaveChanged);
+    connect(g_idleDetection, &NakIdleDetection::idleTimeUpdated, g_disManager,
+            &DisManager::idleTimeUpdated);
     g_disTextDocumentManager = new DisTextDocumentManager(this);
     g_disListenManager = new DisListenManager(this);
 }
@@ -106,6 +112,7 @@ void DisServicePlugin::destroyGlobals()
     if (!g_disClient)
         return;
     NakTabContents::registerFactory(NakNav::Type::Discord, {});
+    NakAcct::registerComponentFactory(NakAcct::ServiceType::Discord, {});
     deleteGlobal(g_disListenManager);
     deleteGlobal(g_disTextDocumentManager);
     deleteGlobal(g_disManager);
@@ -115,9 +122,10 @@ void DisServicePlugin::destroyGlobals()
     deleteGlobal(g_disClient);
 }
 
-void DisServicePlugin::registerTabContents()
+void DisServicePlugin::registerDoors()
 {
     NakTabContents::registerFactory(NakNav::Type::Discord, makeContent);
+    NakAcct::registerComponentFactory(NakAcct::ServiceType::Discord, DisAcctsModelComponent_new);
 }
 
 void DisServicePlugin::deinit()
@@ -138,4 +146,11 @@ void DisServicePlugin::finishDeinit()
 {
     destroyGlobals();
     deleteLater();
+}
+
+bool DisServicePlugin::anyAccountConnectsByItself()
+{
+    QVector<DisStoredAccount*> const accounts = g_disManager->accounts();
+    return std::any_of(accounts.cbegin(), accounts.cend(),
+                       [](DisStoredAccount const* account) { return account->autoConnect; });
 }

@@ -19,9 +19,12 @@ public:
 
     void deinit() override;
 
+    // Whether the start of the program connects an account.
+    static bool anyAccountConnectsByItself();
+
 private:
     void createGlobals();
     void destroyGlobals(); // also when some are gone
-    void registerTabContents();
+    void registerDoors();
     void finishDeinit();
 };

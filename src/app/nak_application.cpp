@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "nak_application.h"
 
+#include "accts_view.h"
 #include "app_look.h"
 #include "app_theme.h"
 #include "boxes.h"
@@ -14,6 +15,7 @@
 #include "global_events.h"
 #include "gui_icons.h"
 #include "i_nak_service.h"
+#include "idle_detection.h"
 #include "local_crypto.h"
 #include "nak_event_log.h"
 #include "network_access.h"
@@ -74,11 +76,11 @@ private:
     std::_Exit(EXIT_FAILURE);
 }
 
-// The accounts have no content yet: their tab is empty.
 QWidget* makeBuiltinContent(NakNavLoc const& place, QWidget* parent)
 {
-    bool const notifications = place.builtinView() == NakNav::BuiltinView::Type::Notifications;
-    return notifications ? new NakNotifsView(parent) : nullptr;
+    if (place.builtinView() == NakNav::BuiltinView::Type::Notifications)
+        return new NakNotifsView(parent);
+    return new NakAcctsView(parent);
 }
 
 template <typename T> void deleteGlobal(T*& global)
@@ -147,6 +149,7 @@ NakApplication::~NakApplication()
         delete plugin;
     }
     deleteGlobal(g_savedData);
+    deleteGlobal(g_idleDetection);
     NakNotif::destroyGlobalData();
     NakGo::setWindowHost(nullptr);
     NakShell::setHost(nullptr);
@@ -167,7 +170,12 @@ NakApplication::~NakApplication()
 
 void NakApplication::showFirstWindow()
 {
-    NakChatWindow::createInitialChatWindow()->show();
+    NakChatWindow* const window = NakChatWindow::createInitialChatWindow();
+    window->show();
+    // A new user lands on the accounts. Who has tabs to come back to and an account that connects
+    // by itself comes back to them.
+    if (window->tabbedWidgetCount() == 0 || !DisServicePlugin::anyAccountConnectsByItself())
+        window->openAccountsTab();
 }
 
 // --- the constructor's steps ---
@@ -242,6 +250,7 @@ void NakApplication::createOtherSingletons()
     connect(NakNotif::g_nakNotifManager, &NakNotifManager::quitRequested, this,
             &NakApplication::beginQuit);
     NakTabContents::registerFactory(NakNav::Type::Builtin, makeBuiltinContent);
+    g_idleDetection = new NakIdleDetection(this);
     g_savedData = new NakSavedData(this);
     if (!g_savedData->keepsChanges())
         QTimer::singleShot(0, this, &NakApplication::tellThatNothingIsKept); // above the window

@@ -27,6 +27,6 @@ protected:
     void expectOrderlyEnd(QProcess& process);
 
     static std::unique_ptr<Display> s_display;
-    QString const m_title = QStringLiteral("Nakwire");
+    QString const m_title = QStringLiteral("Accounts - Nakwire");
     Surroundings m_surroundings;
 };

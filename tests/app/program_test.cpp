@@ -63,7 +63,7 @@ TEST_F(Program, EndsWithItsLastWindow)
     auto process = start();
     QString const window = waitForWindow(*process, m_title);
     ASSERT_FALSE(window.isEmpty());
-    s_display->pressKey(window, QStringLiteral("ctrl+w"));
+    s_display->pressKey(window, QStringLiteral("ctrl+shift+w"));
     expectOrderlyEnd(*process);
 }
 

@@ -78,7 +78,7 @@ TEST_F(Tray, KeepsTheProgramWithoutWindowsAndEndsIt)
     QString window = waitForOtherWindow(*program, { icon });
     for (int button : { 1, 3 }) {
         ASSERT_FALSE(window.isEmpty());
-        s_display->pressKey(window, QStringLiteral("ctrl+w"));
+        s_display->pressKey(window, QStringLiteral("ctrl+shift+w"));
         EXPECT_TRUE(waitUntil(
             [&] { return s_display->windowsOf(program->processId()) == QStringList(icon); }));
         s_display->click(icon, button);

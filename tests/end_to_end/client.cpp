@@ -28,7 +28,7 @@ bool waitFor(std::function<bool()> const& condition, int limitMSecs)
 Client::Client(stage::Stage& stage, QString const& token)
 {
     m_ready = stage::writeDeployment(m_folder.filePath(QStringLiteral("deployment.ini")), stage)
-        && stage::writeDataHome(m_folder.path(), token, stage.busyChannelId());
+        && (token.isEmpty() || stage::writeDataHome(m_folder.path(), token, stage.busyChannelId()));
 
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("XDG_DATA_HOME"), m_folder.path());
@@ -119,6 +119,28 @@ QStringList Client::windows() const
 QString Client::nameOf(QString const& window) const
 {
     return xdotool({ QStringLiteral("getwindowname"), window });
+}
+
+QString Client::title() const
+{
+    return nameOf(m_window).trimmed();
+}
+
+bool Client::focusWindow(QString const& title)
+{
+    QString found;
+    bool const shown = waitFor([&] {
+        found = xdotool({ QStringLiteral("search"), QStringLiteral("--all"),
+                          QStringLiteral("--onlyvisible"), QStringLiteral("--pid"),
+                          QString::number(m_process.processId()), QStringLiteral("--name"), title })
+                    .section(QLatin1Char('\n'), 0, 0);
+        return !found.isEmpty();
+    });
+    if (!shown)
+        return false;
+    stillPicture(); // a window that is on screen may not take keys yet
+    xdotool({ QStringLiteral("windowfocus"), found });
+    return true;
 }
 
 QImage Client::picture() const

@@ -19,7 +19,8 @@ bool waitFor(std::function<bool()> const& condition, int limitMSecs = 20000);
 class Client {
 public:
     // Writes a deployment file and a data directory whose account connects by itself and whose tab
-    // shows the stage's busy channel.
+    // shows the stage's busy channel. An empty token leaves the data directory empty, as a new user
+    // has it.
     explicit Client(stage::Stage& stage, QString const& token);
     ~Client(); // ends the program in an orderly way, or kills it
 
@@ -39,6 +40,9 @@ public:
     void dismissBox(); // Return in the newest window, then back to the first
     QStringList windows() const; // X11 ids of all its visible windows
     QString nameOf(QString const& window) const;
+    QString title() const; // of the first window
+    // Gives the focus to a window by (a part of) its title once there is one; false if never.
+    bool focusWindow(QString const& title);
     QImage picture() const; // of the first window
     QImage stillPicture() const; // once it has stopped changing
     int textLines() const; // in the middle of the window

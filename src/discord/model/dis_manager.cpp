@@ -202,8 +202,10 @@ void DisManager::removeAccount(DisStoredAccount* account)
 
 void DisManager::setAutoConnectForAccount(DisStoredAccount* account, bool on)
 {
-    if (update(account->autoConnect, on))
-        saveAccounts();
+    if (!update(account->autoConnect, on))
+        return;
+    emit account->autoConnectChanged();
+    saveAccounts();
 }
 
 // --- connecting ---

@@ -49,6 +49,7 @@ signals:
     void authTokenStateChanged();
     void userInfoChangedBySession();
     void connectionStateChanged();
+    void autoConnectChanged();
 };
 
 class DisManager : public QObject {

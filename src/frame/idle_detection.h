@@ -1,0 +1,28 @@
+// SPDX-FileCopyrightText: 2026 The Nakwire authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// How long the user has touched neither keyboard nor pointer, anywhere on the desktop, asked of the
+// X server's screen saver extension every four seconds. Without an X display nothing is told.
+// User-interface thread, which each question keeps for the time of a few round trips.
+
+#include <QObject>
+#include <QTimer>
+
+class NakIdleDetection : public QObject {
+    Q_OBJECT
+public:
+    explicit NakIdleDetection(QObject* parent = nullptr);
+    ~NakIdleDetection() override;
+
+signals:
+    void idleTimeUpdated(unsigned int milliseconds);
+
+private:
+    void queryIdleTime();
+
+    QTimer m_timer;
+};
+
+// Set and cleared in src/app.
+extern NakIdleDetection* g_idleDetection;
