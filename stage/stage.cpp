@@ -92,7 +92,7 @@ void Stage::Priv::record(QString const& path, HttpRequest const& request)
 {
     if (!options.recordRequests)
         return;
-    requests.push_back({ request.method, path, request.query.toString(QUrl::FullyDecoded),
+    requests.push_back({ request.method, path, request.query.toString(QUrl::FullyEncoded),
                          request.headers, request.body, 0 });
     requestBytes += request.body.size();
     while (requests.size() > 1

@@ -35,7 +35,7 @@ struct StageOptions {
 struct StageRequest {
     QByteArray method;
     QString path; // behind the API base, still percent-encoded, without the query
-    QString query; // as sent, decoded
+    QString query; // as sent, still percent-encoded
     HttpHeaders headers; // names in lower case
     QByteArray body;
     int status = 0; // of the answer; 0: the connection was cut

@@ -39,10 +39,15 @@ std::string SignedIn::nextRequest()
     QByteArray out = request.method + ' ' + request.path.toUtf8();
     if (!request.query.isEmpty())
         out += '?' + request.query.toUtf8();
-    for (char const* const name :
-         { "authorization", "user-agent", "content-type", "accept-encoding", "content-length" })
-        if (!request.header(name).isEmpty())
-            out += QByteArray("\n") + name + ": " + request.header(name);
+    QList<QByteArray> names{ "authorization", "user-agent", "content-type", "accept-encoding",
+                             "content-length" };
+    QList<QByteArray> const left{ "host", "connection", "accept-language" }; // Qt's own
+    for (auto const& header : request.headers)
+        if (!names.contains(header.first) && !left.contains(header.first))
+            names << header.first;
+    for (QByteArray const& name : names)
+        if (!request.header(name.constData()).isEmpty())
+            out += '\n' + name + ": " + request.header(name.constData());
     return (out + '\n' + request.body).toStdString();
 }
 

@@ -12,7 +12,7 @@
 struct SignedIn {
     explicit SignedIn(DisSessionTimings const& timings = quickTimings());
 
-    // The next request: method, path, query, the headers that we set, and the body.
+    // The next request: method, path, query, all headers but those of the connection, the body.
     std::string nextRequest();
     std::string channelPath() const { return "/channels/" + channel.toString().toStdString(); }
 

@@ -7,6 +7,7 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QNetworkAccessManager>
 
 #include <gtest/gtest.h>
 #include <zlib.h>
@@ -167,6 +168,16 @@ TEST(Rest, RequestsAsText)
     EXPECT_EQ(on.nextRequest(), "POST /guilds/5/ack" + jsonHeaders + "\ncontent-length: 0\n");
 }
 
+TEST(Rest, WithoutATokenThereIsNoAuthorization)
+{
+    SignedIn on;
+    QNetworkAccessManager manager;
+    RestHelpers::Sender const sender{ &manager, QString(), QStringLiteral("agent"), 5'000, 1'000 };
+    RestHelpers::putNothing_andForget(sender, QUrl(on.service.apiUrl() + QLatin1String("/x")));
+    EXPECT_EQ(on.nextRequest(),
+              "PUT /x\nuser-agent: agent\naccept-encoding: gzip\ncontent-length: 0\n");
+}
+
 TEST(Rest, EveryRequestIsLogged)
 {
     SignedIn on;
@@ -210,7 +221,7 @@ TEST(Rest, ReadAcknowledgements)
     SignedIn on;
     DisClient& client = *on.test.client;
     QString const path = QStringLiteral("/channels/1/messages/2/ack");
-    on.service.answer("POST", path, 200, R"({"token":"abcdefghij"})", {}, 1);
+    on.service.answer("POST", path, 200, R"({"token":"abcde\"fghij\\"})", {}, 1);
     on.service.answer("POST", path, 500, "broken", {}, 1);
     on.service.answer("POST", path, 200, R"({"token":null})", {}, 1);
     auto const ack = [&] {
@@ -221,10 +232,13 @@ TEST(Rest, ReadAcknowledgements)
     EXPECT_TRUE(ack());
     EXPECT_FALSE(ack()) << "one is under way";
     EXPECT_EQ(on.nextRequest(), head + "\ncontent-length: 15\n{\"token\": null}");
-    ASSERT_TRUE(log.waitFor("Received next message ack token: abcdef..."));
-    EXPECT_FALSE(log.has("abcdefg"));
+    ASSERT_TRUE(log.waitFor("Received next message ack token: abcde\"..."));
+    EXPECT_FALSE(log.has("abcde\"f"));
     EXPECT_TRUE(ack());
-    EXPECT_EQ(on.nextRequest(), head + "\ncontent-length: 22\n{\"token\":\"abcdefghij\"}");
+    EXPECT_EQ(on.nextRequest(),
+              head
+                  + "\ncontent-length: 26\n"
+                    R"({"token":"abcde\"fghij\\"})");
     ASSERT_TRUE(log.waitFor("Message ack error: 401 --- broken"));
     EXPECT_TRUE(ack()) << "an error does not stop the next";
     ASSERT_TRUE(log.waitFor("Failed to get new message ack token from response"));

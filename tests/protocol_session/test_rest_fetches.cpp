@@ -138,6 +138,8 @@ TEST(RestFetches, RequestsAsText)
     EXPECT_EQ(
         on.nextRequest(),
         wholeRequest("GET /guilds/11/audit-logs?before=12&action_type=0&user_id=5&limit=100"));
+    client.fetchAuditLog(me, g, { {}, 72, {}, {} }, &owner);
+    EXPECT_EQ(on.nextRequest(), wholeRequest("GET /guilds/11/audit-logs?action_type=72"));
 }
 
 TEST(RestFetches, HandlesFinishOnce)

@@ -31,7 +31,8 @@ std::string nextForm(SignedIn& on)
 std::string formHead(SignedIn const& on)
 {
     return "POST " + on.channelPath() + "/messages" + commonHeaders
-        + "\ncontent-type: multipart/form-data; boundary=\"BOUNDARY\"\naccept-encoding: gzip\n";
+        + "\ncontent-type: multipart/form-data; boundary=\"BOUNDARY\"\naccept-encoding: gzip"
+          "\nmime-version: 1.0\n"; // Qt's own
 }
 
 std::string field(std::string const& name, std::string const& body)
@@ -122,7 +123,7 @@ TEST(RestMessages, Images)
     image.setPixel(2, 1, qRgba(200, 100, 50, 255));
     FlakeId const nonce = on.test.client->sendChannelMessageAndImage(
         on.test.userId, on.channel, QStringLiteral("look"), QPixmap::fromImage(image),
-        QStringLiteral("clip\"board"));
+        QStringLiteral("clip\"\r\nboard"));
     EXPECT_EQ(on.test.client->pendingMessages_hack().value(nonce).text, QStringLiteral("look"));
     std::string const form = nextForm(on);
     std::string const head =
@@ -132,7 +133,7 @@ TEST(RestMessages, Images)
     size_t const end = form.rfind("\r\n--BOUNDARY--");
     ASSERT_NE(png, std::string::npos);
     std::string const bytes = form.substr(png, end - png);
-    EXPECT_EQ(form.substr(head.size()), file("clip%22board.png", "image/png", bytes));
+    EXPECT_EQ(form.substr(head.size()), file("clip%22%0D%0Aboard.png", "image/png", bytes));
     EXPECT_EQ(QImage::fromData(QByteArray::fromStdString(bytes), "PNG")
                   .convertToFormat(QImage::Format_ARGB32),
               image);
@@ -201,13 +202,16 @@ TEST(RestMessages, Embeds)
     QTemporaryDir const dir;
     DisEmbedCreation local;
     local.imageUrl = QStringLiteral("https://i.invalid/");
-    local.imageFile = writeFile(dir, QStringLiteral("a\"b.png"), "PIXELS");
+    local.footerIconUrl = QStringLiteral("https://f.invalid/");
+    local.authorUrl = QStringLiteral("https://a.invalid/");
+    local.imageFile = writeFile(dir, QStringLiteral("a\"b\n.png"), "PIXELS");
     nonce = send(local);
     EXPECT_EQ(nextForm(on),
               formHead(on)
                   + field("payload_json",
-                          R"({"content":"t\"x","embed":{"image":{"url":"attachment://a\"b.png"}},)"
-                          R"("nonce":")"
+                          R"({"content":"t\"x","embed":{"author":{"url":"https://a.invalid/"},)"
+                          R"("footer":{"icon_url":"https://f.invalid/"},)"
+                          R"("image":{"url":"attachment://a\"b\n.png"}},"nonce":")"
                               + nonce + "\"}")
-                  + file("a%22b.png", "image/png", "PIXELS"));
+                  + file("a%22b%0A.png", "image/png", "PIXELS"));
 }

@@ -61,6 +61,13 @@ TEST(RestOperations, Messages)
              on.deleteEmojiReaction(c, m, me, e, QStringLiteral("a/ü"));
          },
           "DELETE /channels/12/messages/13/reactions/a%2F%C3%BC%3A16/@me" },
+        { [](DisClient& on, FlakeId me) { on.addEmojiReaction(c, m, me, e, odd); },
+          "PUT /channels/12/messages/13/reactions/a%20%22b%22%20%5C%20%C3%BC%0A%F0%9F%91%8D%3A16"
+          "/@me" },
+        { [](DisClient& on, FlakeId me) {
+             on.deleteEmojiReaction(c, m, me, FlakeId(), QString::fromUtf8("#️⃣"));
+         },
+          "DELETE /channels/12/messages/13/reactions/%23%EF%B8%8F%E2%83%A3/@me" },
     });
 }
 
@@ -177,9 +184,10 @@ TEST(RestOperations, RolesAndMembers)
         { [](DisClient& on, FlakeId me) { on.addGuildBan(me, g, u, 7, QString()); },
           "PUT /guilds/11/bans/14?delete-message-days=7" },
         { [](DisClient& on, FlakeId me) {
-             on.addGuildBan(me, g, u, 0, QString::fromUtf8("was \"rüde\""));
+             on.addGuildBan(me, g, u, 0, QString::fromUtf8("was \"rüde\" & a=+b%20#\n👍"));
          },
-          "PUT /guilds/11/bans/14?delete-message-days=0&reason=was \"rüde\"" },
+          "PUT /guilds/11/bans/14?delete-message-days=0"
+          "&reason=was%20%22r%C3%BCde%22%20%26%20a%3D%2Bb%2520%23%0A%F0%9F%91%8D" },
         { [](DisClient& on, FlakeId me) { on.removeGuildBan(me, g, u); },
           "DELETE /guilds/11/bans/14" },
     });
@@ -189,10 +197,11 @@ TEST(RestOperations, GuildEmoji)
 {
     check({
         { [](DisClient& on, FlakeId me) {
-             on.createGuildEmoji(me, g, QStringLiteral("wave"), "\x89PNG\r\n\xff", { r, u });
+             on.createGuildEmoji(me, g, odd, "\x89PNG\r\n\xff", { r, u });
          },
           "POST /guilds/11/emojis",
-          R"({"image":"data:image/png;base64,iVBORw0K/w==","name":"wave","roles":["15","14"]})" },
+          R"({"image":"data:image/png;base64,iVBORw0K/w==","name":)" ODD
+          R"(,"roles":["15","14"]})" },
         { [](DisClient& on, FlakeId me) {
              on.modifyGuildEmoji(me, g, e, QStringLiteral("w2"), {});
          },
