@@ -133,7 +133,8 @@ protected:
     std::string copied()
     {
         QGuiApplication::clipboard()->clear();
-        action("Copy")->trigger();
+        m_view->setFocus();
+        QTest::keyClick(m_view, Qt::Key_C, Qt::ControlModifier);
         EXPECT_TRUE(waitUntil([] { return !QGuiApplication::clipboard()->text().isEmpty(); }));
         QStringList messages;
         auto const lines = QGuiApplication::clipboard()->text().split(QLatin1Char('\n'));
@@ -187,7 +188,8 @@ TEST_F(EventLog, FiltersByLevelAndCategoryAndKeepsMessagesWhole)
     for (auto const& s : steps) {
         action(s.toggled)->trigger();
         EXPECT_EQ(status(), s.status) << s.toggled;
-        m_view->selectAllRows();
+        m_view->setFocus();
+        QTest::keyClick(m_view, Qt::Key_A, Qt::ControlModifier);
         EXPECT_EQ(*s.shown ? copied() : std::string(), s.shown) << s.toggled;
     }
     write(lineOf(Severity::Warn, Category::None, "f")
