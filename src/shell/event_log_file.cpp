@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr qint64 windowBytes = 256 * 1024;
+constexpr qint64 windowBytes = 1 << 18;
 
 } // namespace
 

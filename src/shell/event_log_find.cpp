@@ -12,7 +12,7 @@ namespace {
 // What one task looks at.
 constexpr int maxRowsOfTask = 20'000;
 constexpr qint64 maxBytesOfTask = 4 << 20;
-constexpr qint64 maxBytesOfLine = 64 * 1024;
+constexpr qint64 maxBytesOfLine = 1 << 16;
 
 struct Task {
     std::shared_ptr<NakEvLogFile const> file;

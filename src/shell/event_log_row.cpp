@@ -60,8 +60,8 @@ Style makeStyle(QFont const& font, QPalette const& palette, int rowHeight)
 {
     using EvLog::Category;
     QFontMetrics const metrics(font);
-    QColor const ground = palette.color(QPalette::Base);
-    QColor const text = palette.color(QPalette::Text);
+    QColor const& ground = palette.color(QPalette::Base);
+    QColor const& text = palette.color(QPalette::Text);
     Style style;
     style.font = font;
     style.margin = metrics.averageCharWidth();

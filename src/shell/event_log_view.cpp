@@ -16,7 +16,7 @@ namespace {
 
 constexpr qint64 maxRowBytes = 4096; // more than the widest window shows
 constexpr int maxRowChars = 1024;
-constexpr qint64 maxCurrentBytes = 64 * 1024;
+constexpr qint64 maxCurrentBytes = 1 << 16;
 
 NakEvLogRow::Entry parsedEntry(QByteArray const& bytes)
 {
