@@ -214,7 +214,9 @@ void Scene::makeView()
     view = std::make_unique<NakSbarView>(nullptr);
     view->resize(viewSize);
     view->show();
-    QApplication::processEvents();
+    do
+        QApplication::processEvents();
+    while (!view->priv().guildsToRead.isEmpty()); // which it does share by share
 }
 
 // The toolkit's tree with the same rows, in memory.

@@ -5,17 +5,21 @@
 #include "dis_cache.h"
 #include "dis_manager.h"
 #include "nak_sql.h"
+#include "sbar_kinds.h"
 #include "sbar_tree.h"
 #include "sbar_view.h"
 #include "sbar_vis.h"
 
+#include <QElapsedTimer>
 #include <QVarLengthArray>
 
 namespace NakSbar {
 
 namespace {
 
-constexpr int maxPendingSorts = 32;
+// The user-interface thread's share of a frame for reading guilds: of tens of thousands of channels
+// the rest is read when the events that came meanwhile are handled.
+constexpr int readingMs = 4;
 
 // One pass over the store: which items it has met.
 class Pass {
@@ -36,40 +40,6 @@ public:
 private:
     std::vector<bool> m_seen;
 };
-
-// A row of a statement that lists channels or categories.
-struct ChannelRow {
-    FlakeId id;
-    FlakeId guild;
-    FlakeId parent;
-};
-
-ChannelRow channelRow(NakStmt const& row)
-{
-    return { row.colFlake(0), row.colFlake(1), row.colFlake(2) };
-}
-
-// The list that the row belongs in: that of its category if the store still has it, else of its
-// guild. noItem for a guild that the user is not in.
-Item listFor(ViewPriv const& d, Pass const& pass, ChannelRow const& row, ChanSortType type)
-{
-    Item const guild = d.guilds.value(row.guild, noItem);
-    if (guild == noItem || !pass.saw(guild))
-        return noItem;
-    Item const category = row.parent.isValid() ? d.categories.value(row.parent, noItem) : noItem;
-    bool const inCategory =
-        category != noItem && type != ChanSortType::Categories && pass.saw(category);
-    return infoOf(d, inCategory ? category : guild).directory().list(type);
-}
-
-// Hangs the item under the list unless it is there; its order is read later.
-void hangUnder(ViewPriv& d, Item list, Item item, ChanSortKey const& key)
-{
-    if (d.view->parent(item) == list)
-        return;
-    d.view->appendChild(list, item);
-    pendSort(d, key);
-}
 
 Item createCategory(ViewPriv& d, FlakeId id)
 {
@@ -97,34 +67,13 @@ void queryGuilds(ViewPriv& d, Pass& pass)
         [&](NakStmt const& row) {
             FlakeId const id = row.colFlake(0);
             Item& item = d.guilds[id];
-            if (item == 0) // the root, which is no guild: new in the hash
+            if (item == 0) { // the root, which is no guild: new in the hash
                 item = createGuild(d, id);
+                d.guildsToRead.append(id);
+            }
             pass.see(item);
         },
         d.activeUser);
-}
-
-struct ChannelQuery {
-    Stmt stmt;
-    ChanSortType type;
-    QHash<FlakeId, Item> ViewPriv::*items;
-    Item (*create)(ViewPriv& d, FlakeId id);
-};
-
-void queryChannels(ViewPriv& d, Pass& pass, ChannelQuery const& query)
-{
-    auto& items = d.*query.items;
-    d.dis->forEachRow(query.stmt, [&](NakStmt const& stmt) {
-        ChannelRow const row = channelRow(stmt);
-        Item const list = listFor(d, pass, row, query.type);
-        if (list == noItem)
-            return;
-        Item& item = items[row.id];
-        if (item == 0)
-            item = query.create(d, row.id);
-        hangUnder(d, list, item, { row.guild, row.parent, query.type });
-        pass.see(item);
-    });
 }
 
 Item createTextChannel(ViewPriv& d, FlakeId id)
@@ -135,6 +84,104 @@ Item createTextChannel(ViewPriv& d, FlakeId id)
 Item createVoiceChannel(ViewPriv& d, FlakeId id)
 {
     return createItem(d, Info::of(Kind::VoiceChannel, id), d.styles.row);
+}
+
+// What the store lists of one kind, and where its items are kept.
+struct ChannelKind {
+    Stmt stmt;
+    Kind kind;
+    ChanSortType type;
+    QHash<FlakeId, Item> ViewPriv::*items;
+    Item (*create)(ViewPriv& d, FlakeId id);
+};
+// Categories come first: the channels of those that the store does not list hang under the guild.
+constexpr ChannelKind channelKinds[] = {
+    { Stmt::CategoriesOfGuild, Kind::Category, ChanSortType::Categories, &ViewPriv::categories,
+      createCategory },
+    { Stmt::TextChannelsOfGuild, Kind::TextChannel, ChanSortType::Text, &ViewPriv::channels,
+      createTextChannel },
+    { Stmt::VoiceChannelsOfGuild, Kind::VoiceChannel, ChanSortType::Voice, &ViewPriv::channels,
+      createVoiceChannel },
+};
+
+// One guild's lists while they are brought in line.
+struct GuildReading {
+    FlakeId guildId;
+    Item guild = noItem;
+    QVarLengthArray<Item, 32> categories;
+    QHash<Item, Item> ends; // of each list, the last item that the store named
+};
+
+Item listFor(ViewPriv const& d, GuildReading const& reading, FlakeId parent, ChanSortType type)
+{
+    Item const category = parent.isValid() ? d.categories.value(parent, noItem) : noItem;
+    bool const inCategory = category != noItem && reading.categories.contains(category);
+    return infoOf(d, inCategory ? category : reading.guild).directory().list(type);
+}
+
+// Rows come in their order, so each goes behind the one before it.
+void hangNext(ViewPriv& d, GuildReading* reading, Item list, Item item)
+{
+    NakSbarView& view = *d.view;
+    Item const end = reading->ends.value(list, noItem);
+    Item const there = end == noItem ? view.firstChild(list) : view.nextSibling(end);
+    if (there != item && end == noItem)
+        view.prependChild(list, item);
+    else if (there != item)
+        view.insertAfter(end, item);
+    reading->ends.insert(list, item);
+}
+
+void readChannels(ViewPriv& d, GuildReading* reading, ChannelKind const& kind)
+{
+    auto& items = d.*kind.items;
+    d.dis->forEachRow(
+        kind.stmt,
+        [&](NakStmt const& row) {
+            FlakeId const id = row.colFlake(0);
+            bool const isCategory = kind.type == ChanSortType::Categories;
+            Item const list =
+                listFor(d, *reading, isCategory ? FlakeId() : row.colFlake(1), kind.type);
+            Item& item = items[id];
+            if (item == 0) // the root: new in the hash
+                item = kind.create(d, id);
+            if (infoOf(d, item).kind != kind.kind)
+                return; // named twice, by a damaged store
+            hangNext(d, reading, list, item);
+            if (isCategory)
+                reading->categories.append(item);
+        },
+        reading->guildId);
+}
+
+// What stands behind the last item that the store named is gone.
+void deleteRest(ViewPriv& d, GuildReading const& reading, Item list)
+{
+    NakSbarView const& view = *d.view;
+    Item const end = reading.ends.value(list, noItem);
+    Item gone = end == noItem ? view.firstChild(list) : view.nextSibling(end);
+    while (gone != noItem) {
+        Item const next = view.nextSibling(gone);
+        deleteItemAndVis(d, gone);
+        gone = next;
+    }
+}
+
+void readGuild(ViewPriv& d, FlakeId id)
+{
+    GuildReading reading;
+    reading.guildId = id;
+    reading.guild = d.guilds.value(id, noItem);
+    if (reading.guild == noItem)
+        return;
+    for (ChannelKind const& kind : channelKinds)
+        readChannels(d, &reading, kind);
+    reading.categories.append(reading.guild);
+    for (Item const owner : reading.categories) {
+        GuildDirectory const directory = infoOf(d, owner).directory();
+        for (Item const list : directory.lists)
+            deleteRest(d, reading, list);
+    }
 }
 
 void queryPrivateChannels(ViewPriv& d, Pass& pass)
@@ -169,21 +216,6 @@ void deleteUnseen(ViewPriv& d, Pass const& pass, QHash<FlakeId, Item> const& ite
         deleteItemAndVis(d, item);
 }
 
-void queryStore(ViewPriv& d, Pass& pass)
-{
-    queryPrivateChannels(d, pass);
-    queryGuilds(d, pass);
-    queryChannels(
-        d, pass,
-        { Stmt::Categories, ChanSortType::Categories, &ViewPriv::categories, createCategory });
-    queryChannels(
-        d, pass,
-        { Stmt::TextChannels, ChanSortType::Text, &ViewPriv::channels, createTextChannel });
-    queryChannels(
-        d, pass,
-        { Stmt::VoiceChannels, ChanSortType::Voice, &ViewPriv::channels, createVoiceChannel });
-}
-
 // The items that a statement names, in its order, as far as pick finds them.
 template <typename Pick, typename... Values>
 void sortAsRead(ViewPriv& d, Stmt stmt, Pick pick, Values const&... values)
@@ -198,59 +230,6 @@ void sortAsRead(ViewPriv& d, Stmt stmt, Pick pick, Values const&... values)
         },
         values...);
     reorderItems(d, order.constData(), order.size());
-}
-
-Stmt orderStatement(ChanSortType type)
-{
-    switch (type) {
-    case ChanSortType::Text:
-        return Stmt::TextChannelsOfParent;
-    case ChanSortType::Voice:
-        return Stmt::VoiceChannelsOfParent;
-    default:
-        return Stmt::CategoriesOfParent;
-    }
-}
-
-Kind kindOf(ChanSortType type)
-{
-    switch (type) {
-    case ChanSortType::Text:
-        return Kind::TextChannel;
-    case ChanSortType::Voice:
-        return Kind::VoiceChannel;
-    default:
-        return Kind::Category;
-    }
-}
-
-// All lists that a statement names, list by list: one statement in place of one for each list.
-void sortEveryList(ViewPriv& d, Stmt stmt, QHash<FlakeId, Item> const& items)
-{
-    Item before = noItem;
-    d.dis->forEachRow(stmt, [&](NakStmt const& row) {
-        Item const item = items.value(row.colFlake(0), noItem);
-        if (item == noItem)
-            return;
-        if (before != noItem && d.view->parent(before) == d.view->parent(item)
-            && d.view->nextSibling(before) != item)
-            d.view->insertAfter(before, item);
-        before = item;
-    });
-}
-
-void sortPending(ViewPriv& d)
-{
-    if (d.sortAllPending) {
-        sortEveryList(d, Stmt::CategoriesInOrder, d.categories);
-        sortEveryList(d, Stmt::TextChannelsInOrder, d.channels);
-        sortEveryList(d, Stmt::VoiceChannelsInOrder, d.channels);
-    } else {
-        for (ChanSortKey const& key : qAsConst(d.pendingSorts))
-            sortGuildChannels(d, key);
-    }
-    d.sortAllPending = false;
-    d.pendingSorts.clear();
 }
 
 } // namespace
@@ -270,10 +249,23 @@ void activeUserIdChanged(ViewPriv& d)
     else
         d.view->detach(d.discord);
     queryAndCreateDiscordItems(d);
+    readSomeGuilds(d); // what is seen first
     d.view->endEdit();
 }
 
 void queryAndCreateDiscordItems(ViewPriv& d)
+{
+    queryGuildsAndPrivateChannels(d);
+    d.guildsToRead.clear();
+    for (Item item = d.view->lastChild(infoOf(d, d.discord).child); item != noItem;
+         item = d.view->prevSibling(item)) {
+        if (infoOf(d, item).kind == Kind::Guild)
+            d.guildsToRead.append(infoOf(d, item).id());
+    }
+    d.readTimer.start();
+}
+
+void queryGuildsAndPrivateChannels(ViewPriv& d)
 {
     if (!d.dis)
         return;
@@ -281,18 +273,38 @@ void queryAndCreateDiscordItems(ViewPriv& d)
     Pass pass(d);
     {
         NakSqlTransaction const held(d.dis->db());
-        if (d.activeUser.isValid())
-            queryStore(d, pass);
+        if (d.activeUser.isValid()) {
+            queryPrivateChannels(d, pass);
+            queryGuilds(d, pass);
+        }
         deleteUnseen(d, pass, d.privChannels);
-        deleteUnseen(d, pass, d.channels);
-        deleteUnseen(d, pass, d.categories);
         deleteUnseen(d, pass, d.guilds);
         sortPrivateChans(d);
         sortDiscordGuildsAsUser(d);
-        sortPending(d);
     }
-    createOrRemoveDiscordVoiceUserItems(d, voiceChannelsOfAnyone(d));
     d.view->endEdit();
+}
+
+void readSomeGuilds(ViewPriv& d)
+{
+    if (!d.dis)
+        return;
+    QElapsedTimer elapsed;
+    elapsed.start();
+    d.readTimer.stop();
+    d.view->beginEdit();
+    {
+        NakSqlTransaction const held(d.dis->db());
+        while (!d.guildsToRead.isEmpty() && elapsed.elapsed() < readingMs)
+            readGuild(d, d.guildsToRead.takeLast());
+    }
+    if (d.guildsToRead.isEmpty())
+        createOrRemoveDiscordVoiceUserItems(d, voiceChannelsOfAnyone(d));
+    else
+        d.readTimer.start();
+    d.view->endEdit();
+    // Also what a guild's row counts.
+    refreshVisible(d, [](Item, Info const& info) { return traitsOf(info).showsDiscord; });
 }
 
 void sortDiscordGuildsAsUser(ViewPriv& d)
@@ -307,27 +319,6 @@ void sortPrivateChans(ViewPriv& d)
     sortAsRead(
         d, Stmt::PrivateChannelsByActivity,
         [&](FlakeId id) { return d.privChannels.value(id, noItem); }, d.activeUser);
-}
-
-void pendSort(ViewPriv& d, ChanSortKey const& key)
-{
-    if (d.sortAllPending)
-        return;
-    d.pendingSorts.insert(key);
-    d.sortAllPending = d.pendingSorts.size() > maxPendingSorts;
-}
-
-void sortGuildChannels(ViewPriv& d, ChanSortKey const& key)
-{
-    Kind const kind = kindOf(key.type);
-    auto const& items = kind == Kind::Category ? d.categories : d.channels;
-    sortAsRead(
-        d, orderStatement(key.type),
-        [&](FlakeId id) {
-            Item const item = items.value(id, noItem);
-            return item != noItem && infoOf(d, item).kind == kind ? item : noItem;
-        },
-        key.guild, key.parent);
 }
 
 // --- people in voice ---

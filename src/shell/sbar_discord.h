@@ -13,15 +13,16 @@ namespace NakSbar {
 // Takes on the active user of the manager: the section is in the tree while there is one.
 void activeUserIdChanged(ViewPriv& d);
 
-// Makes the items that the store lists, lets go of those that it does not, and reads the order of
-// what is new. Orders that are pending for another reason are read as well.
+// Brings everything in line with the store: the guilds and private channels at once, what is in the
+// guilds from the top down, in shares of a frame from the event loop.
 void queryAndCreateDiscordItems(ViewPriv& d);
+// The guilds themselves and the private channels. New guilds wait to be read.
+void queryGuildsAndPrivateChannels(ViewPriv& d);
+// The channels of some of the guilds that wait, and then the rows in view again.
+void readSomeGuilds(ViewPriv& d);
 
 void sortDiscordGuildsAsUser(ViewPriv& d);
 void sortPrivateChans(ViewPriv& d);
-void sortGuildChannels(ViewPriv& d, ChanSortKey const& key);
-// Has the next query read that order. Of many, all orders are read at once.
-void pendSort(ViewPriv& d, ChanSortKey const& key);
 
 // Items for the people in voice.
 void createOrRemoveDiscordVoiceUserItems(ViewPriv& d, QSet<FlakeId> const& channels);

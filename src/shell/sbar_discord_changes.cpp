@@ -3,7 +3,7 @@
 
 // What a record of changes and changed counts do to the Discord half of the tree.
 
-#include "nak_sql.h"
+#include "dis_cache.h"
 #include "sbar_discord.h"
 #include "sbar_kinds.h"
 #include "sbar_tree.h"
@@ -18,13 +18,13 @@ using Type = DisChange::ChangeType;
 
 // What a record asks for, however many items ask for it.
 struct Wanted {
-    bool query = false; // some set of guilds or channels may have changed
+    bool query = false; // the guilds or private channels may be others
+    QSet<FlakeId> guilds; // whose channels may be others, or elsewhere
     bool guildOrder = false;
     bool privOrder = false;
     bool allRows = false; // names, rights, mutes
     QSet<FlakeId> presences;
     QSet<FlakeId> voiceUsers;
-    QSet<FlakeId> channels; // that changed, and so may stand elsewhere now
 };
 
 void want(ViewPriv const& d, DisChange const& change, Wanted* wanted)
@@ -32,17 +32,23 @@ void want(ViewPriv const& d, DisChange const& change, Wanted* wanted)
     FlakeId const* words = change.words;
     switch (change.type) {
     case Type::GuildChanged:
+        wanted->query = true;
+        wanted->guilds.insert(words[0]);
+        break;
     case Type::PrivateRecipientAdded:
     case Type::PrivateRecipientRemoved:
         wanted->query = true;
         break;
     case Type::ChannelChanged:
         wanted->query = true;
-        wanted->channels.insert(words[0]);
+        wanted->guilds.insert(DisCache::guildIdOfChannel(words[0]));
         break;
     case Type::GuildMemberAdded:
     case Type::GuildMemberRemoved:
-        wanted->query |= words[1] == d.activeUser;
+        if (words[1] == d.activeUser) {
+            wanted->query = true;
+            wanted->guilds.insert(words[0]);
+        }
         wanted->allRows = true;
         break;
     case Type::MessageCreated:
@@ -70,30 +76,8 @@ void want(ViewPriv const& d, DisChange const& change, Wanted* wanted)
     }
 }
 
-// The lists that the channel or category stands in may be in another order now.
-void pendSortOf(ViewPriv& d, FlakeId channel)
-{
-    Item const item = d.channels.value(channel, d.categories.value(channel, noItem));
-    if (item == noItem)
-        return;
-    Item const owner = ownerOf(d, item);
-    Info const& ownerInfo = infoOf(d, owner);
-    bool const inCategory = ownerInfo.kind == Kind::Category;
-    Item const guild = inCategory ? ownerOf(d, owner) : owner;
-    ChanSortType type = ChanSortType::Text;
-    while (ownerInfo.directory().list(type) != d.view->parent(item))
-        type = static_cast<ChanSortType>(static_cast<quint32>(type) + 1);
-    pendSort(d, { infoOf(d, guild).id(), inCategory ? ownerInfo.id() : FlakeId(), type });
-}
-
 void bringInLine(ViewPriv& d, Wanted const& wanted)
 {
-    if (wanted.query) {
-        for (FlakeId const channel : wanted.channels)
-            pendSortOf(d, channel);
-        queryAndCreateDiscordItems(d);
-        return;
-    }
     if (wanted.guildOrder)
         sortDiscordGuildsAsUser(d);
     if (wanted.privOrder)
@@ -106,7 +90,7 @@ void bringInLine(ViewPriv& d, Wanted const& wanted)
 
 void refreshWanted(ViewPriv& d, Wanted const& wanted)
 {
-    if (wanted.query || wanted.allRows || !wanted.voiceUsers.isEmpty()) {
+    if (wanted.allRows || !wanted.voiceUsers.isEmpty()) {
         refreshVisible(d, [](Item, Info const& info) { return traitsOf(info).showsDiscord; });
     } else if (!wanted.presences.isEmpty()) {
         refreshVisible(d, [](Item, Info const& info) {
@@ -119,13 +103,22 @@ void refreshWanted(ViewPriv& d, Wanted const& wanted)
 
 void disChanges(ViewPriv& d, DisChanges const& changes)
 {
-    Wanted wanted;
     if (changes.isReload()) {
-        wanted.query = true;
-        d.sortAllPending = true;
+        queryAndCreateDiscordItems(d);
+        return;
     }
+    Wanted wanted;
     for (DisChange const& change : changes.items)
         want(d, change, &wanted);
+    if (wanted.query) {
+        for (FlakeId const guild : qAsConst(wanted.guilds)) {
+            if (guild.isValid() && !d.guildsToRead.contains(guild))
+                d.guildsToRead.append(guild);
+        }
+        queryGuildsAndPrivateChannels(d);
+        readSomeGuilds(d); // and all rows in view
+        return;
+    }
     d.view->beginEdit();
     bringInLine(d, wanted);
     d.view->endEdit();

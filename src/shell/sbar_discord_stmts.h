@@ -14,28 +14,22 @@
 // clang-format off
 #define NAK_SBAR_STATEMENTS(X) \
     X(GuildsOfUser, "select guild_id from guild_member where user_id = ?") \
-    X(TextChannels, "select id, guild_id, parent_id from guild_channel where deleted = 0") \
-    X(VoiceChannels, "select id, guild_id, parent_id from guild_voice_channel where deleted = 0") \
-    X(Categories, "select id, guild_id, parent_id from guild_channel_category where deleted = 0") \
+    /* In the order of their indexes. */ \
+    X(CategoriesOfGuild, "select id, parent_id from guild_channel_category where guild_id = ? and deleted = 0 " \
+        "order by parent_id, position, id") \
+    X(TextChannelsOfGuild, "select id, parent_id from guild_channel where guild_id = ? and deleted = 0 " \
+        "order by parent_id, position, id") \
+    X(VoiceChannelsOfGuild, "select id, parent_id from guild_voice_channel where guild_id = ? and deleted = 0 " \
+        "order by parent_id, position, id") \
     X(PrivateChannels, "select channel_id from private_channel_participant where user_id = ?1 and channel_id not in " \
         "(select channel_id from user_private_deleted_channel where user_id = ?1)") \
     X(VoiceUserCount, "select count() from voice_state where channel_id = ?") \
     X(PrivateChannelsByActivity, "select private_channel.id from private_channel_participant, private_channel where " \
         "private_channel_participant.user_id = ? and private_channel.id = private_channel_participant.channel_id " \
         "order by private_channel.last_message_id desc, private_channel.id desc") \
-    /* Deleted ones have no item; not to ask for them lets the index alone answer. */ \
-    X(TextChannelsOfParent, "select id from guild_channel where guild_id = ? and parent_id = ? order by position, id") \
-    X(VoiceChannelsOfParent, "select id from guild_voice_channel where guild_id = ? and parent_id = ? " \
-        "order by position, id") \
-    X(CategoriesOfParent, "select id from guild_channel_category where guild_id = ? and parent_id = ? " \
-        "order by position, id") \
     /* A guild that the user's order does not name yet is a new one and comes first. */ \
     X(GuildsByPosition, "select guild.id from guild left join user_guild_position on user_guild_position.user_id = ? " \
         "and user_guild_position.guild_id = guild.id order by user_guild_position.position, guild.id desc") \
-    /* The same orders for all parents at once. */ \
-    X(TextChannelsInOrder, "select id from guild_channel order by guild_id, parent_id, position, id") \
-    X(VoiceChannelsInOrder, "select id from guild_voice_channel order by guild_id, parent_id, position, id") \
-    X(CategoriesInOrder, "select id from guild_channel_category order by guild_id, parent_id, position, id") \
     X(ChannelsWithVoice, "select distinct channel_id from voice_state") \
     X(VoiceChannelsOfUser, "select channel_id from voice_state where user_id = ?")
 // clang-format on

@@ -134,6 +134,8 @@ void NakSbarView::connectEverything()
 
 void NakSbarView::connectDiscord()
 {
+    d->readTimer.setSingleShot(true);
+    connect(&d->readTimer, &QTimer::timeout, this, [this] { readSomeGuilds(*d); });
     connect(g_disClient, &DisClient::disChanges, this,
             [this](DisChanges const& changes) { disChanges(*d, changes); });
     connect(g_disManager, &DisManager::unreadsChanged, this,

@@ -13,6 +13,8 @@
 
 #include <QHash>
 #include <QSet>
+#include <QTimer>
+#include <QVector>
 
 #include <memory>
 #include <unordered_map>
@@ -58,22 +60,6 @@ struct StyleIds {
     unsigned int alone = noItem;
 };
 
-// The channels of one kind below one parent, whose order has to be read.
-struct ChanSortKey {
-    FlakeId guild;
-    FlakeId parent; // as the store has it; invalid for none
-    ChanSortType type = ChanSortType::Text;
-};
-inline bool operator==(ChanSortKey const& a, ChanSortKey const& b)
-{
-    return a.guild == b.guild && a.parent == b.parent && a.type == b.type;
-}
-inline uint qHash(ChanSortKey const& key, uint seed = 0)
-{
-    QtPrivate::QHashCombine const combine{};
-    return combine(combine(combine(seed, key.guild), key.parent), static_cast<quint32>(key.type));
-}
-
 struct ViewPriv {
     explicit ViewPriv(NakSbarView* viewOfThis)
         : view(viewOfThis)
@@ -111,8 +97,8 @@ struct ViewPriv {
 
     // --- Discord ---
     std::unique_ptr<DisStmts> dis; // null without a client
-    QSet<ChanSortKey> pendingSorts;
-    bool sortAllPending = false; // too many to be told one by one
+    QVector<FlakeId> guildsToRead; // whose channels may be others than the tree has; the last first
+    QTimer readTimer; // 0 ms, until they are read
     FlakeId activeUser; // invalid for none
 };
 

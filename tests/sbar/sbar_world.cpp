@@ -70,6 +70,12 @@ QVector<QPair<FlakeId, QString>> SbarWorld::rows(QString const& text) const
     return found;
 }
 
+void SbarWorld::reload()
+{
+    model.client->postLocalChanges(DisChanges::reload());
+    waitUntil([this] { return priv().guildsToRead.isEmpty(); });
+}
+
 void SbarWorld::say(FlakeId channel)
 {
     DisChanges changes;

@@ -23,6 +23,7 @@ public:
     // The store's rows of two columns.
     QVector<QPair<FlakeId, QString>> rows(QString const& text) const;
     void tell(DisChange::ChangeType type, FlakeId a, FlakeId b = {}) { model.tell(type, a, b); }
+    void reload(); // and waits until everything is read
     void say(FlakeId channel); // a message of somebody else
     void addGuild(quint64 id, QString const& name);
     void addChannel(quint64 id, quint64 guild, qint64 parent, int position);

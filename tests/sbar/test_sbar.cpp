@@ -414,7 +414,7 @@ TEST(Sbar, CountsChannelsNotMessages)
         for (int n = 0; n < 50; ++n)
             world.say(FlakeId(id));
     }
-    world.model.client->postLocalChanges(DisChanges::reload());
+    world.reload();
     auto const rows = [&] { return shownRows(*world.view).mid(5); };
     QStringList const expected{ QStringLiteral("g 3"), QStringLiteral("#c101 50"),
                                 QStringLiteral("#c102 50"), QStringLiteral("#c103 50") };
@@ -429,7 +429,7 @@ TEST(Sbar, AChannelWhoseCategoryIsGoneStandsInItsGuild)
     world.addGuild(100, QStringLiteral("g"));
     world.addChannel(101, 100, 999, 0);
     world.addChannel(102, 4711, -1, 0); // of a guild that the user is not in
-    world.model.client->postLocalChanges(DisChanges::reload());
+    world.reload();
     EXPECT_EQ(shownRows(*world.view).mid(5).join(QLatin1Char('|')).toStdString(), "g|#c101");
 }
 
@@ -467,7 +467,7 @@ TEST(Sbar, MouseAndKeysPickAndCollapse)
     world.addGuild(100, QStringLiteral("g"));
     world.addChannel(101, 100, -1, 0);
     world.addChannel(102, 100, -1, 1);
-    world.model.client->postLocalChanges(DisChanges::reload());
+    world.reload();
     QStringList picked;
     QObject::connect(&*world.view, &NakSbarView::pickedByClicking, [&](NakNavLoc const& place) {
         picked << QLatin1String("here ") + place.discordChannelId().toString();

@@ -45,7 +45,7 @@ protected:
                       "insert into private_channel (id) values (104); "
                       "insert into private_channel_participant values (104, %1)")
                       .arg(world.me.value()));
-        world.model.client->postLocalChanges(DisChanges::reload());
+        world.reload();
         folder = world.saved->playlists().first().id;
         world.saved->setPlaylistEntries(folder, { place(101), place(103), place(104) });
         waitUntil([this] { return world.itemOf(Kind::PlaylistEntry, 2) != noItem; });
