@@ -2,8 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "dread.h"
 
-#include <sys/mman.h>
-#include <unistd.h>
+#include "huge_pages.h"
 
 #include <cstdlib>
 #include <limits>
@@ -27,20 +26,6 @@ quint32 roundUpCapacity(quint32 n)
         capacity *= 2;
     }
     return capacity;
-}
-
-// From this size on malloc always maps a block of its own, whatever came before.
-constexpr quint32 ownMapping = 32 * 1024 * 1024; // bytes
-
-// A tree of a whole account touches tens of megabytes for the first time, in the order of its
-// cells. In pages of the usual size the faults would take longer than the decoding.
-void preferHugePages(Ctx const* ctx)
-{
-    auto const page = static_cast<quintptr>(sysconf(_SC_PAGESIZE));
-    auto const start = (reinterpret_cast<quintptr>(ctx->buf) + page - 1) & ~(page - 1);
-    auto const end = (reinterpret_cast<quintptr>(ctx->buf) + ctx->capacity) & ~(page - 1);
-    // Only a wish: without it everything works, slower.
-    madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
 }
 
 // The offset of so many fresh bytes, or badOffset.
@@ -129,9 +114,9 @@ void init(Ctx* ctx, quint32 capacity)
     ctx->buf = static_cast<unsigned char*>(malloc(capacity));
     ctx->used = 0;
     ctx->capacity = ctx->buf ? capacity : 0;
-    if (ctx->capacity >= ownMapping) {
-        preferHugePages(ctx);
-    }
+    // A tree of a whole account touches tens of megabytes for the first time, in the order of its
+    // cells.
+    HugePages::prefer(ctx->buf, ctx->capacity);
 }
 
 void clear(Ctx* ctx)

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "gateway_inflater.h"
 
+#include "huge_pages.h"
+
 #include <QtAlgorithms>
 #include <QtGlobal>
 
@@ -10,10 +12,15 @@
 
 namespace {
 
-// Twice the highest power of two at or below capacity.
+// A frame above this is an account's READY, whose pages are to be huge ones.
+constexpr quint32 smallCapacity = 1 << 20; // bytes
+
+// Twice the highest power of two at or below capacity. From a small buffer to one that is mapped on
+// its own in one step: what of it is not used takes no memory.
 quint64 grownCapacity(quint32 capacity)
 {
-    return quint64(1) << (32 - qCountLeadingZeroBits(capacity));
+    quint64 const doubled = quint64(1) << (32 - qCountLeadingZeroBits(capacity));
+    return doubled <= smallCapacity ? doubled : std::max<quint64>(doubled, HugePages::ownMapping);
 }
 
 char* reallocOrDie(char* buffer, quint32 capacity)
@@ -21,6 +28,7 @@ char* reallocOrDie(char* buffer, quint32 capacity)
     char* const moved = static_cast<char*>(std::realloc(buffer, capacity));
     if (!moved)
         qFatal("Out of memory");
+    HugePages::prefer(moved, capacity);
     return moved;
 }
 
