@@ -14,11 +14,18 @@
 #include "nak_sql.h"
 
 #include <QDateTime>
+#include <QTimer>
 
 #include <algorithm>
 #include <utility>
 
 DisClient* g_disClient = nullptr;
+
+namespace {
+
+constexpr int memoryDelay = 2000; // milliseconds; who reads in shares has finished by then
+
+} // namespace
 
 struct DisClient::Impl {
     DisClientConstants constants;
@@ -30,6 +37,7 @@ struct DisClient::Impl {
     QMap<FlakeId, DisPendingMsg> pending;
     qint64 lastNonceMSecs = -1; // over all sessions
     VoiceLineMaker voiceLineMaker;
+    QTimer memoryTimer; // since the last change that had everybody read everything
 };
 
 namespace DisClientImpl {
@@ -69,6 +77,10 @@ DisClient::DisClient(DisClientConstants const& constants, QString const& dbPath,
     m_impl->dbPath = dbPath;
     m_impl->db = createDisStore(dbPath);
     initializeDbPrepStmts(m_impl->prepared, m_impl->db);
+    m_impl->memoryTimer.setSingleShot(true);
+    m_impl->memoryTimer.setInterval(memoryDelay);
+    connect(&m_impl->memoryTimer, &QTimer::timeout, this,
+            [this] { giveBackDisStoreMemory(m_impl->db); });
 }
 
 // The sessions go before the rest, since their workers may post to this object until they end.
@@ -227,6 +239,8 @@ void DisClient::confirmMessage(FlakeId ownUserId,
 void DisClient::postLocalChanges(DisChanges const& changes)
 {
     DisCache::applyChanges(changes);
+    if (changes.isReload())
+        m_impl->memoryTimer.start();
     emit disChanges(changes);
 }
 

@@ -18,9 +18,6 @@
 #include <QThread>
 #include <QWebSocket>
 
-#include <malloc.h>
-#include <sqlite3.h>
-
 #include <iterator>
 #include <utility>
 
@@ -286,15 +283,7 @@ void DisSessionWorker::webSocketBinaryMessageReceived(QByteArray const& bytes)
     m_inflater.release();
     // Once the socket has let go of the message as well.
     if (outcome.size >= largeFrame)
-        Utils::invokeOnThread(this, [this] { giveBackMemory(); });
-}
-
-// What the allocator keeps between blocks in use, and the pages of the store that were cached last:
-// they are not those that live events write.
-void DisSessionWorker::giveBackMemory()
-{
-    sqlite3_db_release_memory(prepared.db);
-    malloc_trim(0);
+        Utils::invokeOnThread(this, [this] { giveBackDisStoreMemory(prepared.db); });
 }
 
 void DisSessionWorker::fullMessageReceived(char const* bytes, quint32 size)

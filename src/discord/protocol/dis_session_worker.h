@@ -81,7 +81,6 @@ private:
     void setUpTimers();
     void makeSocket();
     void fullMessageReceived(char const* bytes, quint32 size);
-    void giveBackMemory();
     void setStateType(DisSessionStateType type);
     void dropBatches();
     void tellChanges(DisChanges const& changes);

@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QStringList>
 
+#include <malloc.h>
 #include <sqlite3.h>
 
 namespace {
@@ -225,4 +226,10 @@ void clearDisStore(sqlite3* db)
     for (auto const& table : tables)
         exec(db, QByteArray("delete from " + table.toUtf8()).constData());
     exec(db, "commit transaction");
+}
+
+void giveBackDisStoreMemory(sqlite3* db)
+{
+    sqlite3_db_release_memory(db);
+    malloc_trim(0);
 }

@@ -20,3 +20,7 @@ sqlite3* openDisStore(QString const& path);
 
 // Deletes all rows of all tables, in one transaction; the tables stay.
 void clearDisStore(sqlite3* db);
+
+// After a whole account was written or read: lets go of the pages that the connection cached last,
+// which are not those that are needed next, and of what the allocator keeps between blocks in use.
+void giveBackDisStoreMemory(sqlite3* db);
