@@ -126,6 +126,10 @@ void setUpChannels(Impl& impl)
     impl.unreadsTimer.setInterval(1);
     QObject::connect(&impl.unreadsTimer, &QTimer::timeout, impl.manager,
                      [&impl] { emitUnreads(impl); });
+    impl.goneTimer.setSingleShot(true);
+    impl.goneTimer.setInterval(100);
+    QObject::connect(&impl.goneTimer, &QTimer::timeout, impl.manager,
+                     [&impl] { clearUnreadsOnIrrelevantChannels(impl); });
     impl.acksTimer.setSingleShot(true);
     impl.acksTimer.setInterval(ackInterval);
     QObject::connect(&impl.acksTimer, &QTimer::timeout, impl.manager,
@@ -148,7 +152,7 @@ void disChanges(Impl& impl, DisChanges const& changes)
         // A new connection has nothing synchronized yet, though the same channels are on screen.
         synchronizeGuildsOfChannels(impl, impl.foreground.shown);
         loadAllMutedChannelsFromDisDb(impl);
-        clearUnreadsOnIrrelevantChannels(impl);
+        impl.goneTimer.start();
         loadPendingFriendRequests(impl);
         impl.messagesThatMention.clear();
         return;
@@ -164,7 +168,7 @@ void disChanges(Impl& impl, DisChanges const& changes)
     if (changes.has(ChangeType::RelationshipAdded) || changes.has(ChangeType::RelationshipRemoved))
         loadPendingFriendRequests(impl);
     if (changes.has(ChangeType::ChannelChanged))
-        clearUnreadsOnIrrelevantChannels(impl);
+        impl.goneTimer.start();
 }
 
 void setForegroundChannels(Impl& impl, DisForegroundChannels const& channels)

@@ -32,6 +32,7 @@ struct DisManager::Impl {
     QHash<FlakeId, int> unreadCounts;
     QSet<FlakeId> unreadsToTell; // until unreadsTimer
     QTimer unreadsTimer; // 1 ms; a burst of messages is told once
+    QTimer goneTimer; // 100 ms; it asks for all channels, and views read then as well
     bool countersInitialized = false; // since the last READY began
     QSet<FlakeId> messagesThatMention; // an own user; until their change record comes
     QHash<FlakeId, FlakeId> acksToSend; // channel to its newest message
