@@ -8,6 +8,8 @@
 #include "nak_sql.h"
 #include "nak_stmt.h"
 
+#include <QElapsedTimer>
+
 namespace {
 
 using Impl = DisManager::Impl;
@@ -96,12 +98,14 @@ void messageCreated(Impl& impl, DisChange const& change)
 void emitUnreads(Impl& impl)
 {
     // A READY can bring thousands, and each asks the store whether the user sees the channel.
-    constexpr int mostAtOnce = 300;
+    constexpr int shareOfFrameMs = 4;
     QHash<FlakeId, int> counts;
     {
         NakSqlTransaction const oneRead(g_disClient->db());
+        QElapsedTimer elapsed;
+        elapsed.start();
         auto it = impl.unreadsToTell.cbegin();
-        while (it != impl.unreadsToTell.cend() && counts.size() < mostAtOnce) {
+        while (it != impl.unreadsToTell.cend() && elapsed.elapsed() < shareOfFrameMs) {
             counts.insert(*it, impl.manager->channelUnreadCount(*it));
             it = impl.unreadsToTell.erase(it);
         }
