@@ -106,6 +106,13 @@ bool holdsToken(QByteArray const& bytes)
         || bytes.contains(littleEndian);
 }
 
+// The text above the input, without side bar and avatars.
+QImage lastLines(QImage const& window)
+{
+    QRect const lines(window.width() / 3, window.height() - 90, window.width() / 2, 40);
+    return window.copy(lines);
+}
+
 // How much fainter the pixels that differ are before than after: 1 for as strong, 0 for nothing
 // there. The strongest pixel counts, measured against the conversation's background.
 double fainterBy(QImage const& before, QImage const& after)
@@ -245,7 +252,7 @@ TEST_F(Conversation, HistoryIsReadOnDemandByWheelKeysAndMiddleButton)
         << "the middle button moved nothing";
     m_client.xdo(QStringLiteral("mouseup 2"));
 
-    // Nothing new was said, so the end looks as it did.
+    // Nothing new was said, so the last lines are those of before. Pictures may have come since.
     m_client.key(QStringLiteral("End"));
-    EXPECT_TRUE(waitFor([&] { return m_client.stillPicture() == newest; }));
+    EXPECT_TRUE(waitFor([&] { return lastLines(m_client.stillPicture()) == lastLines(newest); }));
 }

@@ -53,15 +53,16 @@ QNetworkRequest requestFor(QUrl const& url)
 
 QByteArray takeBody(NakPooledReply* pooled, QNetworkReply* reply)
 {
-    QByteArray body = pooled->takeBody();
+    QByteArray const body = pooled->takeBody();
+    bool const received = reply && reply->error() == QNetworkReply::NoError && !body.isEmpty();
+    if (!received)
+        log(EvLog::Severity::Info,
+            QStringLiteral("A picture was not received from %1: error %2")
+                .arg(reply ? reply->url().toString(QUrl::RemoveQuery) : QString())
+                .arg(reply ? int(reply->error()) : 0));
+    // Last of all: it dies on its own thread, and the network's reply with it, as soon as told.
     pooled->deleteLater();
-    if (reply && reply->error() == QNetworkReply::NoError && !body.isEmpty())
-        return body;
-    log(EvLog::Severity::Info,
-        QStringLiteral("A picture was not received from %1: error %2")
-            .arg(reply ? reply->url().toString(QUrl::RemoveQuery) : QString())
-            .arg(reply ? int(reply->error()) : 0));
-    return {};
+    return received ? body : QByteArray();
 }
 
 QVector<QImage> process(QByteArray const& imageData, QVector<int> const& heights, qreal density,
