@@ -17,7 +17,7 @@
 #include <memory>
 
 struct NakRequestLimits {
-    qint64 maxBodyBytes = 64 * 1024 * 1024;
+    qint64 maxBodyBytes = qint64(64) << 20;
     int silenceMSecs = 30'000; // without a byte
     int wholeMSecs = 300'000; // a server that drips would never be silent
     int maxRedirects = 8;

@@ -12,6 +12,10 @@ NakIdleDetection* g_idleDetection = nullptr;
 namespace {
 
 constexpr int queryInterval = 4000; // milliseconds
+// Nobody counts as idle before three minutes, so short times need not be followed closely. The
+// limit bounds how late a suspended machine or a set clock is noticed.
+constexpr qint64 shortestThreshold = 3 * 60'000;
+constexpr qint64 longestPause = 60'000;
 constexpr unsigned long implausible = 0x80000000UL;
 
 std::optional<unsigned long> idleTime(Display* display)
@@ -45,11 +49,16 @@ NakIdleDetection::~NakIdleDetection() = default;
 // The connection is opened and closed each time on purpose: none stays open beside Qt's own.
 void NakIdleDetection::queryIdleTime()
 {
+    if (m_sinceQuery.isValid() && m_sinceQuery.elapsed() < m_pause)
+        return;
     Display* const display = XOpenDisplay(nullptr);
     if (!display)
         return;
     std::optional<unsigned long> const idle = idleTime(display);
     XCloseDisplay(display);
-    if (idle && *idle < implausible)
-        emit idleTimeUpdated(static_cast<unsigned int>(*idle));
+    if (!idle || *idle >= implausible)
+        return;
+    m_sinceQuery.start();
+    m_pause = qBound<qint64>(0, shortestThreshold - qint64(*idle), longestPause);
+    emit idleTimeUpdated(static_cast<unsigned int>(*idle));
 }

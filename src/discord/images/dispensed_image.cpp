@@ -24,8 +24,8 @@ void log(EvLog::Severity severity, QString const& text)
 
 QImage squareOf(QImage const& picture, int side, double cornerRadius)
 {
-    QImage const scaled = picture.scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation)
-                              .convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    QImage scaled = picture.scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation)
+                        .convertToFormat(QImage::Format_ARGB32_Premultiplied);
     bool const fits = scaled.width() == side && scaled.height() == side;
     if (scaled.isNull() || (fits && cornerRadius <= 0))
         return scaled;
