@@ -23,6 +23,7 @@
 
 #include <QApplication>
 #include <QTimer>
+#include <QWindow>
 
 #include <algorithm>
 

@@ -10,7 +10,7 @@
 namespace HugePages {
 
 // From this size on malloc always maps a block of its own, whatever came before.
-constexpr size_t ownMapping = 32 * 1024 * 1024; // bytes
+constexpr size_t ownMapping = size_t(32) << 20; // bytes
 
 // Only a wish: without it everything works, slower. Nothing for a block below ownMapping.
 void prefer(void* block, size_t size);

@@ -16,17 +16,17 @@ constexpr qint64 largePixels = 4'000'000;
 
 struct Signature {
     Format format;
-    char const* readerName;
     int offset;
+    char const* readerName;
     QLatin1String bytes;
 };
 
 constexpr Signature signatures[] = {
-    { Format::Png, "png", 0, QLatin1String("\x89PNG\r\n\x1a\n", 8) },
-    { Format::Jpeg, "jpeg", 0, QLatin1String("\xff\xd8\xff", 3) },
-    { Format::Gif, "gif", 0, QLatin1String("GIF87a", 6) },
-    { Format::Gif, "gif", 0, QLatin1String("GIF89a", 6) },
-    { Format::Webp, "webp", 8, QLatin1String("WEBPVP8", 7) },
+    { Format::Png, 0, "png", QLatin1String("\x89PNG\r\n\x1a\n", 8) },
+    { Format::Jpeg, 0, "jpeg", QLatin1String("\xff\xd8\xff", 3) },
+    { Format::Gif, 0, "gif", QLatin1String("GIF87a", 6) },
+    { Format::Gif, 0, "gif", QLatin1String("GIF89a", 6) },
+    { Format::Webp, 8, "webp", QLatin1String("WEBPVP8", 7) },
 };
 
 Signature const* signatureOf(QByteArray const& bytes)

@@ -27,7 +27,7 @@ public:
     {
         noteHandedOver(this);
     }
-    PostedCall(PostedCall&& other)
+    PostedCall(PostedCall&& other) noexcept
         : m_function(std::move(other.m_function))
     {
         noteHandedOver(this);

@@ -16,7 +16,7 @@ class QEvent;
 class NakSettingsFile : public QSettings {
 public:
     NakSettingsFile();
-    ~NakSettingsFile();
+    ~NakSettingsFile() override;
 
     static QString settingsFilePath();
     static bool settingsFileExists();

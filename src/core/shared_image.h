@@ -82,7 +82,8 @@ private:
     void release()
     {
         if (m_data && !m_data->refCount.deref())
-            delete m_data;
+            // The analyzer cannot count references.
+            delete m_data; // NOLINT(clang-analyzer-cplusplus.NewDelete)
     }
 
     SharedImageData* m_data = nullptr;

@@ -176,7 +176,7 @@ QBitmap NakWebImages::getLoadingBitmap()
 
 SharedImage NakWebImages::getImage(RequestKey const& key, QList<QNetworkCookie> const& cookies)
 {
-    SharedImage const alive = m_images->get(key);
+    SharedImage alive = m_images->get(key);
     if (!alive.isNull() || g_preferences->lowBandwidthMode)
         return alive;
     if (!m_inFlight.contains(key) && g_networkRequestPool) {

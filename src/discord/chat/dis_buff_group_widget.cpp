@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr qint64 quarterMSecs = 15 * 60 * 1000;
+constexpr qint64 quarterMSecs = qint64(15) * 60 * 1000;
 
 DisBuffGroupLayout layoutGroup(QVector<DisBuffMsgContentWidget*> const& contents,
                                DisBuffMetrics const& metrics, int headerHeight, int width)

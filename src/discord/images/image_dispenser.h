@@ -43,7 +43,7 @@ public:
     {
         if (SharedImage const* hit = m_recent.find(key))
             return *hit;
-        SharedImage const alive = m_images->get(key);
+        SharedImage alive = m_images->get(key);
         if (!alive.isNull()) {
             remember(key, alive);
             return alive;

@@ -23,7 +23,7 @@ public:
         char const* schema = nullptr; // every table has an id as its first column
         std::vector<char const*> tables;
         char const* openPragmas = nullptr; // may be null
-        qint64 maxBytes = 32 * 1024 * 1024;
+        qint64 maxBytes = qint64(32) << 20;
     };
 
     explicit ImageStore(Options options);

@@ -10,7 +10,6 @@
 
 namespace {
 
-using DisAcctsComponentImpl::Decoration;
 using Items = QVector<NakAcct::AcctItem*>;
 using TokenState = DisStoredAccount::AuthTokenState;
 

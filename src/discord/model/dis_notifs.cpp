@@ -23,7 +23,7 @@ constexpr qint32 friendType = 1;
 
 QString glanceAt(DisNotifs::NotifsData const& data, FlakeId message)
 {
-    QString const text = (data.readableText ? data.readableText(message) : QString()).simplified();
+    QString text = (data.readableText ? data.readableText(message) : QString()).simplified();
     if (text.isEmpty())
         return QObject::tr("[no text]");
     if (text.size() <= maxTextLength)
@@ -36,7 +36,7 @@ QString glanceAt(DisNotifs::NotifsData const& data, FlakeId message)
 // Who and where, such as "ada in #general (Engines)".
 QString heading(DisNotifs::MsgNotifParams const& params)
 {
-    QString const author = DisCache::userNameOrNickInGuild(params.author, params.guild);
+    QString author = DisCache::userNameOrNickInGuild(params.author, params.guild);
     if (params.guild.isValid())
         return QObject::tr("%1 in %2 (%3)")
             .arg(author, DisCache::guildChannelDisplayName(params.channel),
