@@ -14,7 +14,7 @@ namespace {
 constexpr int queryInterval = 4000; // milliseconds
 // Nobody counts as idle before three minutes, so short times need not be followed closely. The
 // limit bounds how late a suspended machine or a set clock is noticed.
-constexpr qint64 shortestThreshold = 3 * 60'000;
+constexpr qint64 shortestThreshold = qint64(3) * 60'000;
 constexpr qint64 longestPause = 60'000;
 constexpr unsigned long implausible = 0x80000000UL;
 
