@@ -289,7 +289,7 @@ TEST(AccountsFile, KilledWhileSaving)
     std::string const few = text(manyRecords(1, "few"));
     std::string const many = text(manyRecords(400, "many"));
     QRandomGenerator random(static_cast<quint32>(QCoreApplication::applicationPid()));
-    for (int round = 0; round < 40; ++round) {
+    for (int round = 0; round < 200; ++round) {
         QProcess child;
         child.start(QCoreApplication::applicationFilePath(),
                     { QLatin1String(saveAccountsRole), place.path });
