@@ -341,6 +341,9 @@ bool NakApplication::didBeginQuit() const
 void NakApplication::takeDownWindowsAndServices()
 {
     NakNotif::g_nakNotifManager->hideTrayIcon();
+    // Windows that a quit takes down get no close event.
+    if (NakChatWindow const* const window = NakGo::mostViableWindow())
+        window->storePlacement();
     // A window may take others with it.
     QList<QPointer<QWidget>> windows;
     QWidgetList const topLevels = topLevelWidgets();

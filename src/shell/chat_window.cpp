@@ -124,10 +124,15 @@ void NakChatWindow::showEvent(QShowEvent* event)
         host->hack_chatWindowShown();
 }
 
-// Every window writes the same keys, so the last one closed decides.
-void NakChatWindow::closeEvent(QCloseEvent* event)
+void NakChatWindow::storePlacement() const
 {
     NakSettingsFile().setGeometry(geometryName(), saveGeometry());
     d->saveSideBar();
+}
+
+// Every window writes the same keys, so the last one closed decides.
+void NakChatWindow::closeEvent(QCloseEvent* event)
+{
+    storePlacement();
     NakStyledWindow::closeEvent(event);
 }

@@ -36,6 +36,9 @@ public:
     void setCurrentTabIndex(int index);
     NakMainTabs* mainTabs() const;
 
+    // Into the settings file: where the next first window comes up, and its side bar.
+    void storePlacement() const;
+
 protected:
     void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;

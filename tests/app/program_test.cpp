@@ -67,13 +67,19 @@ TEST_F(Program, EndsWithItsLastWindow)
     expectOrderlyEnd(*process);
 }
 
-TEST_F(Program, QuitKey)
+TEST_F(Program, QuitKeyAndTheWindowComesBackAsItWas)
 {
-    auto process = start();
-    QString const window = waitForWindow(*process, m_title);
-    ASSERT_FALSE(window.isEmpty());
-    s_display->pressKey(window, QStringLiteral("ctrl+q"));
-    expectOrderlyEnd(*process);
+    QSize const size(900, 500);
+    for (int run = 0; run < 2; ++run) {
+        auto process = start();
+        QString const window = waitForWindow(*process, m_title);
+        ASSERT_FALSE(window.isEmpty());
+        if (run == 0)
+            s_display->resize(window, size);
+        EXPECT_EQ(s_display->sizeOf(window), size);
+        s_display->pressKey(window, QStringLiteral("ctrl+q"));
+        expectOrderlyEnd(*process);
+    }
 }
 
 TEST_F(Program, SecondOneAsksAndLeavesTheFirstAlone)

@@ -131,6 +131,19 @@ void Display::pressKey(QString const& window, QString const& key) const
               QStringLiteral("key"), key });
 }
 
+void Display::resize(QString const& window, QSize const& size) const
+{
+    xdotool({ QStringLiteral("windowsize"), QStringLiteral("--sync"), window,
+              QString::number(size.width()), QString::number(size.height()) });
+}
+
+QSize Display::sizeOf(QString const& window) const
+{
+    QString const told = xdotool({ QStringLiteral("getwindowgeometry"), window });
+    QStringList const sides = told.section(QStringLiteral("Geometry: "), 1).split(QLatin1Char('x'));
+    return sides.size() == 2 ? QSize(sides[0].toInt(), sides[1].toInt()) : QSize();
+}
+
 QStringList Display::windowsOf(qint64 process) const
 {
     return xdotool({ QStringLiteral("search"), QStringLiteral("--all"),

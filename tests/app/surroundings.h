@@ -6,6 +6,7 @@
 // wait for what is seen from outside.
 
 #include <QProcess>
+#include <QSize>
 #include <QTemporaryDir>
 
 #include <functional>
@@ -51,6 +52,8 @@ public:
     QStringList windowsOf(qint64 process) const;
     void click(QString const& window, int button) const; // near its upper left corner
     void pressKey(QString const& window, QString const& key) const;
+    void resize(QString const& window, QSize const& size) const; // done when it returns
+    QSize sizeOf(QString const& window) const;
 
 private:
     QString xdotool(QStringList const& arguments) const;
