@@ -58,8 +58,8 @@ void setDistances(SbarViewStyle* style)
 
 void setTextColors(SbarViewStyle* style, QPalette const& palette)
 {
-    QColor const text = palette.color(QPalette::WindowText);
-    QColor const bright = palette.color(QPalette::BrightText);
+    QColor const& text = palette.color(QPalette::WindowText);
+    QColor const& bright = palette.color(QPalette::BrightText);
     at(style->text, SbarTone::Normal) = NakColor::mix(style->background, text, 0.86);
     at(style->text, SbarTone::Strong) = style->isLight ? text : bright;
     at(style->text, SbarTone::Dim) = NakColor::mix(style->background, text, 0.6);
@@ -73,9 +73,9 @@ void setTextColors(SbarViewStyle* style, QPalette const& palette)
 
 void setColors(SbarViewStyle* style, QPalette const& palette)
 {
-    QColor const window = palette.color(QPalette::Window);
-    QColor const text = palette.color(QPalette::WindowText);
-    QColor const highlight = palette.color(QPalette::Highlight);
+    QColor const& window = palette.color(QPalette::Window);
+    QColor const& text = palette.color(QPalette::WindowText);
+    QColor const& highlight = palette.color(QPalette::Highlight);
     style->isLight = window.lightness() >= lightWindowLightness;
     style->background = window;
     style->groupFill = style->isLight ? NakColor::mix(window, palette.color(QPalette::Base), 0.55)
@@ -167,7 +167,7 @@ QPixmap NakStyle::SbarViewStyle::glyphInColor(ushort code, QColor const& color, 
 {
     QPixmap& picture = pictures[pictureKey(code, quint64(size), color.rgba())];
     if (picture.isNull() && g_guiIcons) {
-        int const extent = int(size * density + 0.5);
+        int const extent = qRound(size * density);
         picture = g_guiIcons->coloredGlyph(QChar(code), color, { extent, extent });
         picture.setDevicePixelRatio(density);
     }
@@ -183,7 +183,7 @@ QPixmap NakStyle::SbarViewStyle::statusCircle(DisUserStatusCode status) const
 {
     QPixmap& picture = pictures[pictureKey(quint64(status), 0, 0)];
     if (picture.isNull()) {
-        int const extent = int(statusSize * density + 0.5);
+        int const extent = qRound(statusSize * density);
         picture = QPixmap(extent, extent);
         picture.fill(Qt::transparent);
         QPainter painter(&picture);
@@ -201,7 +201,7 @@ QPixmap NakStyle::SbarViewStyle::letterTile(QString const& name) const
         tiles.clear();
     QPixmap& picture = tiles[initial];
     if (picture.isNull()) {
-        int const extent = int(iconSize * density + 0.5);
+        int const extent = qRound(iconSize * density);
         picture = QPixmap(extent, extent);
         picture.fill(Qt::transparent);
         picture.setDevicePixelRatio(density);
