@@ -264,7 +264,7 @@ HttpReply answerPicture(HttpRequest const& request)
     if (request.method != "GET" || parts.size() < 3)
         return notFound();
     QString const& kind = parts[1];
-    QString const name = parts.last();
+    QString const& name = parts.last();
     PictureFormat const format = formatOfName(name);
     quint64 const id = parts[2].section(QLatin1Char('.'), 0, 0).toULongLong();
     if (kind == QLatin1String("broken"))

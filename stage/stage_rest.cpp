@@ -539,7 +539,7 @@ HttpReply answerRest(RestContext& context, QString const& path, HttpRequest cons
         // Where the gateway is, anybody may ask.
         if (route.handle != getGateway && !tokenIsRight(context, request))
             return failure(401, "401: Unauthorized", 0);
-        HttpReply const refusal = refuseUnknown(context.world, segments);
+        HttpReply refusal = refuseUnknown(context.world, segments);
         if (refusal.status != 0)
             return refusal;
         RestCall call{ context, request, args };
