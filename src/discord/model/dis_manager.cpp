@@ -127,6 +127,7 @@ void DisManager::connectToClient()
     connect(g_disClient, &DisClient::disChanges, this, [this](DisChanges const& changes) {
         // READY tells who the user is before anything else.
         DisManagerImpl::activeUserMayHaveChanged(*m_impl);
+        DisManagerImpl::ownStatusMayHaveChanged(*m_impl, changes);
         DisManagerImpl::disChanges(*m_impl, changes);
     });
     connect(g_disClient, &DisClient::userUnreadCountersInitialized, this,

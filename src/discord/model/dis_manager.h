@@ -75,6 +75,9 @@ public:
     DisUserStatusCode preferredUserStatus() const; // Online until something is chosen
     void setPlayingGameName(FlakeId user, QString const& name); // empty for none
     QString playingGameName() const;
+    // What others see, as far as it is known: what the service has told since the last choice, such
+    // as one made on another device, else what was chosen, or Idle while nobody is there.
+    DisUserStatusCode ownStatus() const;
     // The time since the last input anywhere on the desktop.
     void idleTimeUpdated(unsigned int milliseconds);
 
@@ -125,7 +128,7 @@ signals:
     void mutedUsersChanged();
     void foregroundChannelsChanged();
     void pendingFriendRequestsChanged();
-    void preferredUserStatusChanged();
+    void ownStatusChanged(); // what is shown of it, what was chosen, or the game
 
 private:
     void createAccounts();

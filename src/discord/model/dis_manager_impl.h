@@ -25,6 +25,7 @@ struct DisManager::Impl {
     DisUserStatusCode preferredStatus = DisUserStatusCode::Online;
     QString playingGame;
     bool idle = false;
+    DisUserStatusCode toldStatus = DisUserStatusCode::Unknown; // by the service, since we told it
 
     std::function<DisForegroundChannels()> foregroundProvider;
     QTimer foregroundTimer; // 0 ms; many views report one switch of tabs
@@ -83,5 +84,6 @@ void loadMutedChannelsInGuildFromDisDb(Impl& impl, FlakeId user, FlakeId guild);
 // --- dis_manager_people.cpp ---
 void activeUserMayHaveChanged(Impl& impl);
 void loadPendingFriendRequests(Impl& impl);
+void ownStatusMayHaveChanged(Impl& impl, DisChanges const& changes);
 
 } // namespace DisManagerImpl

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "dis_cache.h"
 #include "dis_client.h"
 #include "dis_manager_impl.h"
 #include "dis_utils.h"
@@ -20,15 +21,27 @@ constexpr qint32 incomingRequest = 3; // of user_relationship
 constexpr qint32 minIdleMinutes = 3;
 constexpr qint32 maxIdleMinutes = 240;
 
-void sendOwnStatus(Impl const& impl)
+// Only who shows as online goes idle; the other choices hold while the user is away.
+DisUserStatusCode wantedStatus(Impl const& impl)
+{
+    bool const showIdle = impl.idle && impl.preferredStatus == DisUserStatusCode::Online;
+    return showIdle ? DisUserStatusCode::Idle : impl.preferredStatus;
+}
+
+void sendOwnStatus(Impl& impl)
 {
     if (!impl.activeUser.isValid())
         return;
-    // Only who shows as online goes idle; the other choices hold while the user is away.
-    bool const showIdle = impl.idle && impl.preferredStatus == DisUserStatusCode::Online;
-    g_disClient->setOwnUserStatus(impl.activeUser,
-                                  showIdle ? DisUserStatusCode::Idle : impl.preferredStatus,
-                                  impl.idle, impl.playingGame);
+    g_disClient->setOwnUserStatus(impl.activeUser, wantedStatus(impl), impl.idle, impl.playingGame);
+    impl.toldStatus = DisUserStatusCode::Unknown;
+    emit impl.manager->ownStatusChanged();
+}
+
+// A service that has just learned who the user is takes them for online and playing nothing.
+bool hasStatusToTell(Impl const& impl)
+{
+    return impl.idle || impl.preferredStatus != DisUserStatusCode::Online
+        || !impl.playingGame.isEmpty();
 }
 
 bool isIdle(unsigned int milliseconds)
@@ -64,9 +77,26 @@ void activeUserMayHaveChanged(Impl& impl)
     if (user == impl.activeUser)
         return;
     impl.activeUser = user;
+    impl.toldStatus = DisUserStatusCode::Unknown;
     if (user.isValid())
         DisNotifs::addUserChanWatches(impl.notifs, user);
     emit impl.manager->activeUserIdChanged();
+    if (hasStatusToTell(impl))
+        sendOwnStatus(impl);
+}
+
+// Only what was told of this user alone: READY writes Online for want of anything better.
+void ownStatusMayHaveChanged(Impl& impl, DisChanges const& changes)
+{
+    bool const told = std::any_of(changes.items.cbegin(), changes.items.cend(), [&](auto const& c) {
+        return c.type == DisChange::ChangeType::UserStatusChanged && c.words[0] == impl.activeUser;
+    });
+    if (!told)
+        return;
+    DisUserStatusCode const before = impl.manager->ownStatus();
+    impl.toldStatus = DisCache::userStatusCode(impl.activeUser);
+    if (impl.manager->ownStatus() != before)
+        emit impl.manager->ownStatusChanged();
 }
 
 void loadPendingFriendRequests(Impl& impl)
@@ -90,11 +120,11 @@ void loadPendingFriendRequests(Impl& impl)
 
 void DisManager::setPreferredUserStatus(FlakeId user, DisUserStatusCode code)
 {
-    if (user != m_impl->activeUser || code == m_impl->preferredStatus)
+    if (user != m_impl->activeUser)
         return;
+    // Told even if it is not new here: another device may have made a choice since.
     m_impl->preferredStatus = code;
     sendOwnStatus(*m_impl);
-    emit preferredUserStatusChanged();
 }
 
 DisUserStatusCode DisManager::preferredUserStatus() const
@@ -108,12 +138,20 @@ void DisManager::setPlayingGameName(FlakeId user, QString const& name)
         return;
     m_impl->playingGame = name;
     sendOwnStatus(*m_impl);
-    emit preferredUserStatusChanged();
 }
 
 QString DisManager::playingGameName() const
 {
     return m_impl->playingGame;
+}
+
+// Whoever is signed in is not offline: the service says so of one who is invisible, and of one whom
+// it has told nothing of yet.
+DisUserStatusCode DisManager::ownStatus() const
+{
+    DisUserStatusCode const told = m_impl->toldStatus;
+    bool const known = told != DisUserStatusCode::Unknown && told != DisUserStatusCode::Offline;
+    return known ? told : wantedStatus(*m_impl);
 }
 
 void DisManager::idleTimeUpdated(unsigned int milliseconds)

@@ -94,6 +94,7 @@ struct DisEventOutcome {
     FlakeId ackedChannel; // with ackedMessage: a MESSAGE_ACK of the own user
     FlakeId ackedMessage;
     FlakeId createdPrivateChannel;
+    bool signedIn = false; // the service knows who we are from here on
     bool statusBatchGrew = false; // start the status batch timer
     bool typingBatchGrew = false; // start the typing batch timer
 };

@@ -149,10 +149,12 @@ void Handle::ready(DisEvent& event)
     tellOwnUser(event, user, userMap, ready);
     event.outcome.changes = DisChanges::reload();
     event.outcome.ready = ready;
+    event.outcome.signedIn = true;
 }
 
-void Handle::resumed(DisEvent&)
+void Handle::resumed(DisEvent& event)
 {
+    event.outcome.signedIn = true;
     logNetworking(QStringLiteral("Finished resuming with Discord gateway"));
 }
 

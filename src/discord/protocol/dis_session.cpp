@@ -223,7 +223,10 @@ void DisSession::setOwnUserStatus(DisUserStatusCode code, bool afk, QString cons
                .arg(static_cast<int>(code))
                .arg(afk)
                .arg(DisGateway::loggable(game, m_authToken)));
-    sendFrame(DisGateway::statusFrame(code, afk, game));
+    Utils::invokeOnThread(m_worker,
+                          [worker = m_worker, frame = DisGateway::statusFrame(code, afk, game)] {
+                              worker->setStatusFrame(frame);
+                          });
 }
 
 void DisSession::includeGuildsForSynchronization(QSet<FlakeId> const& guilds)

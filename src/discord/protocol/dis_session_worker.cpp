@@ -99,6 +99,7 @@ struct DisSessionWorker::ActionTable {
     {
         addLog(EvLog::Severity::Info,
                QStringLiteral("Sending identify message to Discord gateway"));
+        worker.m_signedIn = false;
         worker.sendJson(DisGateway::identifyFrame(worker.m_params.token, worker.m_params.appName,
                                                   useZlibStream));
     }
@@ -243,8 +244,16 @@ void DisSessionWorker::sendJson(QJsonObject const& json)
         WebSocketHelpers::sendJsonAsEtf(m_socket, json);
 }
 
+void DisSessionWorker::setStatusFrame(QJsonObject const& json)
+{
+    m_statusFrame = json;
+    if (m_signedIn)
+        sendJson(json);
+}
+
 void DisSessionWorker::gatewaySocketConnected()
 {
+    m_signedIn = false;
     apply({ DisGateway::EventType::SocketConnected, {}, {} });
 }
 
@@ -401,6 +410,11 @@ void DisSessionWorker::finishDispatch(DisClientImpl::DisEventOutcome const& outc
         m_statusBatchTimer.start();
     if (outcome.typingBatchGrew && !m_typingStartBatchTimer.isActive())
         m_typingStartBatchTimer.start();
+    if (outcome.signedIn) {
+        m_signedIn = true;
+        if (!m_statusFrame.isEmpty())
+            sendJson(m_statusFrame);
+    }
     if (!isEmpty(outcome))
         tellOutcome(outcome);
     if (outcome.userMustSee && outcome.userMustSee->fatal)

@@ -54,6 +54,9 @@ public:
     void closeConnection();
     // Nothing is sent while there is no open socket.
     void sendJson(QJsonObject const& json);
+    // The own status. It waits until the service knows who we are, which closes the connection on
+    // whoever speaks before that, and is told again after each interruption.
+    void setStatusFrame(QJsonObject const& json);
     // Writes the list and tells the user-interface thread.
     void writeFetchedList(DisFetchedList const& list);
 
@@ -97,6 +100,8 @@ private:
     // the worker is gone.
     std::shared_ptr<std::atomic<int>> m_underway = std::make_shared<std::atomic<int>>(0);
     DisGatewayInflater m_inflater;
+    QJsonObject m_statusFrame; // empty until a status is set
+    bool m_signedIn = false;
     QWebSocket* m_socket = nullptr; // ours; made for the first connection
     QTimer m_heartbeatTimer;
     QTimer m_reconnectTimer;
