@@ -4,16 +4,19 @@
 
 #include "conn_status_label.h"
 #include "nakwire_style.h"
+#include "own_user_status_button.h"
 
 #include <QHBoxLayout>
 #include <QPainter>
 
 BottomBar::BottomBar(QWidget* statusWidget, QWidget* parent)
     : QWidget(parent)
+    , m_ownStatus(new NakOwnUserStatusButton(this))
 {
     auto* const layout = new QHBoxLayout(this);
     layout->setContentsMargins(8, 1, 8, 0);
     layout->setSpacing(8);
+    layout->addWidget(m_ownStatus);
     layout->addWidget(statusWidget, 1);
     layout->addWidget(new NakConnStatusLabel(this));
     setFixedHeight(fontMetrics().height() + 7);

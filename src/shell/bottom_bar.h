@@ -2,9 +2,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// The row below a window's tabs: the tabs' status strip, then the state of the connections.
+// The row below a window's tabs: the user's own status, the tabs' status strip, then the state of
+// the connections.
 
 #include <QWidget>
+
+class NakOwnUserStatusButton;
 
 class BottomBar : public QWidget {
     Q_OBJECT
@@ -12,6 +15,11 @@ public:
     // Takes statusWidget.
     BottomBar(QWidget* statusWidget, QWidget* parent);
 
+    NakOwnUserStatusButton* ownStatus() const { return m_ownStatus; }
+
 protected:
     void paintEvent(QPaintEvent* event) override;
+
+private:
+    NakOwnUserStatusButton* m_ownStatus;
 };

@@ -6,6 +6,7 @@
 #include "chat_splitter.h"
 #include "chat_window.h"
 #include "event_log_window.h"
+#include "own_user_status_button.h"
 #include "preferences.h"
 #include "sbar_view.h"
 #include "settings_dialog.h"
@@ -149,6 +150,9 @@ void NakChatWindowPriv::makeShortcuts()
     // Between the side bar and the tab, as where windows have panes.
     auto* const otherPane = new QShortcut(QKeySequence(Qt::Key_F6), m_window);
     connect(otherPane, &QShortcut::activated, this, &NakChatWindowPriv::moveFocusBetweenPanes);
+    auto* const ownStatus = new QShortcut(QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_S), m_window);
+    connect(ownStatus, &QShortcut::activated, m_bottomBar->ownStatus(),
+            &NakOwnUserStatusButton::popUpMenu);
     auto* const closeWindow =
         new QShortcut(QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_W), m_window);
     connect(closeWindow, &QShortcut::activated, m_window, &QWidget::close, Qt::QueuedConnection);
@@ -183,6 +187,8 @@ void NakChatWindowPriv::connectEverything()
             &NakChatWindowPriv::applyPreferences);
     connect(g_globalEvents, &NakGlobalEvents::connStatusChanged, this,
             &NakChatWindowPriv::saveTabsIfDisconnected);
+    connect(m_bottomBar->ownStatus(), &NakOwnUserStatusButton::accountsWanted, m_accounts,
+            &QAction::trigger);
     connectSideBar();
     onTabsChanged();
 }

@@ -6,6 +6,7 @@
 #include "gui_icons.h"
 #include "nak_color.h"
 #include "nakwire_style.h"
+#include "presence_circle.h"
 
 #include <QFontMetrics>
 #include <QPainter>
@@ -93,41 +94,9 @@ void setColors(SbarViewStyle* style, QPalette const& palette)
     style->tileFill = NakColor::mix(style->groupFill, text, 0.24);
     style->tileText = text;
     style->membersText = NakColor::mix(style->groupFill, text, 0.9);
-}
-
-QColor statusColor(DisUserStatusCode status, SbarViewStyle const& style)
-{
-    switch (status) {
-    case DisUserStatusCode::Online:
-        return style.isLight ? QColor(47, 143, 78) : QColor(87, 178, 113);
-    case DisUserStatusCode::Idle:
-        return style.isLight ? QColor(196, 134, 20) : QColor(222, 170, 72);
-    case DisUserStatusCode::DoNotDisturb:
-        return style.isLight ? QColor(196, 58, 58) : QColor(222, 98, 98);
-    case DisUserStatusCode::Unknown:
-    case DisUserStatusCode::Offline:
-        break;
-    }
-    return style.icon[static_cast<size_t>(SbarTone::Dim)];
-}
-
-// One that is offline is a ring, so that the states can be told apart without their colours.
-void paintCircle(QPainter* painter, QRectF const& box, DisUserStatusCode status,
-                 QColor const& color)
-{
-    bool const hollow =
-        status == DisUserStatusCode::Offline || status == DisUserStatusCode::Unknown;
-    double const line = box.width() / 5;
-    painter->setRenderHint(QPainter::Antialiasing);
-    painter->setPen(hollow ? QPen(color, line) : QPen(Qt::NoPen));
-    painter->setBrush(hollow ? QBrush(Qt::NoBrush) : QBrush(color));
-    painter->drawEllipse(hollow ? box.adjusted(line / 2, line / 2, -line / 2, -line / 2) : box);
-    if (status == DisUserStatusCode::DoNotDisturb) {
-        painter->setCompositionMode(QPainter::CompositionMode_Clear);
-        painter->fillRect(QRectF(box.left() + box.width() / 4, box.center().y() - line / 2,
-                                 box.width() / 2, line),
-                          Qt::transparent);
-    }
+    for (size_t status = 0; status < std::size(style->presence); ++status)
+        style->presence[status] =
+            NakStyle::presenceColor(static_cast<DisUserStatusCode>(status), palette);
 }
 
 // The first letter or figure, which may take two code units.
@@ -183,13 +152,9 @@ QPixmap NakStyle::SbarViewStyle::statusCircle(DisUserStatusCode status) const
 {
     QPixmap& picture = pictures[pictureKey(quint64(status), 0, 0)];
     if (picture.isNull()) {
-        int const extent = qRound(statusSize * density);
-        picture = QPixmap(extent, extent);
-        picture.fill(Qt::transparent);
-        QPainter painter(&picture);
-        paintCircle(&painter, QRectF(0, 0, extent, extent), status, statusColor(status, *this));
-        painter.end();
-        picture.setDevicePixelRatio(density);
+        auto const index = static_cast<size_t>(status);
+        picture =
+            presenceCircle(status, presence[index < std::size(presence) ? index : 0], density);
     }
     return picture;
 }

@@ -6,6 +6,7 @@
 // Distances are device-independent pixels. User-interface thread; needs g_guiIcons for glyphs.
 
 #include "dis_types.h"
+#include "presence_circle.h"
 
 #include <QColor>
 #include <QFont>
@@ -44,7 +45,7 @@ struct SbarViewStyle {
     int smallGlyphSize = 1; // of flags and channel icons
     int lockGlyphSize = 10;
     int avatarSize = 1; // of people in voice
-    int statusSize = 8; // of the circle
+    int statusSize = presenceCircleSize;
     int levelIndent = 10;
     int leftPadding = 3;
     int rightPadding = 4;
@@ -88,6 +89,7 @@ struct SbarViewStyle {
     QColor membersText;
     QColor tileFill;
     QColor tileText;
+    QColor presence[static_cast<size_t>(DisUserStatusCode::Online) + 1];
 
     double density = 1; // device pixels in one
 
