@@ -107,6 +107,8 @@ void NakChatWindowPriv::makeToolActions()
 {
     m_preferences = new QAction(QStringLiteral("Preferences…"), this);
     m_preferences->setShortcut(QKeySequence::Preferences);
+    if (m_preferences->shortcut().isEmpty()) // desktops that name none
+        m_preferences->setShortcut(Qt::CTRL + Qt::Key_Comma);
     connect(m_preferences, &QAction::triggered, &NakSettingsDialog::summonSettingsDialog);
 
     m_eventLog = new QAction(QStringLiteral("Event &Log"), this);

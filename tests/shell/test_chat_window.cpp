@@ -93,6 +93,7 @@ TEST_F(ChatWindow, ActionsHaveTheirKeys)
         { "Notifications", "Ctrl+D" },
         { "Mark All As &Read", "" },
         { "Event &Log", "Ctrl+L" },
+        { "Preferences…", "Ctrl+," },
         { "Close Window", "Ctrl+W" },
         { "Show Sidebar", "Alt+0" },
         { "Show &Status Bar", "" },
