@@ -40,7 +40,7 @@ protected:
         for (QAction* menu : menus) {
             auto const actions = menu->menu()->actions();
             for (QAction* action : actions) {
-                if (action->text() == QLatin1String(text))
+                if (action->text() == QString::fromUtf8(text))
                     return action;
             }
         }
