@@ -1,10 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The real program, seen from outside.
+// The start and the end of the real program, seen from outside.
 
 #include "program_fixture.h"
 
+#include <QDir>
 #include <QFile>
+
+#include <sys/resource.h>
 
 #include <csignal>
 
@@ -46,28 +49,182 @@ TEST(CommandLine, VersionIsAllOfIt)
     }
 }
 
-TEST_F(Program, SignalsEndItInOrder)
+namespace {
+
+char const* const accounts = "Accounts - Nakwire";
+char const* const secondWindow = "Nakwire"; // without tabs
+char const* const isRunning = "Nakwire Startup";
+char const* const lockFailure = "Lock file failure";
+
+// What happens once a window is there: keys apart by blanks, then a signal, or the disk is full.
+struct Step {
+    char const* window;
+    char const* keys;
+    int signal = 0;
+    bool diskIsFull = false;
+};
+
+enum End { Orderly = 0, Refused = 1, Aborted = -1 }; // by the exit status
+
+struct Case {
+    char const* name;
+    End end;
+    std::vector<Step> steps;
+    std::vector<std::pair<char const*, char const*>> environment = {};
+    std::vector<std::pair<char const*, char const*>> files = {}; // of the data directory
+    bool besideAnother = false;
+    rlim_t room = RLIM_INFINITY; // bytes that a file may have
+};
+
+// Whose lock it is: process, program, machine. No process can have the highest of these numbers,
+// and the first is that of another program.
+constexpr std::pair<char const*, char const*> lockOf(char const* text)
 {
-    for (int signal : { SIGTERM, SIGINT }) {
-        auto process = start();
-        ASSERT_FALSE(waitForWindow(*process, m_title).isEmpty());
-        EXPECT_NE(lockText(), "no lock");
-        EXPECT_TRUE(waitUntil([&] { return logText().contains("Started new log file\n"); }));
-        kill(static_cast<pid_t>(process->processId()), signal);
-        expectOrderlyEnd(*process);
+    return { "nakwire.lockfile", text };
+}
+char const* const deadProcess = "4194304\nnakwire\n\n";
+char const* const otherProgram = "1\nnakwire\n\n";
+char const* const otherMachine = "1\nnakwire\nelsewhere\n";
+
+Step const quitStep{ accounts, "ctrl+q" };
+Step const refuseStep{ isRunning, "Escape" };
+Step const forceStep{ isRunning, "shift+Tab Return" }; // from "Quit" to "Force start"
+Step const ignoreStep{ lockFailure, "Tab Return" }; // from "Abort" to "Ignore"
+Step const databaseErrorStep{ "Nakwire database error", "Return" };
+
+std::vector<Case> const cases{
+    { "quit_key", Orderly, { quitStep } },
+    { "SIGTERM", Orderly, { { accounts, "", SIGTERM } } },
+    { "SIGINT", Orderly, { { accounts, "", SIGINT } } },
+    { "last_window", Orderly, { { accounts, "ctrl+shift+w" } } },
+    { "two_windows",
+      Orderly,
+      { { accounts, "ctrl+n" }, { secondWindow, "ctrl+shift+w" }, { accounts, "ctrl+shift+w" } } },
+    { "SIGTERM_with_two_windows",
+      Orderly,
+      { { accounts, "ctrl+n" }, { secondWindow, "", SIGTERM } } },
+
+    { "running_refused_by_default", Refused, { { isRunning, "Return" } }, {}, {}, true },
+    { "running_refused", Refused, { refuseStep }, {}, {}, true },
+    { "running_forced_in_vain", Refused, { forceStep, { lockFailure, "Return" } }, {}, {}, true },
+    { "running_ignored", Orderly, { forceStep, ignoreStep, quitStep }, {}, {}, true },
+    { "lock_of_a_dead_process", Orderly, { quitStep }, {}, { lockOf(deadProcess) } },
+    { "lock_whose_process_is_another_program",
+      Orderly,
+      { quitStep },
+      {},
+      { lockOf(otherProgram) } },
+    { "lock_of_another_machine", Refused, { refuseStep }, {}, { lockOf(otherMachine) } },
+    { "lock_of_another_machine_forced",
+      Orderly,
+      { forceStep, quitStep },
+      {},
+      { lockOf(otherMachine) } },
+    { "empty_lock_forced", Orderly, { forceStep, quitStep }, {}, { lockOf("") } },
+
+    { "data_directory_below_a_file",
+      Refused,
+      { refuseStep },
+      { { "XDG_DATA_HOME", "/dev/null" } } },
+    { "data_directory_nowhere", Refused, { refuseStep }, { { "XDG_DATA_HOME", "/proc/x" } } },
+    { "data_directory_nowhere_ignored",
+      Aborted,
+      { forceStep, ignoreStep, databaseErrorStep },
+      { { "XDG_DATA_HOME", "/dev/null" } } },
+    { "temporary_directory_below_a_file",
+      Aborted,
+      { { "Critical Error", "Escape" } },
+      { { "TMPDIR", "/dev/null" } } },
+    { "no_room_for_lock_and_log", Aborted, { forceStep, ignoreStep }, {}, {}, false, 0 },
+    { "no_room_for_a_database", Aborted, { databaseErrorStep }, {}, {}, false, 200 },
+    { "log_runs_out_of_room", Aborted, { { accounts, "", SIGTERM, true } } },
+
+    { "damaged_files",
+      Orderly,
+      { { "Bookmarks are not saved", "Return" }, quitStep },
+      {},
+      { { "settings.ini", "[\xff%%=\n]=@Variant(\x7f" },
+        { "custom_theme.json", "[" },
+        { "user_data.nakdb", "no database, and long enough to be seen as such" },
+        { "nakwire_accounts.bin", "?" } } },
+    { "foreign_style", Orderly, { quitStep }, { { "NAKWIRE_STYLE_ENGINE", "fUSION" } } },
+    { "unknown_style", Orderly, { quitStep }, { { "NAKWIRE_STYLE_ENGINE", "no such" } } },
+};
+
+class StartAndQuit : public Program, public testing::WithParamInterface<Case> {
+protected:
+    void prepare(Case const& c)
+    {
+        for (auto const& [name, value] : c.environment)
+            m_surroundings.environment.insert(QString::fromLatin1(name),
+                                              QString::fromLatin1(value));
+        QDir().mkpath(m_surroundings.dataPath());
+        for (auto const& [name, text] : c.files) {
+            QFile file(m_surroundings.dataPath(QString::fromLatin1(name)));
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+            file.write(text);
+        }
+    }
+    static void take(Step const& step, QProcess const& process)
+    {
+        QString const window = waitForWindow(process, QString::fromLatin1(step.window));
+        ASSERT_FALSE(window.isEmpty()) << step.window;
+        if (*step.keys)
+            s_display->pressKeys(window, QString::fromLatin1(step.keys));
+        auto const id = static_cast<pid_t>(process.processId());
+        if (step.diskIsFull)
+            limitFiles(id, 0);
+        if (step.signal)
+            kill(id, step.signal);
+    }
+    static void limitFiles(pid_t process, rlim_t bytes)
+    {
+        rlimit const limit{ bytes, RLIM_INFINITY };
+        prlimit(process, RLIMIT_FSIZE, &limit, nullptr);
+    }
+};
+
+} // namespace
+
+TEST_P(StartAndQuit, Is)
+{
+    Case const& c = GetParam();
+    prepare(c);
+    std::unique_ptr<QProcess> other;
+    QString otherWindow;
+    if (c.besideAnother) {
+        other = start();
+        otherWindow = waitForWindow(*other, m_title);
+        ASSERT_FALSE(otherWindow.isEmpty());
+    }
+    QByteArray const lock = lockText();
+
+    signal(SIGXFSZ, SIG_IGN); // inherited; else the limit itself would end the program
+    limitFiles(0, c.room);
+    auto process = start();
+    limitFiles(0, RLIM_INFINITY);
+    for (Step const& step : c.steps)
+        ASSERT_NO_FATAL_FAILURE(take(step, *process));
+    Finished const finished = waitForEnd(*process);
+    EXPECT_EQ(finished.status, c.end) << finished.standardError;
+    EXPECT_EQ(process->state(), QProcess::NotRunning); // else it did not end at all
+
+    if (c.besideAnother) {
+        EXPECT_EQ(lockText(), lock);
+        EXPECT_EQ(s_display->windowOf(other->processId(), m_title), otherWindow);
+        EXPECT_EQ(m_surroundings.temporaryFiles().size(), 1); // the other's log
+        kill(static_cast<pid_t>(other->processId()), SIGTERM);
+        expectOrderlyEnd(*other);
+    } else if (c.end != Aborted) {
+        EXPECT_EQ(lockText(), c.end == Orderly ? "no lock" : lock);
+        EXPECT_TRUE(m_surroundings.temporaryFiles().isEmpty());
     }
 }
 
-TEST_F(Program, EndsWithItsLastWindow)
-{
-    auto process = start();
-    QString const window = waitForWindow(*process, m_title);
-    ASSERT_FALSE(window.isEmpty());
-    s_display->pressKey(window, QStringLiteral("ctrl+shift+w"));
-    expectOrderlyEnd(*process);
-}
+INSTANTIATE_TEST_SUITE_P(Program, StartAndQuit, testing::ValuesIn(cases),
+                         [](auto const& test) { return std::string(test.param.name); });
 
-TEST_F(Program, QuitKeyAndTheWindowComesBackAsItWas)
+TEST_F(Program, WindowComesBackAsItWas)
 {
     QSize const size(900, 500);
     for (int run = 0; run < 2; ++run) {
@@ -77,72 +234,9 @@ TEST_F(Program, QuitKeyAndTheWindowComesBackAsItWas)
         if (run == 0)
             s_display->resize(window, size);
         EXPECT_EQ(s_display->sizeOf(window), size);
-        s_display->pressKey(window, QStringLiteral("ctrl+q"));
+        s_display->pressKeys(window, QStringLiteral("ctrl+q"));
         expectOrderlyEnd(*process);
     }
-}
-
-TEST_F(Program, SecondOneAsksAndLeavesTheFirstAlone)
-{
-    auto first = start();
-    QString const window = waitForWindow(*first, m_title);
-    ASSERT_FALSE(window.isEmpty());
-    QByteArray const lock = lockText();
-    for (char const* key : { "Return", "Escape" }) {
-        auto second = start();
-        QString const box = waitForWindow(*second, QStringLiteral("Nakwire Startup"));
-        ASSERT_FALSE(box.isEmpty());
-        s_display->pressKey(box, QString::fromLatin1(key));
-        Finished const finished = waitForEnd(*second);
-        EXPECT_EQ(finished.status, 1) << finished.standardError;
-        EXPECT_EQ(lockText(), lock);
-        EXPECT_EQ(s_display->windowOf(first->processId(), m_title), window);
-        EXPECT_EQ(m_surroundings.temporaryFiles().size(), 1); // the first one's log
-    }
-    kill(static_cast<pid_t>(first->processId()), SIGTERM);
-    expectOrderlyEnd(*first);
-}
-
-TEST_F(Program, ForcedStartBesideALivingOne)
-{
-    auto first = start();
-    ASSERT_FALSE(waitForWindow(*first, m_title).isEmpty());
-    QByteArray const lock = lockText();
-    for (bool goesOn : { false, true }) {
-        auto second = start();
-        QString const box = waitForWindow(*second, QStringLiteral("Nakwire Startup"));
-        ASSERT_FALSE(box.isEmpty());
-        s_display->pressKey(box, QStringLiteral("shift+Tab")); // from "Quit" to "Force start"
-        s_display->pressKey(box, QStringLiteral("Return"));
-        QString const failure = waitForWindow(*second, QStringLiteral("Lock file failure"));
-        ASSERT_FALSE(failure.isEmpty());
-        if (goesOn)
-            s_display->pressKey(failure, QStringLiteral("Tab")); // from "Abort" to "Ignore"
-        s_display->pressKey(failure, QStringLiteral("Return"));
-        if (goesOn) {
-            EXPECT_FALSE(waitForWindow(*second, m_title).isEmpty());
-            kill(static_cast<pid_t>(second->processId()), SIGTERM);
-        }
-        EXPECT_EQ(waitForEnd(*second).status, goesOn ? 0 : 1);
-        EXPECT_EQ(lockText(), lock);
-    }
-    kill(static_cast<pid_t>(first->processId()), SIGTERM);
-    expectOrderlyEnd(*first);
-}
-
-TEST_F(Program, LockOfADeadProcessIsTaken)
-{
-    auto first = start();
-    ASSERT_FALSE(waitForWindow(*first, m_title).isEmpty());
-    first->kill();
-    EXPECT_EQ(waitForEnd(*first).status, -1);
-    QByteArray const lock = lockText();
-    EXPECT_NE(lock, "no lock");
-    auto second = start();
-    ASSERT_FALSE(waitForWindow(*second, m_title).isEmpty());
-    EXPECT_NE(lockText(), lock);
-    kill(static_cast<pid_t>(second->processId()), SIGTERM);
-    EXPECT_EQ(waitForEnd(*second).status, 0);
 }
 
 TEST_F(Program, DeploymentFileIsLogged)
@@ -171,32 +265,5 @@ TEST_F(Program, DeploymentFileIsLogged)
         ASSERT_FALSE(waitForWindow(*process, m_title).isEmpty());
         kill(static_cast<pid_t>(process->processId()), SIGTERM);
         expectOrderlyEnd(*process);
-    }
-}
-
-// A place that is no directory, and one where nothing can be written.
-TEST_F(Program, CannotStartWhereItCannotWrite)
-{
-    struct {
-        char const* variable;
-        char const* value;
-        char const* box;
-        int status; // -1: aborts
-    } const cases[] = {
-        { "XDG_DATA_HOME", "/dev/null", "Nakwire Startup", 1 },
-        { "XDG_DATA_HOME", "/proc/nowhere", "Nakwire Startup", 1 },
-        { "TMPDIR", "/dev/null", "Critical Error", -1 },
-    };
-    for (auto const& c : cases) {
-        auto const variable = QString::fromLatin1(c.variable);
-        QString const usual = m_surroundings.environment.value(variable);
-        m_surroundings.environment.insert(variable, QString::fromLatin1(c.value));
-        auto process = start();
-        QString const box = waitForWindow(*process, QString::fromLatin1(c.box));
-        ASSERT_FALSE(box.isEmpty()) << c.variable << ' ' << c.value;
-        s_display->pressKey(box, QStringLiteral("Escape"));
-        EXPECT_EQ(waitForEnd(*process).status, c.status) << c.variable << ' ' << c.value;
-        EXPECT_EQ(process->state(), QProcess::NotRunning); // else it did not end at all
-        m_surroundings.environment.insert(variable, usual);
     }
 }

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "app_updates.h"
 #include "i_nak_service.h"
 #include "nak_application.h"
 #include "startup.h"
@@ -52,6 +53,24 @@ TEST(Startup, StyleEngine)
         auto const choice = NakStartup::chooseStyleEngine(QString::fromLatin1(c.wanted), available);
         EXPECT_EQ(choice.name.toStdString(), c.chosen) << c.wanted;
         EXPECT_EQ(choice.unknown, c.unknown) << c.wanted;
+    }
+}
+
+TEST(Startup, AllowUpdates)
+{
+    struct {
+        char const* value; // null: not set
+        bool disabled;
+    } const cases[] = {
+        { nullptr, false }, { "0", true },   { "00", true },  { "1", false },
+        { "", false },      { "no", false }, { "0x", false },
+    };
+    for (auto const& c : cases) {
+        qunsetenv("NAKWIRE_ALLOW_UPDATES");
+        if (c.value)
+            qputenv("NAKWIRE_ALLOW_UPDATES", c.value);
+        NakAppUpdates::readEnvironment();
+        EXPECT_EQ(NakAppUpdates::isForcefullyDisabled, c.disabled) << c.value;
     }
 }
 

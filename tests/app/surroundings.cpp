@@ -124,11 +124,12 @@ QString Display::windowOf(qint64 process, QString const& name) const
                      QLatin1Char('^') + name + QLatin1Char('$') });
 }
 
-void Display::pressKey(QString const& window, QString const& key) const
+void Display::pressKeys(QString const& window, QString const& keys) const
 {
     // There is no window manager that would have given the window the focus.
-    xdotool({ QStringLiteral("windowfocus"), QStringLiteral("--sync"), window,
-              QStringLiteral("key"), key });
+    xdotool(QStringList{ QStringLiteral("windowfocus"), QStringLiteral("--sync"), window,
+                         QStringLiteral("key") }
+            + keys.split(QLatin1Char(' ')));
 }
 
 void Display::resize(QString const& window, QSize const& size) const

@@ -6,7 +6,6 @@
 // wait for what is seen from outside.
 
 #include <QProcess>
-#include <QSize>
 #include <QTemporaryDir>
 
 #include <functional>
@@ -51,7 +50,7 @@ public:
     // All its visible windows.
     QStringList windowsOf(qint64 process) const;
     void click(QString const& window, int button) const; // near its upper left corner
-    void pressKey(QString const& window, QString const& key) const;
+    void pressKeys(QString const& window, QString const& keys) const; // apart by blanks
     void resize(QString const& window, QSize const& size) const; // done when it returns
     QSize sizeOf(QString const& window) const;
 

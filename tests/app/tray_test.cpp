@@ -78,14 +78,14 @@ TEST_F(Tray, KeepsTheProgramWithoutWindowsAndEndsIt)
     QString window = waitForOtherWindow(*program, { icon });
     for (int button : { 1, 3 }) {
         ASSERT_FALSE(window.isEmpty());
-        s_display->pressKey(window, QStringLiteral("ctrl+shift+w"));
+        s_display->pressKeys(window, QStringLiteral("ctrl+shift+w"));
         EXPECT_TRUE(waitUntil(
             [&] { return s_display->windowsOf(program->processId()) == QStringList(icon); }));
         s_display->click(icon, button);
         window = waitForOtherWindow(*program, { icon });
     }
-    s_display->pressKey(window, QStringLiteral("Up")); // a menu, whose last entry quits
-    s_display->pressKey(window, QStringLiteral("Return"));
+    s_display->pressKeys(window, QStringLiteral("Up")); // a menu, whose last entry quits
+    s_display->pressKeys(window, QStringLiteral("Return"));
     expectOrderlyEnd(*program);
     EXPECT_TRUE(hostSays("gone " + icon.toLatin1()));
 }
@@ -99,7 +99,7 @@ TEST_F(Tray, ShowsMessagesWhileNoChatWindowIsLookedAt)
     QString const icon = dockedIcon();
     EXPECT_TRUE(says(*program, said, "messages: yes\n"));
     QString const window = waitForOtherWindow(*program, { icon });
-    s_display->pressKey(window, QStringLiteral("Home")); // gives it the focus
+    s_display->pressKeys(window, QStringLiteral("Home")); // gives it the focus
     EXPECT_TRUE(says(*program, said, "messages: no\n"));
     program->write("i");
     EXPECT_TRUE(says(*program, said, "messages: yes\n"));

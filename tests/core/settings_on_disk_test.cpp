@@ -12,7 +12,10 @@
 #include <QRandomGenerator>
 
 #include <gtest/gtest.h>
+#include <linux/capability.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -55,6 +58,14 @@ NakPreferences renamed(char const* device)
     return preferences;
 }
 
+// Without them the superuser is held to the rights of files.
+void dropPrivileges()
+{
+    __user_cap_header_struct header{ _LINUX_CAPABILITY_VERSION_3, 0 };
+    __user_cap_data_struct const none[2] = {};
+    syscall(SYS_capset, &header, none);
+}
+
 class SettingsOnDisk : public testing::Test {
 protected:
     void SetUp() override
@@ -91,6 +102,27 @@ TEST_F(SettingsOnDisk, FileThatCannotBeReadGivesDefaults)
     EXPECT_TRUE(loaded().restoreTabs);
     renamed("x").saveToSettingsFile();
     EXPECT_TRUE(QDir().rmdir(NakSettingsFile::settingsFilePath()));
+}
+
+TEST_F(SettingsOnDisk, FileThatMayOnlyBeReadIsReadAndStays)
+{
+    renamed("old").saveToSettingsFile();
+    QByteArray const old = bytesOfFile();
+    QByteArray const file = QFile::encodeName(NakSettingsFile::settingsFilePath());
+    QByteArray const directory = QFile::encodeName(NakDataPaths::appDataPath());
+    for (mode_t const rights : { 0700, 0500 }) {
+        chmod(file.constData(), 0400);
+        chmod(directory.constData(), rights);
+        inChild([] {
+            dropPrivileges();
+            if (loaded().inputDevice == QLatin1String("old"))
+                renamed("new").saveToSettingsFile();
+            else
+                QFile::remove(NakSettingsFile::settingsFilePath()); // which the parent sees
+        });
+        chmod(directory.constData(), 0700);
+        EXPECT_EQ(bytesOfFile(), old) << rights;
+    }
 }
 
 TEST_F(SettingsOnDisk, FullDiskKeepsTheOldFileWhole)
