@@ -18,6 +18,7 @@
 #include "idle_detection.h"
 #include "local_crypto.h"
 #include "nak_event_log.h"
+#include "nak_sql.h"
 #include "network_access.h"
 #include "notif_manager.h"
 #include "notifs_view.h"
@@ -51,6 +52,7 @@ constexpr int lastWindowDelayMSecs = 10;
 constexpr int firstWindowDelayMSecs = 10;
 constexpr int lockWaitMSecs = 300;
 constexpr int forcedLockWaitMSecs = 1000;
+constexpr int failureCheckMSecs = 50;
 
 // What the windows ask of the application.
 class ShellHost : public IShellHost {
@@ -69,8 +71,8 @@ private:
     NakApplication* m_app;
 };
 
-// The process holds no lock and has made nothing yet; threads of the platform are running, so
-// nothing is torn down under them.
+// The process has made nothing yet, or has kept what is the user's; threads are running, so nothing
+// is torn down under them.
 [[noreturn]] void leaveAtOnce()
 {
     std::_Exit(EXIT_FAILURE);
@@ -142,6 +144,8 @@ NakApplication::NakApplication(QString const& foreignStyle, int& argc, char** ar
 NakApplication::~NakApplication()
 {
     delete d->quitTimer;
+    // The user is gone: a store that fails now, each of them a cache, must not ask for an answer.
+    NakFatalBox::setShow([](NakFatalBox::Message const&) { leaveAtOnce(); });
     // The deadline has passed without them.
     QSet<QObject*> const leftServices = std::exchange(d->services, {});
     for (QObject* plugin : leftServices) {
@@ -159,7 +163,8 @@ NakApplication::~NakApplication()
     deleteGlobal(g_networkRequestPool);
     deleteGlobal(g_networkAccessManager);
     deleteGlobal(g_globalEvents);
-    QThreadPool::globalInstance()->waitForDone(-1);
+    while (!QThreadPool::globalInstance()->waitForDone(failureCheckMSecs))
+        NakSql::showFailureOfWorker();
     g_deployment = nullptr;
     // The log is the last to stop, so that everything above can still log.
     NakEvLog::deinit();

@@ -21,13 +21,16 @@
 namespace {
 
 constexpr int busyTimeoutMSecs = 15000;
+constexpr int busyPauseMSecs = 5;
+
+constexpr QEvent::Type dbFailureType = static_cast<QEvent::Type>(1003);
 
 // The box stands in the destructor, so that a worker can hand over to the application's thread with
 // a plain event and no receiver class: the event loop deletes the event once it is delivered.
 class DbFailureEvent : public QEvent {
 public:
     explicit DbFailureEvent(QString const& text)
-        : QEvent(QEvent::None)
+        : QEvent(dbFailureType)
         , m_text(text)
     {
     }
@@ -112,6 +115,16 @@ sqlite3* withBusyTimeout(sqlite3* db)
     return db;
 }
 
+// Whether to try again.
+int waitUnlessStopped(void* /*context*/, int pausesBefore)
+{
+    if (pausesBefore >= busyTimeoutMSecs / busyPauseMSecs
+        || QThread::currentThread()->isInterruptionRequested())
+        return 0;
+    QThread::msleep(busyPauseMSecs);
+    return 1;
+}
+
 } // namespace
 
 sqlite3* NakSql::openDbWithSchemaAndUserVersion(QString const& path, char const* schema,
@@ -190,6 +203,11 @@ int NakSql::closeDb(sqlite3* db)
     return code;
 }
 
+void NakSql::waitNoLongerThanThread(sqlite3* db)
+{
+    sqlite3_busy_handler(db, waitUnlessStopped, nullptr);
+}
+
 void NakSql::beginTransaction(sqlite3* db)
 {
     sqlite3_exec(db, "begin transaction", nullptr, nullptr, nullptr);
@@ -232,4 +250,9 @@ void NakSql::exitWithMessage(QString const& text)
     // The caller must touch nothing while the box is up; abort() ends this.
     for (;;)
         QThread::msleep(200);
+}
+
+void NakSql::showFailureOfWorker()
+{
+    QCoreApplication::sendPostedEvents(QCoreApplication::instance(), dbFailureType);
 }

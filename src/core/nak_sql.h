@@ -39,6 +39,10 @@ sqlite3* tryOpenDbReadOnly(QString const& path);
 // The first SQLite code.
 int closeDb(sqlite3* db);
 
+// Gives a busy database up at once when the thread that uses the connection is asked to stop:
+// whoever ends a thread waits for it.
+void waitNoLongerThanThread(sqlite3* db);
+
 // --- use ---
 void beginTransaction(sqlite3* db);
 void endTransaction(sqlite3* db);
@@ -48,6 +52,9 @@ qint64 lastInsertRowId(sqlite3* db);
 [[noreturn]] void exitWithFatalDatabaseError(sqlite3* db, int code);
 [[noreturn]] void exitWithGenericDbError(int code);
 [[noreturn]] void exitWithMessage(QString const& text);
+// For the application's thread while it waits for another one, in place of its event loop: a worker
+// that failed stays where it is, and its message waits for this thread.
+void showFailureOfWorker();
 
 } // namespace NakSql
 

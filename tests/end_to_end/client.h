@@ -30,6 +30,7 @@ public:
     qint64 processId() const { return m_process.processId(); }
     bool isRunning() const { return m_process.state() != QProcess::NotRunning; } // or starting
     bool wasAborted() const; // ended by its own last resort
+    int exitCode() const { return m_process.exitCode(); }
     QString folder() const { return m_folder.path(); } // holds data, log and everything it writes
     QByteArray output() const { return m_output; } // standard output and error so far
 

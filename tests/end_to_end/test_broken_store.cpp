@@ -108,8 +108,30 @@ protected:
         return found;
     }
 
+    // As another process would, until the test ends.
+    void holdStore()
+    {
+        sqlite3_open(storePath().toUtf8().constData(), &m_holder);
+        ASSERT_EQ(sqlite3_exec(m_holder, "begin immediate", nullptr, nullptr, nullptr), SQLITE_OK);
+    }
+    void TearDown() override { sqlite3_close(m_holder); }
+    // It does so nowhere else.
+    bool workerSleeps() const
+    {
+        QDir const threads(QStringLiteral("/proc/%1/task").arg(m_client.processId()));
+        for (QString const& id : threads.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+            QFile name(threads.filePath(id + QLatin1String("/comm")));
+            QFile place(threads.filePath(id + QLatin1String("/wchan")));
+            if (name.open(QIODevice::ReadOnly) && name.readAll().startsWith("DisSessionWorke")
+                && place.open(QIODevice::ReadOnly) && place.readAll().contains("nanosleep"))
+                return true;
+        }
+        return false;
+    }
+
     stage::Stage m_stage;
     Client m_client;
+    sqlite3* m_holder = nullptr;
 };
 
 // Bounds the size of every file that this process and those that it starts may write.
@@ -199,14 +221,26 @@ TEST_F(BrokenStore, AFileThatAnotherProcessHoldsEndsTheProgram)
     ASSERT_TRUE(m_client.start());
     ASSERT_TRUE(showsConversation());
     auto const files = userFiles();
-    sqlite3* db = nullptr;
-    sqlite3_open(storePath().toUtf8().constData(), &db);
-    ASSERT_EQ(sqlite3_exec(db, "begin immediate", nullptr, nullptr, nullptr), SQLITE_OK);
+    holdStore();
     say(firstId);
     QString const window = m_client.windows().value(0);
     EXPECT_TRUE(waitFor([this] { return m_client.windows().size() == 2; }, 40'000));
     QStringList windows = m_client.windows();
     windows.removeOne(window);
     expectLastWords(windows.value(0), "Database error code 5:\ndatabase is locked", files);
-    sqlite3_close(db);
+}
+
+// The service hangs, and nobody is there any more to answer a box.
+TEST_F(BrokenStore, AFileThatAnotherProcessHoldsDoesNotKeepTheUser)
+{
+    ASSERT_TRUE(m_client.start());
+    ASSERT_TRUE(showsConversation());
+    auto const files = userFiles();
+    holdStore();
+    say(firstId);
+    ASSERT_TRUE(waitFor([this] { return workerSleeps(); }));
+    m_client.quit();
+    EXPECT_FALSE(m_client.isRunning());
+    EXPECT_EQ(m_client.exitCode(), 1);
+    EXPECT_EQ(userFiles().keys(), files.keys());
 }

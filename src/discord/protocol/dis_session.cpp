@@ -9,6 +9,7 @@
 #include "event_log.h"
 #include "gateway_protocol.h"
 #include "invoke_on_thread.h"
+#include "nak_sql.h"
 
 #include <QHash>
 #include <QJsonObject>
@@ -21,6 +22,8 @@ namespace {
 
 // This guild is never synchronized.
 constexpr FlakeId neverSynchronizedGuild{ 322'850'917'248'663'552 };
+
+constexpr unsigned long failureCheckMSecs = 50;
 
 void addLog(EvLog::Severity severity, QString const& text)
 {
@@ -61,7 +64,8 @@ DisSession::~DisSession()
     m_worker->deleteLater();
     m_thread.requestInterruption(); // no waiting for this thread, which now waits
     m_thread.quit();
-    m_thread.wait();
+    while (!m_thread.wait(failureCheckMSecs))
+        NakSql::showFailureOfWorker();
 }
 
 void DisSession::setUpTimers()

@@ -170,6 +170,7 @@ DisSessionWorker::DisSessionWorker(DisClient* client, DisSession* session,
     , m_typingStartBatchTimer(this)
 {
     initializeDbPrepStmts(prepared, openDisStore(params.dbPath));
+    NakSql::waitNoLongerThanThread(prepared.db);
     setUpTimers();
 }
 
