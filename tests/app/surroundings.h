@@ -6,6 +6,7 @@
 // wait for what is seen from outside.
 
 #include <QProcess>
+#include <QSize>
 #include <QTemporaryDir>
 
 #include <functional>
