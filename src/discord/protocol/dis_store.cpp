@@ -8,8 +8,11 @@
 #include <QFile>
 #include <QStringList>
 
+#include <fcntl.h>
 #include <malloc.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -172,13 +175,24 @@ void exec(sqlite3* db, char const* sql)
         NakSql::exitWithFatalDatabaseError(db, code);
 }
 
+// Without locks, which would cost more than the reading of a column: each connection is of one
+// thread.
 sqlite3* open(QString const& path)
 {
-    sqlite3* db = nullptr;
-    int const code = NakSql::openDb(QFile::encodeName(path).constData(), &db);
-    if (code != SQLITE_OK)
-        NakSql::exitWithGenericDbError(code);
+    sqlite3* const db = NakSql::openDbNoMutex(QFile::encodeName(path).constData());
+    if (!db)
+        NakSql::exitWithGenericDbError(SQLITE_CANTOPEN);
     return db;
+}
+
+// Empty, for the user alone; SQLite gives its other files the rights of this one.
+void makeFile(QString const& path)
+{
+    int const file = ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC,
+                            S_IRUSR | S_IWUSR);
+    if (file < 0)
+        NakSql::exitWithGenericDbError(SQLITE_CANTOPEN);
+    ::close(file);
 }
 
 void removeOldStore(QString const& path)
@@ -206,6 +220,7 @@ QStringList tableNames(sqlite3* db)
 sqlite3* createDisStore(QString const& path)
 {
     removeOldStore(path);
+    makeFile(path);
     sqlite3* db = open(path);
     exec(db, connectionPragmas);
     exec(db, schema);
