@@ -4,22 +4,19 @@
 
 #include "dis_cache.h"
 #include "dis_manager.h"
-#include "nak_sql.h"
 #include "sbar_kinds.h"
 #include "sbar_tree.h"
 #include "sbar_view.h"
 #include "sbar_vis.h"
 
-#include <QElapsedTimer>
 #include <QVarLengthArray>
 
 namespace NakSbar {
 
 namespace {
 
-// The user-interface thread's share of a frame for reading guilds: of tens of thousands of channels
-// the rest is read when the events that came meanwhile are handled.
-constexpr int readingMs = 4;
+// What a window shows before it is scrolled; these do not wait until all channels are read.
+constexpr int guildsSeenFirst = 8;
 
 // One pass over the store: which items it has met.
 class Pass {
@@ -86,102 +83,123 @@ Item createVoiceChannel(ViewPriv& d, FlakeId id)
     return createItem(d, Info::of(Kind::VoiceChannel, id), d.styles.row);
 }
 
-// What the store lists of one kind, and where its items are kept.
+// Where the items of one type of channels are kept.
 struct ChannelKind {
-    Stmt stmt;
     Kind kind;
-    ChanSortType type;
     QHash<FlakeId, Item> ViewPriv::*items;
     Item (*create)(ViewPriv& d, FlakeId id);
 };
-// Categories come first: the channels of those that the store does not list hang under the guild.
+// By ChanSortType.
 constexpr ChannelKind channelKinds[] = {
-    { Stmt::CategoriesOfGuild, Kind::Category, ChanSortType::Categories, &ViewPriv::categories,
-      createCategory },
-    { Stmt::TextChannelsOfGuild, Kind::TextChannel, ChanSortType::Text, &ViewPriv::channels,
-      createTextChannel },
-    { Stmt::VoiceChannelsOfGuild, Kind::VoiceChannel, ChanSortType::Voice, &ViewPriv::channels,
-      createVoiceChannel },
+    { Kind::TextChannel, &ViewPriv::channels, createTextChannel },
+    { Kind::VoiceChannel, &ViewPriv::channels, createVoiceChannel },
+    { Kind::Category, &ViewPriv::categories, createCategory },
 };
 
-// One guild's lists while they are brought in line.
-struct GuildReading {
-    FlakeId guildId;
-    Item guild = noItem;
-    QVarLengthArray<Item, 32> categories;
-    QHash<Item, Item> ends; // of each list, the last item that the store named
+// A guild's lists, or a category's, while they are brought in line.
+struct Owner {
+    FlakeId id; // invalid for the guild
+    GuildDirectory directory;
+    // Of each list, the last item that the store named.
+    std::array<Item, static_cast<size_t>(ChanSortType::Count)> ends{ noItem, noItem, noItem };
 };
+// The guild comes first.
+using Owners = QVarLengthArray<Owner, 32>;
 
-Item listFor(ViewPriv const& d, GuildReading const& reading, FlakeId parent, ChanSortType type)
+// Channels of categories that the store does not list hang under the guild.
+int indexOf(Owners const& owners, FlakeId parent, int lastIndex)
 {
-    Item const category = parent.isValid() ? d.categories.value(parent, noItem) : noItem;
-    bool const inCategory = category != noItem && reading.categories.contains(category);
-    return infoOf(d, inCategory ? category : reading.guild).directory().list(type);
+    if (!parent.isValid())
+        return 0;
+    if (owners[lastIndex].id == parent)
+        return lastIndex;
+    for (int i = owners.size() - 1; i > 0; --i) {
+        if (owners[i].id == parent)
+            return i;
+    }
+    return 0;
 }
 
-// Rows come in their order, so each goes behind the one before it.
-void hangNext(ViewPriv& d, GuildReading* reading, Item list, Item item)
+// Channels come in their order, so each goes behind the one before it.
+void hangNext(ViewPriv& d, Owner* owner, ChanSortType type, Item item)
 {
     NakSbarView& view = *d.view;
-    Item const end = reading->ends.value(list, noItem);
+    Item const list = owner->directory.list(type);
+    Item& end = owner->ends[static_cast<size_t>(type)];
     Item const there = end == noItem ? view.firstChild(list) : view.nextSibling(end);
     if (there != item && end == noItem)
         view.prependChild(list, item);
     else if (there != item)
         view.insertAfter(end, item);
-    reading->ends.insert(list, item);
+    end = item;
 }
 
-void readChannels(ViewPriv& d, GuildReading* reading, ChannelKind const& kind)
-{
-    auto& items = d.*kind.items;
-    d.dis->forEachRow(
-        kind.stmt,
-        [&](NakStmt const& row) {
-            FlakeId const id = row.colFlake(0);
-            bool const isCategory = kind.type == ChanSortType::Categories;
-            Item const list =
-                listFor(d, *reading, isCategory ? FlakeId() : row.colFlake(1), kind.type);
-            Item& item = items[id];
-            if (item == 0) // the root: new in the hash
-                item = kind.create(d, id);
-            if (infoOf(d, item).kind != kind.kind)
-                return; // named twice, by a damaged store
-            hangNext(d, reading, list, item);
-            if (isCategory)
-                reading->categories.append(item);
-        },
-        reading->guildId);
-}
-
-// What stands behind the last item that the store named is gone.
-void deleteRest(ViewPriv& d, GuildReading const& reading, Item list)
+// What stands behind the last items that the store named is gone.
+void deleteRest(ViewPriv& d, Owner const& owner)
 {
     NakSbarView const& view = *d.view;
-    Item const end = reading.ends.value(list, noItem);
-    Item gone = end == noItem ? view.firstChild(list) : view.nextSibling(end);
-    while (gone != noItem) {
-        Item const next = view.nextSibling(gone);
-        deleteItemAndVis(d, gone);
-        gone = next;
+    for (size_t i = 0; i < owner.ends.size(); ++i) {
+        Item const end = owner.ends[i];
+        Item gone =
+            end == noItem ? view.firstChild(owner.directory.lists[i]) : view.nextSibling(end);
+        while (gone != noItem) {
+            Item const next = view.nextSibling(gone);
+            deleteItemAndVis(d, gone);
+            gone = next;
+        }
     }
 }
 
-void readGuild(ViewPriv& d, FlakeId id)
+void bringGuildInLine(ViewPriv& d, FlakeId id, ListedChannels const& channels)
 {
-    GuildReading reading;
-    reading.guildId = id;
-    reading.guild = d.guilds.value(id, noItem);
-    if (reading.guild == noItem)
+    Item const guild = d.guilds.value(id, noItem);
+    if (guild == noItem)
         return;
-    for (ChannelKind const& kind : channelKinds)
-        readChannels(d, &reading, kind);
-    reading.categories.append(reading.guild);
-    for (Item const owner : reading.categories) {
-        GuildDirectory const directory = infoOf(d, owner).directory();
-        for (Item const list : directory.lists)
-            deleteRest(d, reading, list);
+    Owners owners;
+    owners.append({ FlakeId(), infoOf(d, guild).directory() });
+    int ownerIndex = 0;
+    for (ListedChannel const& channel : channels) {
+        ChannelKind const& kind = channelKinds[static_cast<size_t>(channel.type)];
+        Item& item = (d.*kind.items)[channel.id];
+        if (item == 0) // the root: new in the hash
+            item = kind.create(d, channel.id);
+        else if (infoOf(d, item).kind != kind.kind)
+            continue; // named twice, by a damaged store
+        if (kind.kind == Kind::Category) {
+            hangNext(d, &owners[0], channel.type, item);
+            owners.append({ channel.id, infoOf(d, item).directory() });
+        } else {
+            ownerIndex = indexOf(owners, channel.parent, ownerIndex);
+            hangNext(d, &owners[ownerIndex], channel.type, item);
+        }
     }
+    for (Owner const& owner : owners)
+        deleteRest(d, owner);
+}
+
+// Those that wait by themselves. Read now, they are of a later state than what was listed.
+void readGuilds(ViewPriv& d, Share const& share)
+{
+    while (!d.guildsToRead.isEmpty() && !share.isOver()) {
+        FlakeId const guild = d.guildsToRead.takeLast();
+        d.listing.forget(guild);
+        bringGuildInLine(d, guild, channelsOfGuild(*d.dis, guild));
+    }
+}
+
+// From the top down.
+void bringListedGuildsInLine(ViewPriv& d, Share const& share)
+{
+    for (Item item = d.view->firstChild(infoOf(d, d.discord).child); item != noItem;
+         item = d.view->nextSibling(item)) {
+        FlakeId const id = infoOf(d, item).id();
+        if (infoOf(d, item).kind != Kind::Guild || !d.listing.contains(id))
+            continue;
+        if (share.isOver())
+            return;
+        bringGuildInLine(d, id, d.listing.take(id));
+    }
+    d.listing.clear(); // of guilds that are gone
 }
 
 void queryPrivateChannels(ViewPriv& d, Pass& pass)
@@ -256,11 +274,13 @@ void activeUserIdChanged(ViewPriv& d)
 void queryAndCreateDiscordItems(ViewPriv& d)
 {
     queryGuildsAndPrivateChannels(d);
+    d.listing.start(d.guilds.keyBegin(), d.guilds.keyEnd());
     d.guildsToRead.clear();
-    for (Item item = d.view->lastChild(infoOf(d, d.discord).child); item != noItem;
-         item = d.view->prevSibling(item)) {
+    for (Item item = d.view->firstChild(infoOf(d, d.discord).child);
+         item != noItem && d.guildsToRead.size() < guildsSeenFirst;
+         item = d.view->nextSibling(item)) {
         if (infoOf(d, item).kind == Kind::Guild)
-            d.guildsToRead.append(infoOf(d, item).id());
+            d.guildsToRead.prepend(infoOf(d, item).id());
     }
     d.readTimer.start();
 }
@@ -272,7 +292,7 @@ void queryGuildsAndPrivateChannels(ViewPriv& d)
     d.view->beginEdit();
     Pass pass(d);
     {
-        NakSqlTransaction const held(d.dis->db());
+        HeldStore const held(d.dis.get());
         if (d.activeUser.isValid()) {
             queryPrivateChannels(d, pass);
             queryGuilds(d, pass);
@@ -285,23 +305,30 @@ void queryGuildsAndPrivateChannels(ViewPriv& d)
     d.view->endEdit();
 }
 
+bool isReading(ViewPriv const& d)
+{
+    return !d.guildsToRead.isEmpty() || !d.listing.isEmpty();
+}
+
 void readSomeGuilds(ViewPriv& d)
 {
     if (!d.dis)
         return;
-    QElapsedTimer elapsed;
-    elapsed.start();
+    Share const share;
     d.readTimer.stop();
     d.view->beginEdit();
     {
-        NakSqlTransaction const held(d.dis->db());
-        while (!d.guildsToRead.isEmpty() && elapsed.elapsed() < readingMs)
-            readGuild(d, d.guildsToRead.takeLast());
+        HeldStore const held(d.dis.get());
+        readGuilds(d, share);
+        if (!d.listing.isEmpty() && d.listing.readOn(*d.dis, share)) {
+            d.channels.reserve(d.listing.channelCount());
+            bringListedGuildsInLine(d, share);
+        }
     }
-    if (d.guildsToRead.isEmpty())
-        createOrRemoveDiscordVoiceUserItems(d, voiceChannelsOfAnyone(d));
-    else
+    if (isReading(d))
         d.readTimer.start();
+    else
+        createOrRemoveDiscordVoiceUserItems(d, voiceChannelsOfAnyone(d));
     d.view->endEdit();
     // Also what a guild's row counts.
     refreshVisible(d, [](Item, Info const& info) { return traitsOf(info).showsDiscord; });

@@ -20,6 +20,8 @@ void queryAndCreateDiscordItems(ViewPriv& d);
 void queryGuildsAndPrivateChannels(ViewPriv& d);
 // The channels of some of the guilds that wait, and then the rows in view again.
 void readSomeGuilds(ViewPriv& d);
+// Whether guilds wait.
+bool isReading(ViewPriv const& d);
 
 void sortDiscordGuildsAsUser(ViewPriv& d);
 void sortPrivateChans(ViewPriv& d);

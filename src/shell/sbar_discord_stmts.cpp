@@ -13,7 +13,6 @@ constexpr char const* statementTexts[] = {
 } // namespace
 
 NakSbar::DisStmts::DisStmts(sqlite3* db)
-    : m_db(db)
 {
     for (size_t i = 0; i < m_stmts.size(); ++i)
         m_stmts[i] = std::make_unique<NakStmt>(db, statementTexts[i]);

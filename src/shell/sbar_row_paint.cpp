@@ -107,11 +107,8 @@ void paintBadge(QPainter* painter, RowLayout const& layout, RowPaint const& pain
     QRect const shadow = rect.translated(0, style.badgeShadowDrop);
     if (layout.badgeKind == BadgeKind::None || !paint.region.intersects(rect.united(shadow)))
         return;
-    double const radius = rect.height() / 2.0;
     BadgeColors const colors = badgeColors(layout, paint.active, style);
-    if (colors.shadow)
-        fillRounded(painter, shadow, radius, style.badgeShadow);
-    fillRounded(painter, rect, radius, colors.fill);
+    painter->drawPixmap(rect.topLeft(), style.badgeGround(rect.size(), colors.fill, colors.shadow));
     painter->setFont(style.badgeFont.font);
     painter->setPen(colors.text);
     painter->drawStaticText(layout.badgeTextPos + paint.rect.topLeft(), layout.badgeText);

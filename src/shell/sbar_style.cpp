@@ -115,6 +115,11 @@ constexpr quint64 pictureKey(quint64 code, quint64 size, QRgb color)
 {
     return code << 48 | size << 32 | color;
 }
+// Among the codes there: behind those of the circles, before those of the glyphs.
+constexpr quint64 badgeCode(int height, bool shadow)
+{
+    return quint64(256 + height * 2 + (shadow ? 1 : 0));
+}
 
 } // namespace
 
@@ -155,6 +160,31 @@ QPixmap NakStyle::SbarViewStyle::statusCircle(DisUserStatusCode status) const
         auto const index = static_cast<size_t>(status);
         picture =
             presenceCircle(status, presence[index < std::size(presence) ? index : 0], density);
+    }
+    return picture;
+}
+
+QPixmap NakStyle::SbarViewStyle::badgeGround(QSize const& size, QColor const& fill,
+                                             bool shadow) const
+{
+    QPixmap& picture =
+        pictures[pictureKey(badgeCode(size.height(), shadow), quint64(size.width()), fill.rgba())];
+    if (picture.isNull()) {
+        QRectF const badge(QPointF(), size);
+        QRectF const all = badge.adjusted(0, 0, 0, shadow ? badgeShadowDrop : 0);
+        picture = QPixmap((all.size() * density).toSize());
+        picture.fill(Qt::transparent);
+        picture.setDevicePixelRatio(density);
+        QPainter painter(&picture);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        double const radius = badge.height() / 2;
+        if (shadow) {
+            painter.setBrush(badgeShadow);
+            painter.drawRoundedRect(badge.translated(0, badgeShadowDrop), radius, radius);
+        }
+        painter.setBrush(fill);
+        painter.drawRoundedRect(badge, radius, radius);
     }
     return picture;
 }

@@ -12,6 +12,7 @@
 #include <QFont>
 #include <QHash>
 #include <QPixmap>
+#include <QSize>
 
 class QPalette;
 
@@ -98,6 +99,8 @@ struct SbarViewStyle {
     QPixmap glyph(ushort code, SbarTone tone, int size) const;
     QPixmap glyphInColor(ushort code, QColor const& color, int size) const;
     QPixmap statusCircle(DisUserStatusCode status) const;
+    // A badge without its number. With a shadow the picture reaches so much further down.
+    QPixmap badgeGround(QSize const& size, QColor const& fill, bool shadow) const;
     // What stands for a guild without a picture: the first letter of its name.
     QPixmap letterTile(QString const& name) const;
 

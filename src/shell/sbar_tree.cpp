@@ -86,10 +86,8 @@ void setInfo(ViewPriv& d, Item item, Info const& info)
 
 Item createItem(ViewPriv& d, Info const& info, unsigned int style)
 {
-    Item const item = d.view->createItem();
+    Item const item = d.view->createItem(style);
     setInfo(d, item, info);
-    if (style != noItem)
-        d.view->setItemStyle(item, style);
     return item;
 }
 

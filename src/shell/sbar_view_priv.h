@@ -8,6 +8,7 @@
 #include "nav_loc.h"
 #include "sbar_discord_stmts.h"
 #include "sbar_info.h"
+#include "sbar_listing.h"
 #include "sbar_row.h"
 #include "sbar_style.h"
 
@@ -97,7 +98,10 @@ struct ViewPriv {
 
     // --- Discord ---
     std::unique_ptr<DisStmts> dis; // null without a client
-    QVector<FlakeId> guildsToRead; // whose channels may be others than the tree has; the last first
+    // What the channels of guilds may be others than in the tree: the guilds that are read by
+    // themselves, which come first, the last of them before all; and those read all at once.
+    QVector<FlakeId> guildsToRead;
+    Listing listing;
     QTimer readTimer; // 0 ms, until they are read
     FlakeId activeUser; // invalid for none
 };

@@ -2,14 +2,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "sbar_vis.h"
 
-#include "nak_sql.h"
 #include "sbar_kinds.h"
 #include "sbar_tree.h"
 #include "sbar_view.h"
 
 #include <QRegion>
-
-#include <optional>
 
 namespace NakSbar {
 
@@ -90,19 +87,6 @@ bool anyShown(ViewPriv const& d)
     return false;
 }
 
-// One read transaction for all the rows that a change brings: each read costs a third then.
-class HeldStore {
-public:
-    HeldStore(ViewPriv const& d, bool wanted)
-    {
-        if (wanted && d.dis)
-            m_transaction.emplace(d.dis->db());
-    }
-
-private:
-    std::optional<NakSqlTransaction> m_transaction;
-};
-
 } // namespace
 
 std::unique_ptr<Vis_Base> createVisibleData(ViewPriv const& d, Item item)
@@ -121,7 +105,7 @@ void updateVisibleData(ViewPriv& d)
     ++d.visPass;
     int const width = d.view->viewport()->width();
     bool const sameWidth = std::exchange(d.layoutWidth, width) == width;
-    HeldStore const store(d, anyShown(d));
+    HeldStore const held(anyShown(d) ? d.dis.get() : nullptr);
     for (LitVisibleItem const& visible : d.view->visibleItems()) {
         Vis_Base* vis = d.vis.find(visible.item);
         if (!vis) {
@@ -141,7 +125,7 @@ void updateVisibleData(ViewPriv& d)
 void refreshVisible(ViewPriv& d, ItemTest const& test)
 {
     QRegion changed;
-    HeldStore const store(d, true);
+    HeldStore const held(d.dis.get());
     for (LitVisibleItem const& visible : d.view->visibleItems()) {
         Vis_Base* const vis = d.vis.find(visible.item);
         Info const& info = infoOf(d, visible.item);
@@ -169,7 +153,7 @@ void layoutAgain(ViewPriv& d, Item item)
 
 void rebuildVisibleData(ViewPriv& d)
 {
-    HeldStore const store(d, true);
+    HeldStore const held(d.dis.get());
     for (LitVisibleItem const& visible : d.view->visibleItems()) {
         if (d.vis.find(visible.item))
             d.vis.set(visible.item, createVisibleData(d, visible.item));

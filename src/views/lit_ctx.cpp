@@ -10,12 +10,12 @@ namespace {
 
 Node& node(Ctx& ctx, quint32 item)
 {
-    return ctx.nodes[static_cast<int>(item)];
+    return ctx.nodes[item];
 }
 
 Node const& node(Ctx const& ctx, quint32 item)
 {
-    return ctx.nodes[static_cast<int>(item)];
+    return ctx.nodes[item];
 }
 
 // The deepest item at the end of what begins with the item.
@@ -63,11 +63,18 @@ template <typename Visit> void fromTheEnd(Ctx& ctx, quint32 top, Visit&& visit)
 
 } // namespace
 
-quint32 createItem(Ctx& ctx)
+quint32 createItem(Ctx& ctx, quint32 style)
 {
     quint32 const item = ctx.itemIds.CreateID();
-    if (item != none && item >= static_cast<quint32>(ctx.nodes.size())) {
-        ctx.nodes.append(Node());
+    if (item == none) {
+        return none;
+    }
+    if (item >= ctx.nodes.size()) {
+        ctx.nodes.emplace_back();
+    }
+    if (style != none) {
+        node(ctx, item).style = style;
+        node(ctx, item).length = headerOf(ctx, item);
     }
     return item;
 }
@@ -175,8 +182,9 @@ quint32 rebuildLengths(Ctx& ctx, quint32 item)
 
 void rebuildAllLengths(Ctx& ctx)
 {
-    QBitArray toDo(ctx.nodes.size(), true);
-    for (int i = 0; i < ctx.nodes.size(); ++i) {
+    int const count = static_cast<int>(ctx.nodes.size());
+    QBitArray toDo(count, true);
+    for (int i = 0; i < count; ++i) {
         if (!toDo.testBit(i)) {
             continue;
         }

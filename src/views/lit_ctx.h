@@ -12,6 +12,8 @@
 
 #include <QVector>
 
+#include <vector>
+
 namespace Lit {
 
 constexpr quint32 none = MakeID::none; // no item, no style
@@ -29,7 +31,7 @@ struct Node {
 using Style = QVector<quint32>; // header heights by style id
 
 struct Ctx {
-    QVector<Node> nodes; // by item id
+    std::vector<Node> nodes; // by item id
     Style style;
     MakeID itemIds;
     MakeID styleIds;
@@ -41,7 +43,7 @@ struct Span {
 };
 
 // All bits set when there is no number left.
-quint32 createItem(Ctx& ctx);
+quint32 createItem(Ctx& ctx, quint32 style = none);
 quint32 createStyle(Ctx& ctx, int header);
 // The item goes with everything below it. Their ids come back.
 void deleteItem(Ctx& ctx, quint32 item);
@@ -84,7 +86,7 @@ void walkSpan(Ctx const& ctx, quint32 root, int from, int bottom, Visit&& visit)
     quint32 item = root;
     int top = 0;
     while (top < bottom) {
-        Node const& node = ctx.nodes[static_cast<int>(item)];
+        Node const& node = ctx.nodes[item];
         int const length = static_cast<int>(node.length);
         bool const shown = length > 0 && top + length > from;
         if (shown) {
@@ -96,16 +98,14 @@ void walkSpan(Ctx const& ctx, quint32 root, int from, int bottom, Visit&& visit)
             continue;
         }
         top += length;
-        while (item != root && ctx.nodes[static_cast<int>(item)].nextSibling == none) {
-            item = ctx.nodes[static_cast<int>(item)].parent;
+        while (item != root && ctx.nodes[item].nextSibling == none) {
+            item = ctx.nodes[item].parent;
         }
         if (item == root) {
             return;
         }
-        item = ctx.nodes[static_cast<int>(item)].nextSibling;
+        item = ctx.nodes[item].nextSibling;
     }
 }
 
 } // namespace Lit
-
-Q_DECLARE_TYPEINFO(Lit::Node, Q_PRIMITIVE_TYPE);

@@ -8,6 +8,7 @@
 #include <QScrollBar>
 
 #include <algorithm>
+#include <utility>
 
 LitPathEntry const* LitPath::find(unsigned int item) const
 {
@@ -32,14 +33,15 @@ LitItemView::LitItemView(QWidget* parent)
 
 LitItemView::~LitItemView() = default;
 
-unsigned int LitItemView::createItem()
+unsigned int LitItemView::createItem(unsigned int style)
 {
-    return Lit::createItem(m_ctx);
+    return Lit::createItem(m_ctx, style);
 }
 
 void LitItemView::deleteItem(unsigned int item)
 {
     Q_ASSERT(item != m_root);
+    m_visibleGone = m_visibleGone || itemIsVisible(item);
     detach(item);
     Lit::deleteItem(m_ctx, item);
 }
@@ -111,11 +113,6 @@ void LitItemView::rebuildAllLengths()
     noteChange(true);
 }
 
-unsigned int LitItemView::itemStyle(unsigned int item) const
-{
-    return node(item).style;
-}
-
 int LitItemView::styleHeader(unsigned int style) const
 {
     return static_cast<int>(m_ctx.style[static_cast<int>(style)]);
@@ -123,32 +120,7 @@ int LitItemView::styleHeader(unsigned int style) const
 
 bool LitItemView::itemExists(unsigned int item) const
 {
-    return item < static_cast<unsigned int>(m_ctx.nodes.size()) && m_ctx.itemIds.IsID(item);
-}
-
-unsigned int LitItemView::parent(unsigned int item) const
-{
-    return node(item).parent;
-}
-
-unsigned int LitItemView::nextSibling(unsigned int item) const
-{
-    return node(item).nextSibling;
-}
-
-unsigned int LitItemView::prevSibling(unsigned int item) const
-{
-    return node(item).prevSibling;
-}
-
-unsigned int LitItemView::firstChild(unsigned int item) const
-{
-    return node(item).firstChild;
-}
-
-unsigned int LitItemView::lastChild(unsigned int item) const
-{
-    return node(item).lastChild;
+    return item < m_ctx.nodes.size() && m_ctx.itemIds.IsID(item);
 }
 
 unsigned int LitItemView::lastDescendant(unsigned int item) const
@@ -344,11 +316,6 @@ void LitItemView::scrollContentsBy(int /*dx*/, int dy)
     }
 }
 
-Lit::Node const& LitItemView::node(unsigned int item) const
-{
-    return m_ctx.nodes[static_cast<int>(item)];
-}
-
 void LitItemView::hang(unsigned int parent, unsigned int item, unsigned int before)
 {
     Q_ASSERT(item != m_root);
@@ -375,8 +342,24 @@ void LitItemView::layOut()
     m_layingOut = true;
     updateScrollBar();
     m_layingOut = false;
+    m_visibleBefore.swap(m_visible);
     rebuildVisibleItems();
-    viewport()->update();
+    // What the same item at the same place looks like, its owner knows; but not whether its number
+    // came back.
+    if (std::exchange(m_visibleGone, false) || !looksLikeBefore())
+        viewport()->update();
+}
+
+// What ends far below may end elsewhere: the items above it grow with whatever is added there.
+bool LitItemView::looksLikeBefore() const
+{
+    QRect const near = viewport()->rect().adjusted(0, 0, 0, viewport()->height());
+    auto const isSame = [near](LitVisibleItem const& a, LitVisibleItem const& b) {
+        return a.item == b.item && a.rect.top() == b.rect.top()
+            && a.rect.intersected(near) == b.rect.intersected(near);
+    };
+    return std::equal(m_visible.cbegin(), m_visible.cend(), m_visibleBefore.cbegin(),
+                      m_visibleBefore.cend(), isSame);
 }
 
 void LitItemView::updateScrollBar()

@@ -55,9 +55,9 @@ public:
     // There from the start; it can be neither deleted nor hung anywhere.
     unsigned int rootItem() const { return m_root; }
 
-    // A new item hangs nowhere and has no style, which makes it 0 pixels long. createItem() and
-    // createStyle() return all bits set when there is no number left.
-    unsigned int createItem();
+    // A new item hangs nowhere; without a style it is 0 pixels long. createItem() and createStyle()
+    // return all bits set when there is no number left.
+    unsigned int createItem(unsigned int style = Lit::none);
     // The item goes with everything below it.
     void deleteItem(unsigned int item);
     void detach(unsigned int item);
@@ -77,14 +77,14 @@ public:
     void rebuildLengths(unsigned int item);
     void rebuildAllLengths();
 
-    unsigned int itemStyle(unsigned int item) const;
+    unsigned int itemStyle(unsigned int item) const { return node(item).style; }
     int styleHeader(unsigned int style) const;
     bool itemExists(unsigned int item) const;
-    unsigned int parent(unsigned int item) const;
-    unsigned int nextSibling(unsigned int item) const;
-    unsigned int prevSibling(unsigned int item) const;
-    unsigned int firstChild(unsigned int item) const;
-    unsigned int lastChild(unsigned int item) const;
+    unsigned int parent(unsigned int item) const { return node(item).parent; }
+    unsigned int nextSibling(unsigned int item) const { return node(item).nextSibling; }
+    unsigned int prevSibling(unsigned int item) const { return node(item).prevSibling; }
+    unsigned int firstChild(unsigned int item) const { return node(item).firstChild; }
+    unsigned int lastChild(unsigned int item) const { return node(item).lastChild; }
     // Reading order: an item comes before its children.
     unsigned int lastDescendant(unsigned int item) const;
     unsigned int nextLinearly(unsigned int item) const;
@@ -136,10 +136,11 @@ protected:
 private:
     using QAbstractScrollArea::parent;
 
-    Lit::Node const& node(unsigned int item) const;
+    Lit::Node const& node(unsigned int item) const { return m_ctx.nodes[item]; }
     void hang(unsigned int parent, unsigned int item, unsigned int before);
     void noteChange(bool underRoot);
     void layOut();
+    bool looksLikeBefore() const;
     void updateScrollBar();
     void rebuildVisibleItems();
     QRect rectAt(int top, int length) const;
@@ -147,6 +148,8 @@ private:
     Lit::Ctx m_ctx;
     unsigned int m_root;
     QVector<LitVisibleItem> m_visible;
+    QVector<LitVisibleItem> m_visibleBefore; // kept for its memory
+    bool m_visibleGone = false; // a visible item was deleted since the last layout
     int m_offset = 0; // of the viewport's top in the content
     int m_editDepth = 0;
     bool m_changePending = false;

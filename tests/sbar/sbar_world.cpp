@@ -3,6 +3,7 @@
 #include "sbar_world.h"
 
 #include "nak_stmt.h"
+#include "sbar_discord.h"
 #include "sbar_glyphs.h"
 #include "sbar_tree.h"
 #include "sbar_vis.h"
@@ -73,7 +74,7 @@ QVector<QPair<FlakeId, QString>> SbarWorld::rows(QString const& text) const
 void SbarWorld::reload()
 {
     model.client->postLocalChanges(DisChanges::reload());
-    waitUntil([this] { return priv().guildsToRead.isEmpty(); });
+    waitUntil([this] { return !NakSbar::isReading(priv()); });
 }
 
 void SbarWorld::say(FlakeId channel)

@@ -3,6 +3,7 @@
 
 // The side bar's rows beside what a naive reading of the store says they should be.
 #include "notif_manager.h"
+#include "sbar_discord.h"
 #include "sbar_input.h"
 #include "sbar_tree.h"
 #include "sbar_vis.h"
@@ -403,6 +404,51 @@ TEST(Sbar, FollowsTheStoreThroughRandomLife)
         }
         EXPECT_GT(mostRows, 20);
     }
+}
+
+// All channels at once are read in shares, each of another state of the store.
+TEST(Sbar, FollowsAStoreThatChangesWhileItIsRead)
+{
+    constexpr int guilds = 12; // more than are read first
+    constexpr int channelsPerGuild = 1500;
+    constexpr quint64 last = 1; // the guild that stands last and is read last
+    SbarWorld world;
+    world.sql(QStringLiteral("begin"));
+    for (quint64 guild = last; guild < last + guilds; ++guild) {
+        world.addGuild(guild, QStringLiteral("g%1").arg(guild));
+        for (quint64 n = 0; n < channelsPerGuild; ++n)
+            world.addChannel(guild * 10000 + n, guild, -1, int(n));
+    }
+    world.sql(QStringLiteral("commit"));
+    world.model.client->postLocalChanges(DisChanges::reload());
+    quint64 changes = 0;
+    for (; isReading(world.priv()) && changes < channelsPerGuild; ++changes) {
+        quint64 const gone = last * 10000 + changes;
+        world.sql(QStringLiteral("update guild_channel set deleted = 1 where id = %1").arg(gone));
+        world.addChannel(gone + 5000, last, -1, int(changes % 7));
+        world.tell(Type::ChannelChanged, FlakeId(gone));
+        QCoreApplication::processEvents();
+    }
+    EXPECT_GT(changes, 2U);
+    ASSERT_TRUE(waitUntil([&] { return !isReading(world.priv()); }));
+    ViewPriv& d = world.priv();
+    for (quint64 guild = last; guild < last + guilds; ++guild) {
+        QStringList expected;
+        QStringList found;
+        for (auto const& channel :
+             world.rows(QStringLiteral("select id, '' from guild_channel where guild_id = %1 and "
+                                       "deleted = 0 order by position, id")
+                            .arg(guild)))
+            expected << channel.first.toString();
+        GuildDirectory const directory = infoOf(d, d.guilds.value(FlakeId(guild))).directory();
+        for (Item item = d.view->firstChild(directory.list(ChanSortType::Text)); item != noItem;
+             item = d.view->nextSibling(item))
+            found << infoOf(d, item).id().toString();
+        EXPECT_EQ(found.join(QLatin1Char(' ')).toStdString(),
+                  expected.join(QLatin1Char(' ')).toStdString())
+            << guild;
+    }
+    EXPECT_EQ(d.channels.size(), guilds * channelsPerGuild);
 }
 
 TEST(Sbar, CountsChannelsNotMessages)

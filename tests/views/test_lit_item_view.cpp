@@ -334,6 +334,18 @@ TEST_F(LitItemViewTest, ScrollsTheLeastAndPaintsWhatCameIn)
             EXPECT_EQ(view.painted[rows[step.row]], view.rectForItem(rows[step.row]));
         }
     }
+    view.painted.clear();
+    view.appendChild(view.rootItem(), view.createItem(3));
+    QApplication::processEvents();
+    EXPECT_EQ(view.painted.size(), 0U) << "what is added below changes nothing in view";
+    view.beginEdit();
+    view.deleteItem(rows[3]);
+    unsigned const again = view.createItem(3);
+    ASSERT_EQ(again, rows[3]);
+    view.insertAfter(rows[2], again);
+    view.endEdit();
+    QApplication::processEvents();
+    EXPECT_EQ(view.painted.count(again), 1U) << "another item of the same number";
 }
 
 } // namespace
