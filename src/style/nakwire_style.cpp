@@ -396,6 +396,15 @@ void NakwireStyle::drawPrimitive(PrimitiveElement element, QStyleOption const* o
         painter->fillRect(option->rect.adjusted(1, 1, -1, -1),
                           option->palette.color(QPalette::ToolTipBase));
         return;
+    case PE_IndicatorBranch: {
+        // Fusion's arrow has the colour of the window's text, which vanishes on a selected row.
+        QStyleOption branch(*option);
+        if (branch.state.testFlag(State_Selected))
+            branch.palette.setColor(QPalette::WindowText,
+                                    option->palette.color(QPalette::HighlightedText));
+        QProxyStyle::drawPrimitive(element, &branch, painter, widget);
+        return;
+    }
     case PE_FrameTabWidget:
     case PE_FrameTabBarBase:
     case PE_FrameStatusBarItem:
