@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "chat_window_priv.h"
 
+#include "bookmarks_editor.h"
 #include "bottom_bar.h"
 #include "chat_splitter.h"
 #include "chat_window.h"
@@ -123,6 +124,9 @@ void NakChatWindowPriv::makeToolActions()
     m_accounts->setShortcut(Qt::CTRL + Qt::SHIFT + Qt::Key_Y);
     connect(m_accounts, &QAction::triggered, m_window, &NakChatWindow::openAccountsTab);
 
+    m_bookmarks = new QAction(QStringLiteral("Bookmarks"), this);
+    connect(m_bookmarks, &QAction::triggered, &NakBookmarksEditor::summon);
+
     m_notifications = makeAction(QStringLiteral("Notifications"), Qt::CTRL + Qt::Key_D,
                                  &NakChatWindowPriv::openNotifications);
 }
@@ -170,7 +174,7 @@ void NakChatWindowPriv::makeMenus()
     view->addActions({ m_showSideBar, m_showStatusBar });
 
     QMenu* const tools = m_window->menuBar()->addMenu(QStringLiteral("&Tools"));
-    tools->addActions({ m_newTab, m_newWindow, m_accounts, m_notifications });
+    tools->addActions({ m_newTab, m_newWindow, m_accounts, m_notifications, m_bookmarks });
     tools->addSeparator();
     tools->addActions({ m_markAllAsRead, m_eventLog, m_preferences });
     tools->addSeparator();

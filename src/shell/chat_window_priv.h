@@ -82,6 +82,7 @@ private:
     QAction* m_nextTab = nullptr;
     QAction* m_accounts = nullptr;
     QAction* m_notifications = nullptr;
+    QAction* m_bookmarks = nullptr;
     QAction* m_eventLog = nullptr;
     QAction* m_markAllAsRead = nullptr;
     QAction* m_close = nullptr;

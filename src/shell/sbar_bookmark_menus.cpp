@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "sbar_bookmark_menus.h"
 
+#include "bookmark_actions.h"
+#include "bookmarks_editor.h"
 #include "saved_data.h"
 #include "sbar_input.h"
 #include "sbar_kinds.h"
@@ -14,26 +16,14 @@
 
 namespace NakSbar {
 
+using namespace NakBookmarks;
+
 namespace {
 
-QString unnamedFolder()
+void addManageAction(QMenu* menu)
 {
-    return QStringLiteral("Unnamed Folder");
-}
-
-QString folderName(int playlist)
-{
-    QString const name = g_savedData->playlistName(playlist);
-    return name.isEmpty() ? QStringLiteral("Unknown Folder") : name;
-}
-
-void addBookmark(int playlist, NakNavLoc const& place)
-{
-    auto entries = g_savedData->playlistEntries(playlist);
-    if (entries.contains(place))
-        return;
-    entries.append(place);
-    g_savedData->setPlaylistEntries(playlist, entries);
+    menu->addSeparator();
+    addMenuAction(menu, "Manage Bookmarks...", {}, [] { NakBookmarksEditor::summon(); });
 }
 
 // The entry that stood there when the menu came up, unless the folder has changed since.
@@ -45,21 +35,6 @@ void changeEntry(int playlist, int index, NakNavLoc const& place,
         return;
     change(entries, index);
     g_savedData->setPlaylistEntries(playlist, entries);
-}
-
-void deleteFolder(ViewPriv& d, int playlist)
-{
-    if (g_savedData->playlistEntries(playlist).isEmpty()) {
-        g_savedData->deletePlaylist(playlist);
-        return;
-    }
-    Question const question{
-        QStringLiteral("Delete Folder"),
-        QStringLiteral("Are you sure you want to delete %1 and the bookmarks in it?")
-            .arg(folderName(playlist)),
-        QStringLiteral("Delete"),
-    };
-    ask(d.view, question, [playlist] { g_savedData->deletePlaylist(playlist); });
 }
 
 } // namespace
@@ -79,25 +54,22 @@ void addBookmarkActions(ViewPriv& d, NakNavLoc const& place, QMenu* menu)
                           [id = playlist.id, place] { addBookmark(id, place); });
     }
     addMenuAction(menu, "Add to New Bookmark Folder...", {}, [&d, place] {
-        askFolderName(d.view, QStringLiteral("Add to New Bookmark Folder"), unnamedFolder(),
-                      [place](QString const& name) {
-                          addBookmark(g_savedData->createPlaylist(name), place);
-                      });
+        askNewFolder(d.view, QStringLiteral("Add to New Bookmark Folder"),
+                     [place](int playlist) { addBookmark(playlist, place); });
     });
 }
 
 void fillBookmarksMenu(ViewPriv& d, Item item, QMenu* menu)
 {
     Item const child = infoOf(d, item).child;
-    addMenuAction(menu, "Create New Folder...", {}, [&d] {
-        askFolderName(d.view, QStringLiteral("Create New Folder"), unnamedFolder(),
-                      [](QString const& name) { g_savedData->createPlaylist(name); });
-    });
+    addMenuAction(menu, "Create New Folder...", {},
+                  [&d] { askNewFolder(d.view, QStringLiteral("Create New Folder"), {}); });
     menu->addSeparator();
     addMenuAction(menu, "Expand All in Bookmarks", {},
                   [&d, child] { setChildrenCollapsed(d, child, false); });
     addMenuAction(menu, "Collapse All in Bookmarks", {},
                   [&d, child] { setChildrenCollapsed(d, child, true); });
+    addManageAction(menu);
 }
 
 void fillPlaylistMenu(ViewPriv& d, Item item, QMenu* menu)
@@ -106,11 +78,10 @@ void fillPlaylistMenu(ViewPriv& d, Item item, QMenu* menu)
     QString const name = folderName(playlist);
     addMenuAction(menu, "Rename %1...", name, [&d, playlist, name] {
         askFolderName(d.view, QStringLiteral("Rename Bookmark Folder"), name,
-                      [playlist](QString const& newName) {
-                          g_savedData->setPlaylistName(playlist, newName);
-                      });
+                      [playlist](QString const& newName) { renameFolder(playlist, newName); });
     });
-    addMenuAction(menu, "Delete %1", name, [&d, playlist] { deleteFolder(d, playlist); });
+    addMenuAction(menu, "Delete %1", name, [&d, playlist] { deleteFolder(d.view, playlist); });
+    addManageAction(menu);
 }
 
 void fillBookmarkMenu(ViewPriv& d, Item item, QMenu* menu)
@@ -135,6 +106,7 @@ void fillBookmarkMenu(ViewPriv& d, Item item, QMenu* menu)
     });
     up->setEnabled(index > 0);
     down->setEnabled(index + 1 < g_savedData->playlistEntries(playlist).size());
+    addManageAction(menu);
 }
 
 } // namespace NakSbar

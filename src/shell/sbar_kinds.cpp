@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "sbar_kinds.h"
 
+#include "bookmark_actions.h"
 #include "saved_data.h"
 #include "sbar_menus.h"
 #include "sbar_vis.h"
@@ -23,10 +24,7 @@ NakNavLoc bookmarkPlace(Info const& info)
 
 std::unique_ptr<Vis_Base> makeBookmarkVis(Info const& info)
 {
-    NakNavLoc const place = bookmarkPlace(info);
-    bool const isChannel = place.type() == NakNav::Type::Discord
-        && place.discordKind() == NakNav::DiscordKind::Channel;
-    if (isChannel)
+    if (NakBookmarks::isDiscordChannel(bookmarkPlace(info)))
         return std::make_unique<Vis_PL_DiscordTextChannel>();
     return std::make_unique<Vis_PL_Unknown>();
 }

@@ -40,6 +40,11 @@ void NakSbar::ask(QWidget* parent, Question const& question, std::function<void(
     box->open();
 }
 
+QString NakSbar::folderNameOf(QString const& text)
+{
+    return text.trimmed().left(maxFolderNameLength);
+}
+
 void NakSbar::askFolderName(QWidget* parent, QString const& title, QString const& preset,
                             std::function<void(QString const& name)> const& onName)
 {
@@ -50,7 +55,7 @@ void NakSbar::askFolderName(QWidget* parent, QString const& title, QString const
     dialog->setTextValue(preset);
     QObject::connect(dialog, &QInputDialog::textValueSelected, parent,
                      [onName, preset](QString const& text) {
-                         QString const name = text.trimmed().left(maxFolderNameLength);
+                         QString const name = folderNameOf(text);
                          onName(name.isEmpty() ? preset : name);
                      });
     dialog->open();

@@ -26,6 +26,8 @@ struct Question {
 };
 void ask(QWidget* parent, Question const& question, std::function<void()> const& onYes);
 
+// What is left of the text as a folder's name; nothing if it is none.
+QString folderNameOf(QString const& text);
 // Asks for a folder's name. What comes is neither empty nor overlong.
 void askFolderName(QWidget* parent, QString const& title, QString const& preset,
                    std::function<void(QString const& name)> const& onName);

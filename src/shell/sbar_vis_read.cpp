@@ -3,6 +3,7 @@
 
 // What each kind of row says, read from its store at the moment of the call.
 
+#include "bookmark_actions.h"
 #include "dis_avatar_images.h"
 #include "dis_cache.h"
 #include "dis_manager.h"
@@ -116,9 +117,7 @@ RowContent Vis_PL_DiscordTextChannel::read(ViewPriv const& d, Info const& info) 
     if (place.isNone())
         return content;
     FlakeId const channel = place.discordChannelId();
-    if (d.dis)
-        content.text = DisUtils::channelDisplayName(channel, d.activeUser);
-    content.text = orDots(content.text);
+    content.text = NakBookmarks::entryText(place);
     showUnread(&content, unreadCount(channel));
     if (d.dis && isPrivate(channel))
         showPrivateChannel(&content, d, channel);
@@ -126,10 +125,10 @@ RowContent Vis_PL_DiscordTextChannel::read(ViewPriv const& d, Info const& info) 
     return content;
 }
 
-RowContent Vis_PL_Unknown::read(ViewPriv const&, Info const&) const
+RowContent Vis_PL_Unknown::read(ViewPriv const&, Info const& info) const
 {
     RowContent content;
-    content.text = QStringLiteral("[Unknown service]");
+    content.text = NakBookmarks::entryText(placeOf(info));
     content.tone = SbarTone::Dim;
     return content;
 }

@@ -109,12 +109,16 @@ TEST_F(SbarMenus, OfferWhatCanBeDone)
               "Open in New Tab|Add Bookmark|Add to New Bookmark Folder...|-|Close Direct Message");
     EXPECT_EQ(menuOf(Kind::PrivChannel, 104),
               "Open in New Tab|Add Bookmark|Add to New Bookmark Folder...|-|Leave Group Chat");
-    EXPECT_EQ(menuOf(Kind::Playlist, quint64(folder)), "Rename Favorites...|Delete Favorites");
+    EXPECT_EQ(menuOf(Kind::Playlist, quint64(folder)),
+              "Rename Favorites...|Delete Favorites|-|Manage Bookmarks...");
     EXPECT_EQ(menuOf(world.priv().bookmarks),
-              "Create New Folder...|-|Expand All in Bookmarks|Collapse All in Bookmarks");
+              "Create New Folder...|-|Expand All in Bookmarks|Collapse All in Bookmarks|-|Manage "
+              "Bookmarks...");
     EXPECT_EQ(menuOf(world.priv().discord), "Expand All in Discord|Collapse All in Discord");
-    EXPECT_EQ(menuOf(entry(0)), "Open in New Tab|-|Remove from Favorites|(Move Up)|Move Down");
-    EXPECT_EQ(menuOf(entry(2)), "Open in New Tab|-|Remove from Favorites|Move Up|(Move Down)");
+    EXPECT_EQ(menuOf(entry(0)),
+              "Open in New Tab|-|Remove from Favorites|(Move Up)|Move Down|-|Manage Bookmarks...");
+    EXPECT_EQ(menuOf(entry(2)),
+              "Open in New Tab|-|Remove from Favorites|Move Up|(Move Down)|-|Manage Bookmarks...");
 }
 
 TEST_F(SbarMenus, ChangeBookmarks)
