@@ -41,7 +41,9 @@ constexpr Choice choices[] = {
 // first.
 DisStoredAccount const* shownAccount()
 {
-    auto const accounts = g_disManager ? g_disManager->accounts() : QVector<DisStoredAccount*>();
+    if (!g_disManager)
+        return nullptr;
+    auto const accounts = g_disManager->accounts();
     DisStoredAccount const* shown = nullptr;
     for (DisStoredAccount const* account : accounts) {
         if (account->userId.isValid() && account->userId == g_disManager->activeUserId())

@@ -35,7 +35,7 @@ void paintCircle(QPainter* painter, QRectF const& box, DisUserStatusCode status,
 
 QColor NakStyle::presenceColor(DisUserStatusCode status, QPalette const& palette)
 {
-    QColor const window = palette.color(QPalette::Window);
+    QColor const& window = palette.color(QPalette::Window);
     bool const isLight = window.lightness() >= lightWindowLightness;
     switch (status) {
     case DisUserStatusCode::Online:
