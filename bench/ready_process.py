@@ -11,9 +11,10 @@ import statistics
 import subprocess
 import time
 
-from processes import BIN, client_environment, memory, row, run, start, start_display, stop, wait_until_ready
+from processes import (BIN, client_environment, memory, read_line, row, run, start, start_display, stop,
+                       wait_until, wait_until_ready)
 
-SETTLED = 8  # seconds until a client has signed in and everything is still
+SETTLED = 6  # seconds after a client has signed in until everything is still
 RUNS = 3
 FRAME_MS = 16
 
@@ -23,17 +24,29 @@ class SignedIn:
 
     def __init__(self, environment, folder, shape):
         pathlib.Path(folder).mkdir()
+        self.store = f"{folder}/Nakwire/discord_client.nakdb"
+        guilds, _, members = shape
+        self.members = guilds * members
         self.stage = start([str(BIN / "ready-stage"), folder, *map(str, shape)], stdin=subprocess.PIPE)
         wait_until_ready(self.stage)
         self.client = start([str(BIN / "nakwire")], env=client_environment(environment, folder))
-        self.pings = None
+        wait_until(lambda: self.count("local_user") > 0, "sign-in")
         time.sleep(SETTLED)
 
+    def count(self, table):
+        """Rows in the client's store; 0 while it is not there."""
+        with contextlib.suppress(sqlite3.OperationalError):
+            with contextlib.closing(sqlite3.connect(f"file:{self.store}?mode=ro", uri=True)) as store:
+                return store.execute(f"select count(*) from {table}").fetchone()[0]
+        return 0
+
     def send_ready(self):
-        """The document's megabytes."""
+        """Until it is in the store; gives the document's megabytes."""
         self.stage.stdin.write("\n")
         self.stage.stdin.flush()
-        return int(self.stage.stdout.readline()) / 2**20
+        size = int(read_line(self.stage, "size of the READY"))
+        wait_until(lambda: self.count("guild_member") >= self.members, "READY in the store")
+        return size / 2**20
 
     def stop(self):
         stop(self.client)
@@ -61,7 +74,7 @@ def start_pings(environment, process):
 def stop_pings(pings):
     """Milliseconds of the longest wait, by the clock and by the processor time of the thread."""
     pings.stdin.close()
-    count, wall, processor = map(float, pings.stdout.read().split())
+    count, wall, processor = map(float, read_line(pings, "waits of the window").split())
     if count < 1000:
         raise RuntimeError("the window did not answer")
     return wall, processor
@@ -73,11 +86,8 @@ def longest_waits(environment, folder):
     bare = start([str(BIN / "bare-window")], env=environment)
     both = [start_pings(environment, process) for process in (signed_in.client, bare)]
     signed_in.send_ready()
-    time.sleep(8)
+    time.sleep(5)
     (wall, processor), (bare_wall, _) = (stop_pings(pings) for pings in both)
-    with contextlib.closing(sqlite3.connect(f"file:{folder}/Nakwire/discord_client.nakdb?mode=ro", uri=True)) as store:
-        if store.execute("select count(*) from guild_member").fetchone()[0] < 100000:
-            raise RuntimeError("the READY did not reach the store")
     stop(bare)
     signed_in.stop()
     return wall, processor, bare_wall

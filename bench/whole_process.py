@@ -14,17 +14,16 @@ import subprocess
 import sys
 import time
 
-from processes import (BIN, client_environment, memory, row, run, start, start_display, stop,
-                       wait_until_ready)
+from processes import (BIN, client_environment, memory, read_line, row, run, start, start_display, stop,
+                       wait_until, wait_until_ready)
 
 RUNS = int(sys.argv[2]) if len(sys.argv) > 2 else 11
 
 
 def first_paint(command, environment):
     """Runs command until it has painted; gives (milliseconds, pid, the watcher)."""
-    watcher = start([str(BIN / "first-paint"), *command], env=environment, stdin=subprocess.PIPE,
-                    stderr=subprocess.DEVNULL)
-    words = watcher.stdout.readline().split()
+    watcher = start([str(BIN / "first-paint"), *command], env=environment, stdin=subprocess.PIPE)
+    words = read_line(watcher, "first paint", 120).split()
     return float(words[0]), int(words[1]), watcher
 
 
@@ -35,13 +34,9 @@ def instructions(command, environment, folder):
                                    *command], environment)
     subprocess.run(["callgrind_control", "--dump", str(pid)], check=True, stdout=subprocess.DEVNULL,
                    stderr=subprocess.DEVNULL)
-    dumps = []
-    for _ in range(100):
-        dumps = glob.glob(f"{out}.{pid}.1")
-        if dumps and "totals:" in pathlib.Path(dumps[0]).read_text():
-            break
-        time.sleep(0.1)
-    total = int(re.search(r"^totals: (\d+)", pathlib.Path(dumps[0]).read_text(), re.M)[1])
+    dump = pathlib.Path(f"{out}.{pid}.1")
+    wait_until(lambda: dump.exists() and "totals:" in dump.read_text(), "callgrind's dump")
+    total = int(re.search(r"^totals: (\d+)", dump.read_text(), re.M)[1])
     os.kill(pid, 9)
     stop(watcher)
     return total / 1e6
