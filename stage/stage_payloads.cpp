@@ -186,27 +186,10 @@ Term channelOverridesTerm(World const& world, Guild const& guild)
     return out;
 }
 
-Term guildSettingsTerm(World const& world)
-{
-    Term out = list();
-    for (size_t n = 0; n < world.guilds.size(); ++n)
-        out.add(map()
-                    .set("guild_id", id(world.guilds[n].id))
-                    .set("message_notifications", integer(n == 0 ? 0 : 1))
-                    .set("mobile_push", boolean(true))
-                    .set("muted", boolean(false))
-                    .set("suppress_everyone", boolean(false))
-                    .set("channel_overrides", channelOverridesTerm(world, world.guilds[n])));
-    return out;
-}
-
 Term userSettingsTerm(World const& world)
 {
-    Term positions = list();
-    for (Guild const& guild : world.guilds)
-        positions.add(id(guild.id));
     return map()
-        .set("guild_positions", std::move(positions))
+        .set("guild_positions", idList(world.guildPositions))
         .set("status", text(world.users[0].status));
 }
 
@@ -446,10 +429,25 @@ Term messageTerm(World const& world, Message const& message)
     return out;
 }
 
+Term guildSettingsTerm(World const& world, Guild const& guild)
+{
+    return map()
+        .set("guild_id", id(guild.id))
+        .set("message_notifications", integer(guild.settings.messageNotifications))
+        .set("mobile_push", boolean(true))
+        .set("muted", boolean(guild.settings.muted))
+        .set("suppress_everyone", boolean(guild.settings.suppressEveryone))
+        .set("channel_overrides", channelOverridesTerm(world, guild));
+}
+
 Term readyTerm(World const& world, QByteArray const& sessionId, EncodeOptions const& options)
 {
     Term guilds = list();
+    Term guildSettings = list();
     for (Guild const& guild : world.guilds) {
+        if (guild.left)
+            continue;
+        guildSettings.add(guildSettingsTerm(world, guild));
         QByteArray bytes;
         appendTerm(bytes, guildTerm(world, guild), options);
         guilds.add(encoded(bytes));
@@ -468,7 +466,7 @@ Term readyTerm(World const& world, QByteArray const& sessionId, EncodeOptions co
         .set("read_state", readStateTerm(world))
         .set("relationships", relationshipsTerm(world))
         .set("user_settings", userSettingsTerm(world))
-        .set("user_guild_settings", guildSettingsTerm(world));
+        .set("user_guild_settings", std::move(guildSettings));
 }
 
 Term guildSyncTerm(World const& world, Guild const& guild)

@@ -19,6 +19,8 @@ Term channelTerm(World const& world, Channel const& channel);
 Term privateChannelTerm(World const& world, Channel const& channel);
 Term guildTerm(World const& world, Guild const& guild);
 Term messageTerm(World const& world, Message const& message);
+// What the account has set for a guild.
+Term guildSettingsTerm(World const& world, Guild const& guild);
 Term emojiOfReaction(Reaction const& reaction);
 
 // The payload of READY. Guilds are encoded one at a time, so that the whole account never stands in

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "stage_rest.h"
 
+#include "stage_rest_call.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QStringList>
@@ -11,21 +13,7 @@
 
 namespace stage {
 
-namespace {
-
-constexpr int kMaxContent = 2000;
-constexpr size_t kMaxParts = 16;
-constexpr size_t kMaxPins = 50;
-
-struct RestCall {
-    RestContext& context;
-    HttpRequest const& request;
-    std::vector<QString> args; // what stood at the stars of the pattern, decoded
-
-    quint64 idArg(size_t n) const { return args[n].toULongLong(); }
-};
-
-HttpReply jsonReply(QJsonValue const& value, int status = 200)
+HttpReply jsonReply(QJsonValue const& value, int status)
 {
     HttpReply reply;
     reply.status = status;
@@ -47,6 +35,12 @@ HttpReply failure(int status, char const* message, int code)
                                   { QStringLiteral("code"), code } },
                      status);
 }
+
+namespace {
+
+constexpr int kMaxContent = 2000;
+constexpr size_t kMaxParts = 16;
+constexpr size_t kMaxPins = 50;
 
 HttpReply unknownChannel()
 {
@@ -328,24 +322,6 @@ HttpReply postPrivateChannel(RestCall& call)
     return jsonReply(toJson(channel));
 }
 
-// Every code is an invite to the first guild, which the account is in already.
-HttpReply getInvite(RestCall& call)
-{
-    World const& world = call.context.world;
-    if (world.guilds.empty())
-        return failure(404, "Unknown Invite", 10006);
-    Channel const& channel = *findChannel(world, busyChannel(world));
-    auto const named = [](quint64 id, QString const& name) {
-        return QJsonObject{ { QStringLiteral("id"), QString::number(id) },
-                            { QStringLiteral("name"), name } };
-    };
-    return jsonReply(QJsonObject{
-        { QStringLiteral("code"), call.args[0] },
-        { QStringLiteral("guild"), named(world.guilds[0].id, world.guilds[0].name) },
-        { QStringLiteral("channel"), named(channel.id, channel.name) },
-    });
-}
-
 // What is taken and recorded but changes nothing here.
 HttpReply acceptEmpty(RestCall&)
 {
@@ -384,9 +360,9 @@ constexpr Route kRoutes[] = {
     { "POST", "users/*/channels", postPrivateChannel },
     { "PUT", "channels/*/recipients/*", acceptEmpty },
     { "PATCH", "channels/*", acceptObject },
-    { "DELETE", "channels/*", acceptObject },
+    { "DELETE", "channels/*", deleteChannel },
     { "PUT", "channels/*/permissions/*", acceptEmpty },
-    { "POST", "channels/*/invites", acceptObject },
+    { "POST", "channels/*/invites", postInvite },
     { "POST", "guilds/*/ack", acceptEmpty },
     { "POST", "guilds/*/channels", acceptObject },
     { "PATCH", "guilds/*/channels", acceptEmpty },
@@ -398,24 +374,24 @@ constexpr Route kRoutes[] = {
     { "DELETE", "guilds/*/members/*/roles/*", acceptEmpty },
     { "PATCH", "guilds/*/members/@me/nick", acceptObject },
     { "PATCH", "guilds/*/members/*", acceptEmpty },
-    { "DELETE", "guilds/*/members/*", acceptEmpty },
-    { "GET", "guilds/*/bans", acceptList },
-    { "PUT", "guilds/*/bans/*", acceptEmpty },
-    { "DELETE", "guilds/*/bans/*", acceptEmpty },
+    { "DELETE", "guilds/*/members/*", deleteMember },
+    { "GET", "guilds/*/bans", getBans },
+    { "PUT", "guilds/*/bans/*", putBan },
+    { "DELETE", "guilds/*/bans/*", deleteBan },
     { "GET", "guilds/*/emojis", acceptList },
     { "POST", "guilds/*/emojis", acceptObject },
     { "PATCH", "guilds/*/emojis/*", acceptObject },
     { "DELETE", "guilds/*/emojis/*", acceptEmpty },
-    { "GET", "guilds/*/invites", acceptList },
-    { "GET", "guilds/*/audit-logs", acceptObject },
-    { "PATCH", "users/@me/settings", acceptObject },
-    { "PATCH", "users/@me/guilds/*/settings", acceptObject },
+    { "GET", "guilds/*/invites", getInvites },
+    { "GET", "guilds/*/audit-logs", getAuditLog },
+    { "PATCH", "users/@me/settings", patchSettings },
+    { "PATCH", "users/@me/guilds/*/settings", patchGuildSettings },
     { "PUT", "users/@me/relationships/*", acceptEmpty },
     { "DELETE", "users/@me/relationships/*", acceptEmpty },
     { "GET", "users/@me/mentions", acceptList },
     { "GET", "invite/*", getInvite },
     { "POST", "invite/*", getInvite },
-    { "DELETE", "invite/*", getInvite },
+    { "DELETE", "invite/*", deleteInvite },
 };
 
 bool matches(char const* pattern, QStringList const& segments, std::vector<QString>* args)

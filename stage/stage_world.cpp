@@ -20,8 +20,8 @@ constexpr size_t kMaxLivePerChannel = 5000;
 constexpr int kMaxReplaced = 50000;
 constexpr int kPictureFromEnd = 4; // whoever opens a channel sees a picture
 
-constexpr int kEveryonePermissions = 0x400 | 0x800 | 0x40 | 0x4000 | 0x8000 | 0x10000 | 0x40000
-    | 0x100000 | 0x200000 | 0x2000000 | 0x4000000;
+constexpr int kEveryonePermissions = 0x1 | 0x400 | 0x800 | 0x40 | 0x4000 | 0x8000 | 0x10000
+    | 0x40000 | 0x100000 | 0x200000 | 0x2000000 | 0x4000000;
 constexpr int kModeratorPermissions = kEveryonePermissions | 0x2000 | 0x2 | 0x10 | 0x10000000;
 
 // Distinguishes the generators of different things that share a number.
@@ -109,7 +109,21 @@ void addMembers(World& world, Guild& guild, int guildNumber)
         }
         guild.members.push_back(std::move(member));
     }
-    guild.owner = guild.members[guild.members.size() > 1 ? 1 : 0].user;
+    // The second guild is the account's own.
+    bool const ownsIt = guildNumber == 1 || guild.members.size() < 2;
+    guild.owner = ownsIt ? 0 : guild.members[1].user;
+}
+
+// Some who are in none of the guilds that the account sees.
+void addBans(World& world, Guild& guild)
+{
+    static constexpr char const* kReasons[] = { "Spam", "", "Kept posting the same link",
+                                                "Was rude to newcomers" };
+    quint32 user = quint32(world.users.size());
+    for (char const* reason : kReasons) {
+        if (--user > 0)
+            guild.bans.push_back({ user, QString::fromLatin1(reason) });
+    }
 }
 
 quint32 addChannel(World& world, Channel channel, qint64 bornMs)
@@ -184,6 +198,9 @@ void addGuild(World& world, int number)
     addChannels(world, guild, number, bornMs);
     for (char const* name : kEmojiNames)
         guild.emojis.push_back({ nextId(world, bornMs), QString::fromLatin1(name), false });
+    guild.settings.messageNotifications = number == 0 ? 0 : 1;
+    addBans(world, guild);
+    world.guildPositions.push_back(guild.id);
     world.guildIndex.insert(guild.id, quint32(number));
     world.guilds.push_back(std::move(guild));
 }
@@ -388,6 +405,12 @@ Channel* findChannel(World& world, quint64 id)
 {
     quint32 const* index = lookup(world.channelIndex, id);
     return index ? &world.channels[*index] : nullptr;
+}
+
+Guild* findGuild(World& world, quint64 id)
+{
+    quint32 const* index = lookup(world.guildIndex, id);
+    return index ? &world.guilds[*index] : nullptr;
 }
 
 Guild const* findGuild(World const& world, quint64 id)

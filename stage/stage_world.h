@@ -95,6 +95,25 @@ struct Channel {
     int unread = 0; // how many messages behind the account's read state is at start
 };
 
+struct Ban {
+    quint32 user = 0; // index into World::users
+    QString reason; // empty if none was given
+};
+
+struct Invite {
+    QString code;
+    quint64 channel = 0;
+    int maxAge = 0; // seconds; 0: for ever
+    qint64 createdMs = 0;
+};
+
+// What the account wants to hear of a guild.
+struct GuildSettings {
+    bool muted = false;
+    bool suppressEveryone = false;
+    int messageNotifications = 1;
+};
+
 struct Guild {
     quint64 id = 0;
     QString name;
@@ -104,6 +123,10 @@ struct Guild {
     std::vector<Member> members;
     std::vector<quint32> channels; // indices into World::channels
     std::vector<Emoji> emojis;
+    std::vector<Ban> bans;
+    std::vector<Invite> invites;
+    GuildSettings settings;
+    bool left = false; // by the account
 };
 
 struct WorldSize {
@@ -127,6 +150,7 @@ struct World {
     std::vector<Guild> guilds;
     std::vector<Channel> channels; // of guilds and private ones
     std::vector<quint32> privateChannels;
+    std::vector<quint64> guildPositions; // in the account's order
     QHash<quint64, quint32> channelIndex;
     QHash<quint64, quint32> guildIndex;
     QHash<quint64, quint32> userIndex;
@@ -141,6 +165,7 @@ World makeWorld(WorldSize const& size, quint64 seed);
 
 Channel* findChannel(World& world, quint64 id);
 Channel const* findChannel(World const& world, quint64 id);
+Guild* findGuild(World& world, quint64 id);
 Guild const* findGuild(World const& world, quint64 id);
 User const* findUser(World const& world, quint64 id);
 Member const* findMember(Guild const& guild, quint32 user);

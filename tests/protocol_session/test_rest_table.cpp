@@ -32,9 +32,10 @@ struct Ids {
     {
         stage::World& world = on.service.world();
         stage::Channel const& busy = *stage::findChannel(world, channel.value());
-        stage::Guild const& first = world.guilds[static_cast<size_t>(busy.guild)];
+        stage::Guild& first = world.guilds[static_cast<size_t>(busy.guild)];
         guild = FlakeId(first.id);
         user = FlakeId(world.users[first.members[2].user].id);
+        first.invites.push_back({ QStringLiteral("x"), busy.id });
         role = FlakeId(first.roles.back().id);
         emoji = FlakeId(first.emojis.front().id);
         message = FlakeId(stage::postMessage(on.service.rest(),
