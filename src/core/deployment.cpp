@@ -15,6 +15,7 @@ std::vector<NakDeploymentEntry> const& deploymentEntries()
         { "discord/media_url", &NakDeployment::discordMediaUrl, "https://media.discordapp.net" },
         { "discord/images_url_pattern", &NakDeployment::discordImagesUrlPattern,
           R"(^https://images-ext-\d+\.discordapp\.net/)" },
+        { "discord/invite_url", &NakDeployment::discordInviteUrl, "https://discord.gg" },
         { "discord/voice_url", &NakDeployment::discordVoiceUrl, "wss://%1" },
         { "slack/rtm_url", &NakDeployment::slackRtmUrl, "wss://wss-primary.slack.com/" },
         { "slack/api_url", &NakDeployment::slackApiUrl, "https://%1.slack.com/api/" },

@@ -15,6 +15,7 @@ struct NakDeployment {
     QString discordCdnUrl; // base of /emojis, /avatars, /icons
     QString discordMediaUrl; // media proxy base, whose pictures can be resized by query
     QString discordImagesUrlPattern; // regular expression of the external-image proxies
+    QString discordInviteUrl; // what an invite's code follows in its link, without a slash
     QString discordVoiceUrl; // voice socket base, %1 (optional) the endpoint's host
     // Slack
     QString slackRtmUrl;

@@ -63,6 +63,7 @@ DisClientConstants DisClientConstants::fromDeployment(NakDeployment const& deplo
     constants.loginUrl = constants.baseUrl + QLatin1String("/auth/login");
     constants.logoutUrl = constants.baseUrl + QLatin1String("/auth/logout");
     constants.gatewayQueryUrl = constants.baseUrl + QLatin1String("/gateway");
+    constants.inviteUrl = deployment.discordInviteUrl;
     constants.appName = QStringLiteral("Nakwire");
     constants.libUrl = deployment.programProjectUrl;
     constants.userAgent = QStringLiteral("Nakwire ( %1 ) 0.4.8").arg(constants.libUrl);

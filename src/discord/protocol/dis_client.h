@@ -5,7 +5,9 @@
 // The one object that the user interface talks to for Discord: it owns the sessions, the
 // user-interface thread's connection to the store, and the messages that are being sent.
 // User-interface thread only. Most operations take the acting own user, look up that user's
-// session and issue one HTTP request; what it changes comes back through the gateway.
+// session and issue one HTTP request; what it changes comes back through the gateway. Where an
+// operation takes a parent, whoever gives one gets a handle that says how the request ended, and
+// which belongs to it; without a parent nobody asks, and there is none.
 
 #include "dis_changes.h"
 #include "dis_seg.h"
@@ -22,6 +24,7 @@
 #include <functional>
 #include <memory>
 
+class DisChangeOp;
 class DisClientAuditLogFetchOp;
 class DisDreadFetchOp;
 class DisSession;
@@ -55,6 +58,7 @@ struct DisClientConstants {
     QString loginUrl; // known to the service; there is no password login, so nothing calls it
     QString logoutUrl; // the same
     QString gatewayQueryUrl;
+    QString inviteUrl; // what an invite's code follows in its link, without a slash
     QString appName;
     QString libUrl;
     QString userAgent;
@@ -159,13 +163,16 @@ public:
     void addRoleToGuildMember(FlakeId userId, FlakeId guildId, FlakeId memberId, FlakeId roleId);
     void removeRoleFromGuildmember(FlakeId userId, FlakeId guildId, FlakeId memberId,
                                    FlakeId roleId);
-    void removeMemberFromGuild(FlakeId userId, FlakeId guildId, FlakeId memberId);
+    DisChangeOp* removeMemberFromGuild(FlakeId userId, FlakeId guildId, FlakeId memberId,
+                                       QObject* parent = nullptr);
     void modifyGuildNickOfUser(FlakeId userId, FlakeId guildId, FlakeId memberId,
                                QString const& nick);
     void addGuildBan(FlakeId userId, FlakeId guildId, FlakeId bannedId, int deleteMessageDays,
                      QString const& reason);
-    void removeGuildBan(FlakeId userId, FlakeId guildId, FlakeId bannedId);
+    DisChangeOp* removeGuildBan(FlakeId userId, FlakeId guildId, FlakeId bannedId,
+                                QObject* parent = nullptr);
     void fetchGuildBans(FlakeId userId, FlakeId guildId); // into the store
+    DisDreadFetchOp* fetchGuildBans(FlakeId userId, FlakeId guildId, QObject* parent); // and there
     void createGuildEmoji(FlakeId userId, FlakeId guildId, QString const& name,
                           QByteArray const& png, QVector<FlakeId> const& roles);
     void modifyGuildEmoji(FlakeId userId, FlakeId guildId, FlakeId emojiId, QString const& name,
@@ -173,9 +180,11 @@ public:
     void removeGuildEmoji(FlakeId userId, FlakeId guildId, FlakeId emojiId);
 
     // --- settings ---
-    void setUserGuildPositions(FlakeId userId, QVector<FlakeId> const& guildIds);
-    void setGuildNotificationSettings(FlakeId userId, FlakeId guildId,
-                                      DisGuildNotificationSettings const& settings);
+    DisChangeOp* setUserGuildPositions(FlakeId userId, QVector<FlakeId> const& guildIds,
+                                       QObject* parent = nullptr);
+    DisChangeOp* setGuildNotificationSettings(FlakeId userId, FlakeId guildId,
+                                              DisGuildNotificationSettings const& settings,
+                                              QObject* parent = nullptr);
     // In the store only, after a change of name.
     void hack_setUserNameOverride(FlakeId userId, QString const& name);
 
@@ -186,7 +195,7 @@ public:
     DisDreadFetchOp* createGuildChannelInvite(FlakeId userId, FlakeId channelId,
                                               QString const& validate, QString const& maxAge,
                                               QObject* parent);
-    void removeGuildInvite(FlakeId userId, QString const& code);
+    DisChangeOp* removeGuildInvite(FlakeId userId, QString const& code, QObject* parent = nullptr);
     DisDreadFetchOp* fetchGuildInvites(FlakeId userId, FlakeId guildId, QObject* parent);
     DisDreadFetchOp* fetchGuildEmoji(FlakeId userId, FlakeId guildId, QObject* parent);
     DisDreadFetchOp* fetchMentions(FlakeId userId, DisClientMentionsFetchParams const& params,
@@ -258,6 +267,7 @@ private:
     };
 
     void send(FlakeId userId, DisRestRequest const& request);
+    DisChangeOp* change(FlakeId userId, DisRestRequest const& request, QObject* parent);
     DisDreadFetchOp* fetchOp(FlakeId userId, DisRestRequest const& request, QObject* parent);
     void changeReaction(DisRestOp op, FlakeId userId, ReactionTarget const& target);
     FlakeId makeNonce();

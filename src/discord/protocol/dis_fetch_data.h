@@ -50,6 +50,6 @@ struct DisFetchedList {
 
     Kind kind = Kind::History;
     FlakeId id; // the channel, or the guild whose bans they are
-    std::shared_ptr<DisClientOp::DreadFetchData> data;
+    std::shared_ptr<DisClientOp::DreadFetchData const> data;
     Dread::VList items;
 };

@@ -3,15 +3,23 @@
 #include "dis_request.h"
 
 #include "dis_session.h"
+#include "run_on_pool.h"
 
 #include <QNetworkReply>
 
-void DisRequest::finish(Error error)
+namespace {
+
+constexpr int maxRefusal = 200; // code units
+
+} // namespace
+
+void DisRequest::finish(Error error, QString const& refusal)
 {
     if (m_finished)
         return;
     m_finished = true;
     m_error = error;
+    m_refusal = refusal.left(maxRefusal);
     emit finished();
 }
 
@@ -59,6 +67,16 @@ void readIdAndName(DisClientOp::DreadFetchData const& data, char const* key, Fla
     *name = toText(text);
 }
 
+// A refusal's body says why.
+void finishFailed(DisRequest* op, QNetworkReply* reply, qint64 maxBody)
+{
+    Utils::runOnPool(
+        op, [op, body = RestHelpers::takeBody(reply), maxBody]() -> std::function<void()> {
+            auto const why = DisClientOp::textInBody(body, maxBody, "message");
+            return [op, why] { op->finish(DisRequest::Error::Network, why.value_or(QString())); };
+        });
+}
+
 } // namespace
 
 DisInviteInfo readInviteInfo(DisClientOp::DreadFetchData const& data)
@@ -87,7 +105,9 @@ void genericFetchOp(DisSession* session, DisRestRequest const& request, DisReque
     qint64 const maxBody = session->maxBody();
     bool const sent = session->send(request, op, [op, maxBody](QNetworkReply* reply) {
         if (reply->error() != QNetworkReply::NoError)
-            return op->finish(DisRequest::Error::Network);
+            return finishFailed(op, reply, maxBody);
+        if (!op->wantsReply())
+            return op->finish(DisRequest::Error::None);
         DisClientOp::parseReply(reply, maxBody, op,
                                 [op](auto const& data) { op->finishWith(data); });
     });

@@ -33,9 +33,13 @@ public:
 
     bool isFinished() const { return m_finished; }
     Error error() const { return m_error; }
+    // Why the service refused, in its own words; empty where it gave none. For one who reads it,
+    // not for the log.
+    QString refusal() const { return m_refusal; }
 
     // For the function that carries out the request.
-    void finish(Error error);
+    virtual bool wantsReply() const { return true; } // or only that it was taken
+    void finish(Error error, QString const& refusal = {});
     void finishWith(std::shared_ptr<DisClientOp::DreadFetchData> const& data);
 
 signals:
@@ -47,6 +51,20 @@ private:
 
     bool m_finished = false;
     Error m_error = Error::None;
+    QString m_refusal;
+};
+
+// Of a request that changes something: it finishes once the service has taken it. What comes of it
+// is told by the gateway.
+class DisChangeOp : public DisRequest {
+    Q_OBJECT
+public:
+    using DisRequest::DisRequest;
+
+    bool wantsReply() const override { return false; }
+
+private:
+    bool receive(std::shared_ptr<DisClientOp::DreadFetchData> const&) override { return true; }
 };
 
 class DisDreadFetchOp : public DisRequest {

@@ -124,16 +124,19 @@ void DisClient::removeUserRelationship(FlakeId userId, FlakeId otherId)
 
 // --- settings ---
 
-void DisClient::setUserGuildPositions(FlakeId userId, QVector<FlakeId> const& guildIds)
+DisChangeOp* DisClient::setUserGuildPositions(FlakeId userId, QVector<FlakeId> const& guildIds,
+                                              QObject* parent)
 {
-    send(userId,
-         DisRest::request(
-             DisRestOp::ModifySettings, {},
-             QJsonObject{ { QStringLiteral("guild_positions"), DisRest::values(guildIds) } }));
+    return change(userId,
+                  DisRest::request(DisRestOp::ModifySettings, {},
+                                   QJsonObject{ { QStringLiteral("guild_positions"),
+                                                  DisRest::values(guildIds) } }),
+                  parent);
 }
 
-void DisClient::setGuildNotificationSettings(FlakeId userId, FlakeId guildId,
-                                             DisGuildNotificationSettings const& settings)
+DisChangeOp* DisClient::setGuildNotificationSettings(FlakeId userId, FlakeId guildId,
+                                                     DisGuildNotificationSettings const& settings,
+                                                     QObject* parent)
 {
     QJsonObject json;
     DisRest::addIfGiven(json, QLatin1String("muted"), settings.muted);
@@ -143,7 +146,8 @@ void DisClient::setGuildNotificationSettings(FlakeId userId, FlakeId guildId,
                         settings.messageNotifications);
     DisRest::addIfNotEmpty(json, QLatin1String("channel_overrides"),
                            overridesJson(settings.channelOverrides));
-    send(userId, DisRest::request(DisRestOp::ModifyGuildSettings, { guildId }, json));
+    return change(userId, DisRest::request(DisRestOp::ModifyGuildSettings, { guildId }, json),
+                  parent);
 }
 
 // The gateway tells the change too, only later.
@@ -158,7 +162,18 @@ void DisClient::hack_setUserNameOverride(FlakeId userId, QString const& name)
     postLocalChanges(changes);
 }
 
-// --- invites ---
+// --- handles ---
+
+DisChangeOp* DisClient::change(FlakeId userId, DisRestRequest const& request, QObject* parent)
+{
+    if (!parent) {
+        send(userId, request);
+        return nullptr;
+    }
+    auto* const op = new DisChangeOp(parent);
+    DisClientImpl::genericFetchOp(findSessionForOwnUserId(userId), request, op);
+    return op;
+}
 
 DisDreadFetchOp* DisClient::fetchOp(FlakeId userId, DisRestRequest const& request, QObject* parent)
 {
@@ -166,6 +181,8 @@ DisDreadFetchOp* DisClient::fetchOp(FlakeId userId, DisRestRequest const& reques
     DisClientImpl::genericFetchOp(findSessionForOwnUserId(userId), request, op);
     return op;
 }
+
+// --- invites ---
 
 DisDreadFetchOp* DisClient::requestInviteInfo(FlakeId userId, QString const& code, QObject* parent)
 {
@@ -189,9 +206,9 @@ DisDreadFetchOp* DisClient::createGuildChannelInvite(FlakeId userId, FlakeId cha
                    parent);
 }
 
-void DisClient::removeGuildInvite(FlakeId userId, QString const& code)
+DisChangeOp* DisClient::removeGuildInvite(FlakeId userId, QString const& code, QObject* parent)
 {
-    send(userId, DisRest::request(DisRestOp::RemoveInvite, { code }));
+    return change(userId, DisRest::request(DisRestOp::RemoveInvite, { code }), parent);
 }
 
 // --- other fetches ---

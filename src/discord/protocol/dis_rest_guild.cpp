@@ -3,6 +3,8 @@
 // Administration of guilds: channels, roles, members, bans, emoji.
 
 #include "dis_client.h"
+#include "dis_fetch_data.h"
+#include "dis_request.h"
 #include "dis_rest_params.h"
 #include "dis_rest_request.h"
 #include "dis_session.h"
@@ -173,9 +175,10 @@ void DisClient::removeRoleFromGuildmember(FlakeId userId, FlakeId guildId, Flake
 
 // --- members ---
 
-void DisClient::removeMemberFromGuild(FlakeId userId, FlakeId guildId, FlakeId memberId)
+DisChangeOp* DisClient::removeMemberFromGuild(FlakeId userId, FlakeId guildId, FlakeId memberId,
+                                              QObject* parent)
 {
-    send(userId, DisRest::request(DisRestOp::RemoveMember, { guildId, memberId }));
+    return change(userId, DisRest::request(DisRestOp::RemoveMember, { guildId, memberId }), parent);
 }
 
 void DisClient::modifyGuildNickOfUser(FlakeId userId, FlakeId guildId, FlakeId memberId,
@@ -207,15 +210,28 @@ void DisClient::addGuildBan(FlakeId userId, FlakeId guildId, FlakeId bannedId,
     });
 }
 
-void DisClient::removeGuildBan(FlakeId userId, FlakeId guildId, FlakeId bannedId)
+DisChangeOp* DisClient::removeGuildBan(FlakeId userId, FlakeId guildId, FlakeId bannedId,
+                                       QObject* parent)
 {
-    send(userId, DisRest::request(DisRestOp::RemoveBan, { guildId, bannedId }));
+    return change(userId, DisRest::request(DisRestOp::RemoveBan, { guildId, bannedId }), parent);
 }
 
 void DisClient::fetchGuildBans(FlakeId userId, FlakeId guildId)
 {
     if (DisSession* const session = findSessionForOwnUserId(userId))
         session->fetchGuildBans(guildId);
+}
+
+DisDreadFetchOp* DisClient::fetchGuildBans(FlakeId userId, FlakeId guildId, QObject* parent)
+{
+    auto* const op = fetchOp(userId, DisRest::request(DisRestOp::FetchBans, { guildId }), parent);
+    connect(op, &DisRequest::finished, this, [this, op, userId, guildId] {
+        auto const data = op->fetchedData();
+        DisSession* const session = findSessionForOwnUserId(userId);
+        if (session && data && data->root.tag == Dread::Tag::List)
+            session->postList({ DisFetchedList::Kind::Bans, guildId, data, data->root.list });
+    });
+    return op;
 }
 
 // --- emoji ---

@@ -91,6 +91,7 @@ public:
     void sendTyping(FlakeId channel);
     void fetchPinnedMessages(FlakeId channel); // once, unless that fails
     void fetchGuildBans(FlakeId guild);
+    void postList(DisFetchedList const& list); // which was fetched, for the worker to write
     // Served one a second. What is queued or fetched already is not queued again.
     void queueFetchRecentChannelHistory(FlakeId channel);
     void queueFetchChannelHistoryEarlierThanMessage(FlakeId channel, FlakeId message);
@@ -143,7 +144,6 @@ private:
     // head tells what is asked for; its items are those of the reply.
     void fetchList(DisRestRequest const& request, DisFetchedList const& head,
                    std::function<void()> const& failed);
-    void postList(DisFetchedList const& list);
     void historyFailed(HistoryRequest const& request);
     void postTyping(FlakeId channel);
     void typingTimeout();

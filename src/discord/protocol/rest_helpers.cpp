@@ -93,6 +93,27 @@ QNetworkReply* start(Sender const& sender, DisRestVerb verb, Target const& targe
     return sender.manager->deleteResource(request);
 }
 
+Body bodyOf(QNetworkReply const* reply, QByteArray const& bytes)
+{
+    return { bytes, reply->rawHeader("Content-Encoding").trimmed().toLower() == "gzip" };
+}
+
+// The body stays where it is for who asked.
+void logFailedPatch(Sender const& sender, QNetworkReply* reply)
+{
+    auto const log = [reply, token = sender.token, maxBody = sender.maxBody] {
+        if (reply->error() == QNetworkReply::NoError)
+            return;
+        Body const body = bodyOf(reply, reply->peek(reply->bytesAvailable()));
+        QByteArray const text = inflatedBody(body, maxBody).value_or(QByteArray());
+        addLog(EvLog::Severity::Error,
+               QStringLiteral("PATCH to Discord API failed: %1 -- %2")
+                   .arg(reply->error())
+                   .arg(DisGateway::loggable(QString::fromUtf8(text), token)));
+    };
+    QObject::connect(reply, &QNetworkReply::finished, reply, log);
+}
+
 void forget(Sender const& sender, QNetworkReply* reply)
 {
     boundBody(reply, sender.maxBody);
@@ -111,7 +132,10 @@ void answer(Sender const& sender, QNetworkReply* reply, QObject* receiver, Slot 
 void sendForReply(Sender const& sender, DisRestVerb verb, Target const& target, QObject* receiver,
                   Slot const& slot)
 {
-    answer(sender, start(sender, verb, target), receiver, slot);
+    QNetworkReply* const reply = start(sender, verb, target);
+    if (verb == DisRestVerb::Patch)
+        logFailedPatch(sender, reply);
+    answer(sender, reply, receiver, slot);
 }
 
 void getString(Sender const& sender, QUrl const& url, QObject* receiver, Slot const& slot)
@@ -156,20 +180,13 @@ void deleteAtUrl_andForget(Sender const& sender, QUrl const& url)
 void patchJson_crap(Sender const& sender, QUrl const& url, QByteArray const& json)
 {
     QNetworkReply* const reply = start(sender, DisRestVerb::Patch, { url, json });
-    answer(sender, reply, reply, [reply, token = sender.token, maxBody = sender.maxBody](auto) {
-        if (reply->error() == QNetworkReply::NoError)
-            return;
-        QByteArray const body = inflatedBody(takeBody(reply), maxBody).value_or(QByteArray());
-        addLog(EvLog::Severity::Error,
-               QStringLiteral("PATCH to Discord API failed: %1 -- %2")
-                   .arg(reply->error())
-                   .arg(DisGateway::loggable(QString::fromUtf8(body), token)));
-    });
+    logFailedPatch(sender, reply);
+    forget(sender, reply);
 }
 
 Body takeBody(QNetworkReply* reply)
 {
-    return { reply->readAll(), reply->rawHeader("Content-Encoding").trimmed().toLower() == "gzip" };
+    return bodyOf(reply, reply->readAll());
 }
 
 std::optional<QByteArray> inflatedBody(Body const& body, qint64 maxBody)
