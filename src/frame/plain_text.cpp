@@ -21,6 +21,11 @@ QString NakPlainText::titleLine(QString const& text)
     return line;
 }
 
+QString NakPlainText::windowTitle(QString const& text)
+{
+    return titleLine(text).replace(QLatin1String("[*]"), QLatin1String("[*][*]"));
+}
+
 QString NakPlainText::withoutMnemonics(QString text)
 {
     return text.replace(u'&', QLatin1String("&&"));

@@ -11,6 +11,9 @@ namespace NakPlainText {
 // One line of bounded length: control characters and line breaks become blanks.
 QString titleLine(QString const& text);
 
+// The same for a window's title, where "[*]" would be the mark of a modified document.
+QString windowTitle(QString const& text);
+
 // For tabs and actions, where an ampersand would mark a key.
 QString withoutMnemonics(QString text);
 

@@ -10,6 +10,7 @@
 #include "sbar_vis.h"
 
 #include <QKeyEvent>
+#include <QMenu>
 #include <QMouseEvent>
 
 namespace NakSbar {
@@ -185,6 +186,11 @@ bool handleKey(ViewPriv& d, QKeyEvent const& event)
     case Qt::Key_Space:
         activate(d, d.caret, control ? Opening::InNewTab : Opening::Here, caretPoint(d));
         return true;
+    case Qt::Key_F10: // the menu key comes as an event of its own
+        if ((event.modifiers() & Qt::ShiftModifier) == 0)
+            return false;
+        showCaretMenu(d);
+        return true;
     case Qt::Key_Escape:
         emit d.view->focusGivenBack();
         return true;
@@ -199,7 +205,9 @@ void showCaretMenu(ViewPriv& d)
     if (d.caret == noItem)
         return;
     setCaret(d, d.caret); // which brings it into view
-    popUpMenu(d, d.caret, caretPoint(d));
+    QMenu* const menu = popUpMenu(d, d.caret, caretPoint(d));
+    if (menu)
+        menu->setActiveAction(menu->actions().value(0));
 }
 
 void toggleCollapsed(ViewPriv& d, Item item)

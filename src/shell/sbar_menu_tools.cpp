@@ -6,8 +6,6 @@
 
 #include <QInputDialog>
 #include <QMenu>
-#include <QMessageBox>
-#include <QPushButton>
 
 namespace {
 
@@ -26,18 +24,6 @@ QAction* NakSbar::addMenuAction(QMenu* menu, char const* pattern, QString const&
     QAction* const action = menu->addAction(text);
     QObject::connect(action, &QAction::triggered, menu->parent(), effect);
     return action;
-}
-
-void NakSbar::ask(QWidget* parent, Question const& question, std::function<void()> const& onYes)
-{
-    auto* const box = new QMessageBox(QMessageBox::Question, question.title, question.text,
-                                      QMessageBox::Cancel, parent);
-    box->setTextFormat(Qt::PlainText);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    QPushButton* const yes = box->addButton(question.confirm, QMessageBox::AcceptRole);
-    box->setDefaultButton(QMessageBox::Cancel);
-    QObject::connect(yes, &QPushButton::clicked, parent, onYes);
-    box->open();
 }
 
 QString NakSbar::folderNameOf(QString const& text)

@@ -2,10 +2,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// What the menus of the side bar share. Questions to the user do not hold up the program: the
-// answer comes later, and never after the parent is gone.
+// What the menus of the side bar share.
 
-#include <QString>
+#include "ask_user.h"
 
 #include <functional>
 
@@ -19,12 +18,8 @@ namespace NakSbar {
 QAction* addMenuAction(QMenu* menu, char const* pattern, QString const& name,
                        std::function<void()> const& effect);
 
-struct Question {
-    QString title;
-    QString text;
-    QString confirm; // on the button that means yes
-};
-void ask(QWidget* parent, Question const& question, std::function<void()> const& onYes);
+using Question = NakQuestion;
+using NakAsk::ask;
 
 // What is left of the text as a folder's name; nothing if it is none.
 QString folderNameOf(QString const& text);

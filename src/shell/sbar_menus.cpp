@@ -4,7 +4,11 @@
 
 #include "dis_cache.h"
 #include "dis_client.h"
+#include "dis_guild_settings_window.h"
+#include "dis_invite_dialog.h"
+#include "dis_leave_guild.h"
 #include "dis_manager.h"
+#include "dis_servers_window.h"
 #include "sbar_bookmark_menus.h"
 #include "sbar_input.h"
 #include "sbar_kinds.h"
@@ -35,6 +39,26 @@ void addChannelActions(ViewPriv& d, FlakeId channel, QMenu* menu)
     addMenuAction(menu, "Open in New Tab", {},
                   [&d, place] { emit d.view->pickedByMiddleClicking(place); });
     addBookmarkActions(d, place, menu);
+    menu->addSeparator();
+    bool const muted = g_disManager->mutedChannels().contains(channel);
+    QAction* const mute = addMenuAction(
+        menu, "Mute", {}, [channel, muted] { g_disManager->setChannelMuted(channel, !muted); });
+    mute->setCheckable(true);
+    mute->setChecked(muted);
+    // What is muted is kept with the settings of guilds; a private channel has none.
+    mute->setEnabled(DisCache::guildIdOfChannel(channel).isValid());
+}
+
+void addManageServers(ViewPriv& d, QMenu* menu)
+{
+    addMenuAction(menu, "Manage Discord Servers...", {},
+                  [&d] { DisServersWindow::summon(d.view->window()); });
+}
+
+// There is no voice to join with yet.
+void addVoiceAction(QMenu* menu, char const* pattern, QString const& name)
+{
+    addMenuAction(menu, pattern, name, [] {})->setEnabled(false);
 }
 
 } // namespace
@@ -54,6 +78,8 @@ QMenu* popUpMenu(ViewPriv& d, Item item, QPoint const& point)
 void fillDiscordMenu(ViewPriv& d, Item item, QMenu* menu)
 {
     Item const child = infoOf(d, item).child;
+    addManageServers(d, menu);
+    menu->addSeparator();
     addMenuAction(menu, "Expand All in Discord", {},
                   [&d, child] { setChildrenCollapsed(d, child, false); });
     addMenuAction(menu, "Collapse All in Discord", {},
@@ -66,44 +92,37 @@ void fillGuildMenu(ViewPriv& d, Item item, QMenu* menu)
     QString const name = DisCache::guildName(guild);
     addMenuAction(menu, "Mark %1 as Read", name, [guild] { g_disManager->markGuildAsRead(guild); });
     menu->addSeparator();
+    addMenuAction(menu, "%1 Settings...", name, [&d, guild] {
+        DisGuildSettingsWindow::summon(d.activeUser, guild, d.view->window());
+    });
+    addManageServers(d, menu);
+    addMenuAction(menu, "Leave %1", name, [&d, guild] {
+        DisLeaveGuild::ask(d.view, d.activeUser, guild);
+    })->setEnabled(DisLeaveGuild::isPossible(d.activeUser, guild));
+    menu->addSeparator();
     addMenuAction(menu, "Expand Categories in %1", name,
                   [&d, guild] { setCategoriesCollapsed(d, guild, false); });
     addMenuAction(menu, "Collapse Categories in %1", name,
                   [&d, guild] { setCategoriesCollapsed(d, guild, true); });
-    // Whoever owns a guild cannot leave it.
-    if (DisCache::guildOwner(guild) == d.activeUser)
-        return;
-    menu->addSeparator();
-    addMenuAction(menu, "Leave %1", name, [&d, guild, name] {
-        Question const question{
-            QStringLiteral("Leave Server"),
-            QStringLiteral("Are you sure you want to leave %1?").arg(name),
-            QStringLiteral("Leave"),
-        };
-        ask(d.view, question, [user = d.activeUser, guild] {
-            g_disClient->removeMemberFromGuild(user, guild, user);
-        });
-    });
 }
 
 void fillTextChannelMenu(ViewPriv& d, Item item, QMenu* menu)
 {
     FlakeId const channel = infoOf(d, item).id();
     addChannelActions(d, channel, menu);
-    menu->addSeparator();
-    bool const muted = g_disManager->mutedChannels().contains(channel);
-    QAction* const mute = addMenuAction(
-        menu, "Mute", {}, [channel, muted] { g_disManager->setChannelMuted(channel, !muted); });
-    mute->setCheckable(true);
-    mute->setChecked(muted);
+    addMenuAction(menu, "Invite to %1...", DisCache::guildChannelDisplayName(channel),
+                  [&d, channel] {
+                      auto* const dialog =
+                          new DisInviteDialog(d.activeUser, channel, d.view->window());
+                      dialog->show();
+                  })
+        ->setEnabled(DisCache::userCanCreateInviteForGuildChannel(d.activeUser, channel));
 }
 
-// There is no voice to join with yet.
 void fillVoiceChannelMenu(ViewPriv& d, Item item, QMenu* menu)
 {
     FlakeId const channel = infoOf(d, item).id();
-    addMenuAction(menu, "Join Voice: %1", DisCache::guildChannelDisplayName(channel), [] {
-    })->setEnabled(false);
+    addVoiceAction(menu, "Join Voice: %1", DisCache::guildChannelDisplayName(channel));
 }
 
 void fillPrivChannelMenu(ViewPriv& d, Item item, QMenu* menu)
@@ -111,6 +130,7 @@ void fillPrivChannelMenu(ViewPriv& d, Item item, QMenu* menu)
     FlakeId const user = infoOf(d, item).id();
     FlakeId const channel = infoOf(d, item).secondId();
     addChannelActions(d, channel, menu);
+    addVoiceAction(menu, "Voice Call", {});
     menu->addSeparator();
     bool const group = DisCache::channelType(channel) == DisChannelType::PrivateGroup;
     addMenuAction(menu, group ? "Leave Group Chat" : "Close Direct Message", {},

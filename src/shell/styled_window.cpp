@@ -14,7 +14,5 @@ NakStyledWindow::~NakStyledWindow() = default;
 
 void NakStyledWindow::setPlainWindowTitle(QString const& text)
 {
-    // "[*]" would be the mark of a modified document.
-    setWindowTitle(
-        NakPlainText::titleLine(text).replace(QLatin1String("[*]"), QLatin1String("[*][*]")));
+    setWindowTitle(NakPlainText::windowTitle(text));
 }

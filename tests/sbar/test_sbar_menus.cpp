@@ -2,15 +2,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 // The menus of the rows: what they offer, and what comes of it.
+#include "sbar_active.h"
 #include "sbar_kinds.h"
 #include "sbar_menus.h"
 #include "sbar_tree.h"
 #include "sbar_world.h"
 
 #include <QAbstractButton>
+#include <QApplication>
 #include <QInputDialog>
 #include <QMenu>
 #include <QMessageBox>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -65,14 +68,32 @@ protected:
         if (auto const fillMenu = traitsOf(infoOf(world.priv(), item)).fillMenu)
             fillMenu(world.priv(), item, menu);
     }
+    // By keys alone: the menu at the caret's row, down to the entry, Return.
     void choose(Item item, char const* text)
     {
-        QMenu menu(&*world.view);
-        fill(item, &menu);
-        for (QAction* action : menu.actions()) {
-            if (action->text() == QLatin1String(text))
-                action->trigger();
+        setCaret(world.priv(), item);
+        QTest::keyClick(&*world.view, Qt::Key_F10, Qt::ShiftModifier);
+        auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        ASSERT_NE(menu, nullptr) << text;
+        for (int left = menu->actions().size(); left > 0; --left) {
+            if (menu->activeAction()->text() == QLatin1String(text))
+                break;
+            QTest::keyClick(menu, Qt::Key_Down);
         }
+        ASSERT_EQ(menu->activeAction()->text().toStdString(), text);
+        QTest::keyClick(menu, Qt::Key_Return);
+    }
+    void press(char const* text) // in a box or dialog
+    {
+        for (auto* button : world.view->findChildren<QAbstractButton*>()) {
+            if (button->text() == QLatin1String(text))
+                button->click();
+        }
+    }
+    std::string lastRequest()
+    {
+        stage::StageRequest const last = world.service.requests().last();
+        return (last.method + ' ' + last.path.toUtf8() + ' ' + last.body).trimmed().toStdString();
     }
     Item entry(int index)
     {
@@ -100,21 +121,25 @@ protected:
 TEST_F(SbarMenus, OfferWhatCanBeDone)
 {
     EXPECT_EQ(menuOf(Kind::Guild, 100),
-              "Mark a && b as Read|-|Expand Categories in a && b|Collapse Categories in a && "
-              "b|-|Leave a && b");
+              "Mark a && b as Read|-|a && b Settings...|Manage Discord Servers...|Leave a && b|-|"
+              "Expand Categories in a && b|Collapse Categories in a && b");
     EXPECT_EQ(menuOf(Kind::TextChannel, 101),
-              "Open in New Tab|Add Bookmark|Add to New Bookmark Folder...|-|Mute");
+              "Open in New Tab|Add Bookmark|Add to New Bookmark Folder...|-|Mute|"
+              "(Invite to #c101...)");
     EXPECT_EQ(menuOf(Kind::VoiceChannel, 102), "(Join Voice: talk)");
     EXPECT_EQ(menuOf(Kind::PrivChannel, 103),
-              "Open in New Tab|Add Bookmark|Add to New Bookmark Folder...|-|Close Direct Message");
+              "Open in New Tab|Add Bookmark|Add to New Bookmark Folder...|-|"
+              "(Mute)|(Voice Call)|-|Close Direct Message");
     EXPECT_EQ(menuOf(Kind::PrivChannel, 104),
-              "Open in New Tab|Add Bookmark|Add to New Bookmark Folder...|-|Leave Group Chat");
+              "Open in New Tab|Add Bookmark|Add to New Bookmark Folder...|-|"
+              "(Mute)|(Voice Call)|-|Leave Group Chat");
     EXPECT_EQ(menuOf(Kind::Playlist, quint64(folder)),
               "Rename Favorites...|Delete Favorites|-|Manage Bookmarks...");
     EXPECT_EQ(menuOf(world.priv().bookmarks),
               "Create New Folder...|-|Expand All in Bookmarks|Collapse All in Bookmarks|-|Manage "
               "Bookmarks...");
-    EXPECT_EQ(menuOf(world.priv().discord), "Expand All in Discord|Collapse All in Discord");
+    EXPECT_EQ(menuOf(world.priv().discord),
+              "Manage Discord Servers...|-|Expand All in Discord|Collapse All in Discord");
     EXPECT_EQ(menuOf(entry(0)),
               "Open in New Tab|-|Remove from Favorites|(Move Up)|Move Down|-|Manage Bookmarks...");
     EXPECT_EQ(menuOf(entry(2)),
@@ -140,23 +165,60 @@ TEST_F(SbarMenus, ChangeBookmarks)
     EXPECT_EQ(world.saved->playlistName(folder), QStringLiteral("mine"));
 }
 
-TEST_F(SbarMenus, AskBeforeLeaving)
+TEST_F(SbarMenus, TellTheServiceWhatWasChosen)
 {
-    Item const guild = world.itemOf(Kind::Guild, 100);
-    auto const requests = [this] {
-        int count = 0;
-        for (stage::StageRequest const& request : world.service.requests())
-            count += request.path.contains(QLatin1String("guilds/100/members/")) ? 1 : 0;
-        return count;
+    world.sql(QStringLiteral("update role set permissions = 1025")); // may invite
+    world.reload();
+    struct Case {
+        Kind kind;
+        quint64 id;
+        char const* entry;
+        char const* request; // "{me}" stands for the own user
+        char const* button = nullptr; // of the box or dialog that comes first
     };
-    choose(guild, "Leave a && b");
-    auto* const box = world.view->findChild<QMessageBox*>();
-    ASSERT_NE(box, nullptr);
-    EXPECT_EQ(box->text(), QStringLiteral("Are you sure you want to leave a & b?"));
-    EXPECT_EQ(requests(), 0);
-    for (QAbstractButton* button : box->buttons()) {
-        if (button->text() == QLatin1String("Leave"))
-            button->click();
+    Case const cases[] = {
+        { Kind::Guild, 100, "Mark a && b as Read", "POST /guilds/100/ack" },
+        { Kind::Guild, 100, "Leave a && b", "DELETE /guilds/100/members/{me}", "Leave" },
+        { Kind::TextChannel, 101, "Mute",
+          R"(PATCH /users/@me/guilds/100/settings {"channel_overrides":{"101":{"muted":true}}})" },
+        { Kind::TextChannel, 101, "Invite to #c101...",
+          R"(POST /channels/101/invites {"max_age":"86400","validate":null})", "Create &Link" },
+        { Kind::PrivChannel, 103, "Close Direct Message", "DELETE /channels/103" },
+        { Kind::PrivChannel, 104, "Leave Group Chat", "DELETE /channels/104" },
+    };
+    for (Case const& one : cases) {
+        SCOPED_TRACE(one.entry);
+        int const before = world.service.requests().size();
+        choose(world.itemOf(one.kind, one.id), one.entry);
+        if (one.button) {
+            EXPECT_EQ(world.service.requests().size(), before);
+            press(one.button);
+        }
+        ASSERT_TRUE(waitUntil([&] { return world.service.requests().size() > before; }));
+        EXPECT_EQ(lastRequest(),
+                  QString::fromUtf8(one.request)
+                      .replace(QLatin1String("{me}"), world.me.toString())
+                      .toStdString());
     }
-    EXPECT_TRUE(waitUntil([&] { return requests() == 1; }));
+    world.sql(QStringLiteral("update guild set owner_id = %1").arg(world.me.value()));
+    world.reload();
+    EXPECT_NE(menuOf(Kind::Guild, 100).find("|(Leave a && b)|"), std::string::npos);
+}
+
+TEST_F(SbarMenus, AskBeforeLeavingAndSayWhyItFailed)
+{
+    choose(world.itemOf(Kind::Guild, 100), "Leave a && b");
+    auto const shown = [this] {
+        QStringList boxes;
+        for (QMessageBox const* box : world.view->findChildren<QMessageBox*>()) {
+            if (box->isVisible())
+                boxes << box->windowTitle() + QLatin1String(": ") + box->text();
+        }
+        return boxes.join(u'|').toStdString();
+    };
+    EXPECT_EQ(shown(), "Leave Server: Are you sure you want to leave a & b?");
+    press("Leave");
+    EXPECT_TRUE(waitUntil([&] { return !shown().empty(); }));
+    // The stage knows no such guild.
+    EXPECT_EQ(shown(), "Leave Server: Discord refused: Unknown Guild");
 }
