@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app_theme.h"
 
+#include "nak_color.h"
+
 #include <QDebug>
 #include <QDir>
 #include <QFile>
@@ -231,6 +233,13 @@ NakAppTheme::ThemeColors NakAppTheme::settingsToThemeColors(QSettings const& set
 QPalette NakAppTheme::settingsToPalette(QSettings const& settings)
 {
     return themeColorsToPalette(settingsToThemeColors(settings));
+}
+
+QColor NakAppTheme::secondaryTextColor(QPalette const& palette)
+{
+    constexpr double textShare = 0.72; // the least that is read well in every theme
+    return NakColor::mix(palette.color(QPalette::Window), palette.color(QPalette::WindowText),
+                         textShare);
 }
 
 QPalette NakAppTheme::themeColorsToPalette(ThemeColors const& colors)

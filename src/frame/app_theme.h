@@ -64,6 +64,9 @@ QPalette themeColorsToPalette(ThemeColors const& colors);
 // For a foreign style, whose palette becomes the theme.
 ThemeColors paletteToDerivedThemeColors(QPalette const& palette);
 
+// For text on the window's ground that stands back but is to be read, other than what is disabled.
+QColor secondaryTextColor(QPalette const& palette);
+
 // What is on screen now. All invalid until set.
 ThemeColors const& getGlobalThemeColors();
 void setGlobalThemeColors(ThemeColors const& colors);

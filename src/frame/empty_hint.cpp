@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "empty_hint.h"
 
-#include "nak_color.h"
+#include "app_theme.h"
 
 #include <QPainter>
 #include <QWidget>
@@ -23,8 +23,7 @@ void paintEmptyHint(QWidget* widget, NakEmptyHint const& hint)
     painter.setPen(palette.color(QPalette::WindowText));
     painter.drawText(QRect(room.left(), top, width, line), Qt::AlignHCenter | Qt::TextSingleLine,
                      metrics.elidedText(hint.title, Qt::ElideRight, width));
-    painter.setPen(
-        NakColor::mix(palette.color(QPalette::Window), palette.color(QPalette::WindowText), 0.72));
+    painter.setPen(NakAppTheme::secondaryTextColor(palette));
     painter.drawText(QRect(room.left(), top + line + line / 2, width, line),
                      Qt::AlignHCenter | Qt::TextSingleLine,
                      metrics.elidedText(hint.detail, Qt::ElideRight, width));

@@ -29,10 +29,21 @@ constexpr double pressedStep = 0.22;
 constexpr double sliderStep = 0.28;
 constexpr double sliderActiveStep = 0.45;
 constexpr double placeholderStep = 0.55;
+constexpr int menuLightenBy = 108; // percent, as below a menu's items
 
 QColor stepped(QPalette const& palette, QPalette::ColorRole ground, double step)
 {
     return NakColor::mix(palette.color(ground), palette.color(QPalette::WindowText), step);
+}
+
+// By as much as NakColor::adjustLightness, but a faint tint stays faint.
+QColor shaded(QColor const& color, double delta)
+{
+    double const from = color.lightnessF();
+    double const to = NakColor::adjustLightness(color, delta).lightnessF();
+    if (to < from)
+        return NakColor::mix(color, Qt::black, 1 - to / from);
+    return from < 1 ? NakColor::mix(color, Qt::white, (to - from) / (1 - from)) : color;
 }
 
 class ScopedPainter {
@@ -345,10 +356,10 @@ QColor NakwireStyle::lineColor(QPalette const& palette)
 void NakwireStyle::polish(QPalette& palette)
 {
     QColor const button = palette.color(QPalette::Active, QPalette::Button);
-    palette.setColor(QPalette::Light, NakColor::adjustLightness(button, 0.06));
-    palette.setColor(QPalette::Midlight, NakColor::adjustLightness(button, 0.03));
-    palette.setColor(QPalette::Mid, NakColor::adjustLightness(button, -0.06));
-    palette.setColor(QPalette::Dark, NakColor::adjustLightness(button, -0.12));
+    palette.setColor(QPalette::Light, shaded(button, 0.06));
+    palette.setColor(QPalette::Midlight, shaded(button, 0.03));
+    palette.setColor(QPalette::Mid, shaded(button, -0.06));
+    palette.setColor(QPalette::Dark, shaded(button, -0.12));
 
     QColor const base = palette.color(QPalette::Active, QPalette::Base);
     QColor const text = palette.color(QPalette::Active, QPalette::Text);
@@ -405,6 +416,11 @@ void NakwireStyle::drawPrimitive(PrimitiveElement element, QStyleOption const* o
         QProxyStyle::drawPrimitive(element, &branch, painter, widget);
         return;
     }
+    case PE_PanelMenu: // Qt's line is darker than the ground, which nobody sees in a dark theme
+        painter->fillRect(option->rect, lineColor(option->palette));
+        painter->fillRect(option->rect.adjusted(1, 1, -1, -1),
+                          option->palette.color(QPalette::Base).lighter(menuLightenBy));
+        return;
     case PE_FrameTabWidget:
     case PE_FrameTabBarBase:
     case PE_FrameStatusBarItem:

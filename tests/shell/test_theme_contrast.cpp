@@ -16,6 +16,11 @@ TEST(ThemeContrast, TextAndFocusRingsCanBeSeenInEveryTheme)
     for (NakAppTheme::ThemeType type : NakAppTheme::themesList()) {
         auto const name = NakAppTheme::themeDisplayName(type).toStdString();
         auto const colors = NakAppTheme::namedThemeColors(type);
+        EXPECT_GE(NakColor::contrast(
+                      NakAppTheme::secondaryTextColor(NakAppTheme::themeColorsToPalette(colors)),
+                      colors.window),
+                  4.5)
+            << name;
         QColor const strip = NakwireStyle::tabStripColor(NakAppTheme::themeColorsToPalette(colors));
         for (QColor const& ground : { colors.window, colors.base, colors.button, strip }) {
             EXPECT_GE(NakColor::contrast(colors.text, ground), 4.5) << name;
@@ -23,6 +28,19 @@ TEST(ThemeContrast, TextAndFocusRingsCanBeSeenInEveryTheme)
             EXPECT_GE(NakColor::contrast(colors.icon, ground), 3) << name;
         }
         EXPECT_GE(NakColor::contrast(colors.highlightedText, colors.highlight), 3) << name;
+    }
+}
+
+TEST(ThemeContrast, ShadesOfAButtonAreNoMoreColoredThanIt)
+{
+    NakwireStyle style;
+    for (NakAppTheme::ThemeType type : NakAppTheme::themesList()) {
+        QPalette palette = NakAppTheme::themeColorsToPalette(NakAppTheme::namedThemeColors(type));
+        style.polish(palette);
+        for (auto const role : { QPalette::Midlight, QPalette::Mid, QPalette::Dark })
+            EXPECT_LE(palette.color(role).hsvSaturationF(),
+                      palette.color(QPalette::Button).hsvSaturationF() + 0.02)
+                << NakAppTheme::themeDisplayName(type).toStdString() << role;
     }
 }
 

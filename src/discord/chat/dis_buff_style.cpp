@@ -23,7 +23,7 @@ constexpr double smallFontScale = 0.86;
 constexpr double initialFontScale = 0.5; // of the avatar
 constexpr int fillAlpha = 28;
 constexpr int hueCount = 24;
-constexpr double minTimestampContrast = 2.0;
+constexpr double minTimestampContrast = 3.0;
 constexpr int mixSteps = 8;
 constexpr int darkThemeLightness = 126;
 

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "dis_topic_line.h"
 
+#include "app_theme.h"
+
 #include <QPainter>
 
 namespace {
@@ -51,7 +53,7 @@ QSize DisTopicLine::minimumSizeHint() const
 void DisTopicLine::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    painter.setPen(palette().color(QPalette::Disabled, QPalette::WindowText));
+    painter.setPen(NakAppTheme::secondaryTextColor(palette()));
     painter.drawText(textRect(), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
                      shownText());
 }
