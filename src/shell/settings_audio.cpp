@@ -15,7 +15,7 @@ QVector<Group> NakSettingsRows::audioAndVoice()
                 "The name as the sound system writes it; empty for its default device.", none,
                 Look::Device },
               { "&Work around a device that stutters", &P::buggyAudioDevice,
-                "Does not trust the buffer size that the speakers tell." },
+                "For speakers that report a wrong buffer size." },
           } },
         { "Microphone",
           {

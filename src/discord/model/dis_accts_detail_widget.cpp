@@ -34,12 +34,18 @@ public:
     }
 
 private:
+    static QLabel* newText()
+    {
+        auto* const label = new QLabel;
+        label->setTextFormat(Qt::PlainText);
+        label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        label->setWordWrap(true);
+        return label;
+    }
+
     QLabel* addRow(QFormLayout* form, QString const& name)
     {
-        auto* const value = new QLabel;
-        value->setTextFormat(Qt::PlainText);
-        value->setTextInteractionFlags(Qt::TextSelectableByMouse);
-        value->setWordWrap(true);
+        auto* const value = newText();
         form->addRow(name, value);
         return value;
     }
@@ -52,8 +58,11 @@ private:
         m_discriminator = addRow(form, QObject::tr("Discriminator"));
         m_connection = addRow(form, QObject::tr("Connection"));
         m_tokenState = addRow(form, QObject::tr("Token State"));
-        m_advice = addRow(form, QString());
+        // On a row of its own, since beside a name a wrapped text gets the height of a narrow one.
+        m_advice = newText();
+        form->addRow(m_advice);
         auto* const changeToken = new QPushButton(QObject::tr("&Change Token"));
+        changeToken->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
         form->addRow(QString(), m_autoConnect);
         form->addRow(QString(), changeToken);
         connect(m_autoConnect, &QCheckBox::clicked, this, [this](bool on) {
