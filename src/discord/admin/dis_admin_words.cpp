@@ -110,7 +110,7 @@ QString DisAdminWords::auditAction(qint32 type)
         std::lower_bound(std::begin(actions), std::end(actions), type,
                          [](Action const& one, qint32 wanted) { return one.type < wanted; });
     if (found == std::end(actions) || found->type != type)
-        return tr("Something new (%1)").arg(type);
+        return tr("Action %1").arg(type);
     return tr(found->text);
 }
 

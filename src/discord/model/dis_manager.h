@@ -18,6 +18,7 @@
 #include <functional>
 #include <memory>
 
+class DisMentionsListModel;
 class QWidget;
 
 // Channels of the current tabs of windows that are not put away.
@@ -114,6 +115,9 @@ public:
     // that it is opened from, may be null.
     void openDirectMessage(FlakeId user, FlakeId other, QWidget* parent);
     void connectToVoiceChannel(FlakeId user, FlakeId channel);
+    bool anyCallsActive() const; // in voice channels or private calls
+    // The same each time for the same user; it asks the service for nothing before a view does.
+    DisMentionsListModel* mentionsListModelForUser(FlakeId user);
 
     // Door: what a notification quotes of a stored message.
     void setReadableTextProvider(std::function<QString(FlakeId message)> const& provider);

@@ -48,6 +48,7 @@ struct DisManager::Impl {
     QSet<FlakeId> mutedUsers;
 
     QVector<FlakeId> friendRequests; // sorted
+    QHash<FlakeId, DisMentionsListModel*> mentions; // by user; the manager's children
     DisNotifs::NotifsData notifs;
 };
 

@@ -3,6 +3,7 @@
 #include "dis_cache.h"
 #include "dis_client.h"
 #include "dis_manager_impl.h"
+#include "dis_mentions_list_model.h"
 #include "dis_utils.h"
 #include "nak_go.h"
 #include "nak_stmt.h"
@@ -182,6 +183,19 @@ void DisManager::openDirectMessage(FlakeId user, FlakeId other, QWidget* parent)
 void DisManager::connectToVoiceChannel(FlakeId user, FlakeId channel)
 {
     g_disClient->connectToVoiceChannel(user, channel);
+}
+
+bool DisManager::anyCallsActive() const
+{
+    return g_disClient->anySessionsWithVoiceLine();
+}
+
+DisMentionsListModel* DisManager::mentionsListModelForUser(FlakeId user)
+{
+    DisMentionsListModel*& model = m_impl->mentions[user];
+    if (!model)
+        model = new DisMentionsListModel(user, this);
+    return model;
 }
 
 void DisManager::setReadableTextProvider(std::function<QString(FlakeId)> const& provider)
