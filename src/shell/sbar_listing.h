@@ -18,14 +18,15 @@
 namespace NakSbar {
 
 // The user-interface thread's share of a frame for reading: of tens of thousands of channels the
-// rest is read when the events that came meanwhile are handled.
+// rest is read when the events that came meanwhile are handled. After a READY the counts of unread
+// channels are told in such shares as well, and both come before the window's own events.
 class Share {
 public:
     Share() { m_elapsed.start(); }
     bool isOver() const { return m_elapsed.elapsed() >= milliseconds; }
 
 private:
-    static constexpr int milliseconds = 4;
+    static constexpr int milliseconds = 2;
     QElapsedTimer m_elapsed;
 };
 

@@ -98,7 +98,7 @@ void messageCreated(Impl& impl, DisChange const& change)
 void emitUnreads(Impl& impl)
 {
     // A READY can bring thousands, and each asks the store whether the user sees the channel.
-    constexpr int shareOfFrameMs = 4;
+    constexpr int shareOfFrameMs = 2;
     QHash<FlakeId, int> counts;
     {
         NakSqlTransaction const oneRead(g_disClient->db());
