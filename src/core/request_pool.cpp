@@ -109,6 +109,7 @@ NakPooledReply::NakPooledReply(QNetworkRequest const& request, NakRequestLimits 
 
 NakPooledReply::~NakPooledReply()
 {
+    Utils::noteReceived(this);
     delete m_reply;
 }
 
@@ -116,6 +117,12 @@ QByteArray NakPooledReply::takeBody()
 {
     Utils::noteReceived(this);
     return std::move(m_body);
+}
+
+void NakPooledReply::release()
+{
+    Utils::noteHandedOver(this);
+    deleteLater();
 }
 
 void NakPooledReply::startOn(QNetworkAccessManager* manager)

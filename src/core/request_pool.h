@@ -24,7 +24,7 @@ struct NakRequestLimits {
 };
 
 // One request. Lives on the pool's thread, whose end it does not survive; whoever asked for it
-// calls deleteLater() once it is not needed, finished or not.
+// releases it once it is not needed, finished or not.
 class NakPooledReply : public QObject {
     Q_OBJECT
 public:
@@ -34,6 +34,8 @@ public:
     // For the receiver of finished(): everything that came, already read. Copies nothing.
     QByteArray takeBody();
     bool fromDiskCache() const { return m_fromDiskCache; }
+    // Last of all: it dies on its own thread, and the network's reply with it, as soon as told.
+    void release();
 
 signals:
     // Once. The reply belongs to this object; it is null if the address is not for the web.

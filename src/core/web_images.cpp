@@ -12,6 +12,7 @@
 #include <QMetaEnum>
 #include <QPainter>
 #include <QPointer>
+#include <QScopeGuard>
 #include <QTimer>
 
 NakWebImages* g_webImages = nullptr;
@@ -207,11 +208,11 @@ void NakWebImages::fetchAndStorePixmapFromUrl(RequestKey const& key,
         QStringLiteral("Fetching (cacheable) web image at %1").arg(forLog(key.url)));
     NakPooledReply* pooled = g_networkRequestPool->get(request, true);
     connect(pooled, &NakPooledReply::finished, this, [this, key, pooled](QNetworkReply* reply) {
+        auto const released = qScopeGuard([pooled] { pooled->release(); });
         QByteArray const bytes = pooled->takeBody();
         auto const error =
             reply ? reply->error() : QNetworkReply::NetworkError::ProtocolUnknownError;
         bool const fromDisk = pooled->fromDiskCache();
-        pooled->deleteLater();
         if (error != QNetworkReply::NoError) {
             log(EvLog::Severity::Warn,
                 QStringLiteral("Image fetch error: %1 from URL %2")

@@ -60,8 +60,6 @@ QByteArray takeBody(NakPooledReply* pooled, QNetworkReply* reply)
             QStringLiteral("A picture was not received from %1: error %2")
                 .arg(reply ? reply->url().toString(QUrl::RemoveQuery) : QString())
                 .arg(reply ? int(reply->error()) : 0));
-    // Last of all: it dies on its own thread, and the network's reply with it, as soon as told.
-    pooled->deleteLater();
     return received ? body : QByteArray();
 }
 

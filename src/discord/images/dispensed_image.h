@@ -17,7 +17,7 @@ namespace DispensedImage {
 
 QNetworkRequest requestFor(QUrl const& url);
 
-// Empty, with a line in the log, if the request failed. The request is done with.
+// Empty, with a line in the log, if the request failed.
 QByteArray takeBody(NakPooledReply* pooled, QNetworkReply* reply);
 
 // The picture at each height (device-independent), in that order, as squares; none, with a line in

@@ -121,6 +121,7 @@ private:
                                  failed(source);
                              else
                                  runImageProcessing(source, body, Origin::Web);
+                             pooled->release();
                          });
     }
 
