@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace {
 
@@ -122,7 +123,10 @@ void NakBookmarksModel::bringInLine()
     for (int const playlist : qAsConst(wanted)) {
         QModelIndex const folder = folderIndex(playlist);
         bringInLine(folder, &m_entries[playlist], g_savedData->playlistEntries(playlist));
-        emit dataChanged(folder, folder);
+        // Not without need: it would take back what is being typed there.
+        QString const name = g_savedData->playlistName(playlist);
+        if (std::exchange(m_names[playlist], name) != name)
+            emit dataChanged(folder, folder);
     }
 }
 
@@ -238,6 +242,7 @@ bool NakBookmarksModel::setData(QModelIndex const& index, QVariant const& value,
     if (role != Qt::EditRole || !isFolder(index))
         return false;
     NakBookmarks::renameFolder(playlistOf(index), value.toString());
+    // No more than that: a folder that goes while its name is typed comes here from its removal.
     emit dataChanged(index, index);
     return true;
 }

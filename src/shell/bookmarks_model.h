@@ -60,4 +60,5 @@ private:
 
     QVector<int> m_folders; // playlist ids in order
     QHash<int, QVector<NakNavLoc>> m_entries; // of each of them
+    QHash<int, QString> m_names;
 };

@@ -233,8 +233,15 @@ TEST_F(BookmarksEditor, ChangesFromElsewhereKeepTheCurrentRow)
     world.sql(QStringLiteral("update guild_channel set name = 'new' where id = 3"));
     world.tell(DisChange::ChangeType::ChannelChanged, FlakeId(3));
     EXPECT_EQ(shown(), "b+: #c4 [Unknown service] | Favorites: #c4 *#new #c1 #c4");
+    press(QKeySequence(Qt::Key_Home, Qt::Key_F2));
+    auto* const field = tree->findChild<QLineEdit*>();
+    ASSERT_NE(field, nullptr);
+    field->setText(QStringLiteral("half"));
+    world.saved->setPlaylistEntries(second, { place(1) });
+    QCoreApplication::processEvents();
+    EXPECT_EQ(field->text(), QStringLiteral("half"));
     world.saved->deletePlaylist(first);
-    world.saved->deletePlaylist(second);
+    world.saved->deletePlaylist(second); // while its name is typed
     QCoreApplication::processEvents();
     EXPECT_EQ(shown(), "");
 }
