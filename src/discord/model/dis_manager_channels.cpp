@@ -16,6 +16,10 @@ using Impl = DisManager::Impl;
 using ChangeType = DisChange::ChangeType;
 
 constexpr int maxRecentChannels = 100;
+// A READY can bring thousands of unread channels, and each is asked for in the store.
+constexpr int shareOfFrameMs = 2;
+constexpr int pauseBetweenSharesMs = 1;
+constexpr int goneDelayMs = 100; // views read when channels have changed, too
 constexpr int ackInterval = 5000; // milliseconds
 // A session that the service gave no token for the next acknowledgement refuses all further ones;
 // trying for ever would only wake the machine.
@@ -95,10 +99,15 @@ void messageCreated(Impl& impl, DisChange const& change)
     notify(impl, params, mentioned);
 }
 
+// After what is told at once has come.
+void checkUnreadsSoon(Impl& impl)
+{
+    impl.unreadsToCheck.clear(); // all of them anew
+    impl.goneTimer.start(goneDelayMs);
+}
+
 void emitUnreads(Impl& impl)
 {
-    // A READY can bring thousands, and each asks the store whether the user sees the channel.
-    constexpr int shareOfFrameMs = 2;
     QHash<FlakeId, int> counts;
     {
         NakSqlTransaction const oneRead(g_disClient->db());
@@ -127,11 +136,10 @@ void setUpChannels(Impl& impl)
             impl, impl.foregroundProvider ? impl.foregroundProvider() : DisForegroundChannels());
     });
     impl.unreadsTimer.setSingleShot(true);
-    impl.unreadsTimer.setInterval(1);
+    impl.unreadsTimer.setInterval(pauseBetweenSharesMs);
     QObject::connect(&impl.unreadsTimer, &QTimer::timeout, impl.manager,
                      [&impl] { emitUnreads(impl); });
     impl.goneTimer.setSingleShot(true);
-    impl.goneTimer.setInterval(100);
     QObject::connect(&impl.goneTimer, &QTimer::timeout, impl.manager,
                      [&impl] { clearUnreadsOnIrrelevantChannels(impl); });
     impl.acksTimer.setSingleShot(true);
@@ -156,7 +164,7 @@ void disChanges(Impl& impl, DisChanges const& changes)
         // A new connection has nothing synchronized yet, though the same channels are on screen.
         synchronizeGuildsOfChannels(impl, impl.foreground.shown);
         loadAllMutedChannelsFromDisDb(impl);
-        impl.goneTimer.start();
+        checkUnreadsSoon(impl);
         loadPendingFriendRequests(impl);
         impl.messagesThatMention.clear();
         return;
@@ -172,7 +180,7 @@ void disChanges(Impl& impl, DisChanges const& changes)
     if (changes.has(ChangeType::RelationshipAdded) || changes.has(ChangeType::RelationshipRemoved))
         loadPendingFriendRequests(impl);
     if (changes.has(ChangeType::ChannelChanged))
-        impl.goneTimer.start();
+        checkUnreadsSoon(impl);
 }
 
 void setForegroundChannels(Impl& impl, DisForegroundChannels const& channels)
@@ -234,16 +242,27 @@ void removeUnreads(Impl& impl, QSet<FlakeId> const& channels)
 
 void clearUnreadsOnIrrelevantChannels(Impl& impl)
 {
-    if (impl.unreadCounts.isEmpty())
-        return;
-    // One pass over all channels: a question for each unread one takes many times as long. The
-    // table of all channels keeps those that are gone.
-    NakStmt stmt(g_disClient->db(),
-                 "select id from guild_channel where deleted = 0"
-                 " union all select id from private_channel");
-    QSet<FlakeId> gone(impl.unreadCounts.keyBegin(), impl.unreadCounts.keyEnd());
-    while (stmt.step())
-        gone.remove(stmt.colFlake(0));
+    if (impl.unreadsToCheck.isEmpty())
+        impl.unreadsToCheck = impl.unreadCounts.keys().toVector();
+    QSet<FlakeId> gone;
+    {
+        NakSqlTransaction const oneRead(g_disClient->db());
+        // The table of the guilds' channels keeps those that are gone.
+        NakStmt stmt(g_disClient->db(),
+                     "select id from guild_channel where id = ?1 and deleted = 0"
+                     " union all select id from private_channel where id = ?1");
+        QElapsedTimer elapsed;
+        elapsed.start();
+        while (!impl.unreadsToCheck.isEmpty() && elapsed.elapsed() < shareOfFrameMs) {
+            FlakeId const channel = impl.unreadsToCheck.takeLast();
+            stmt.bind(1, channel);
+            if (!stmt.step())
+                gone.insert(channel);
+            stmt.reset();
+        }
+    }
+    if (!impl.unreadsToCheck.isEmpty())
+        impl.goneTimer.start(pauseBetweenSharesMs);
     removeUnreads(impl, gone);
 }
 

@@ -35,7 +35,8 @@ struct DisManager::Impl {
     QHash<FlakeId, int> unreadCounts;
     QSet<FlakeId> unreadsToTell; // until unreadsTimer
     QTimer unreadsTimer; // 1 ms; a burst of messages is told once
-    QTimer goneTimer; // 100 ms; it asks for all channels, and views read then as well
+    QVector<FlakeId> unreadsToCheck; // whether they are still there; the rest of a round
+    QTimer goneTimer;
     bool countersInitialized = false; // since the last READY began
     QSet<FlakeId> messagesThatMention; // an own user; until their change record comes
     QHash<FlakeId, FlakeId> acksToSend; // channel to its newest message
@@ -66,7 +67,7 @@ void readyHandled(Impl& impl);
 // Channels whose shown number may differ now; told in a moment.
 void tellUnreads(Impl& impl, QSet<FlakeId> const& channels);
 void removeUnreads(Impl& impl, QSet<FlakeId> const& channels);
-// Removes the counts of channels that the store does not know any more.
+// Removes the counts of channels that the store does not know any more; a share at a time.
 void clearUnreadsOnIrrelevantChannels(Impl& impl);
 // The newest message of a channel that was seen; sent with the next round of acknowledgements.
 void addMsgAck(Impl& impl, FlakeId channel, FlakeId message);
