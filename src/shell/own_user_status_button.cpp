@@ -103,13 +103,24 @@ NakOwnUserStatusButton::~NakOwnUserStatusButton() = default;
 
 // --- what it shows ---
 
+NakOwnUserStatusButton::State NakOwnUserStatusButton::stateOf(DisStoredAccount const* account)
+{
+    if (!account)
+        return State::NoAccount;
+    if (isSignedIn(*account))
+        return State::SignedIn;
+    bool const rejected = account->authTokenState == DisStoredAccount::AuthTokenState::Rejected;
+    return rejected ? State::Rejected : State::Offline;
+}
+
 void NakOwnUserStatusButton::watchAccounts()
 {
     auto const accounts = g_disManager ? g_disManager->accounts() : QVector<DisStoredAccount*>();
     for (DisStoredAccount const* account : accounts) {
         for (auto const signal :
              { &DisStoredAccount::connectionStateChanged, &DisStoredAccount::autoConnectChanged,
-               &DisStoredAccount::userInfoChangedBySession })
+               &DisStoredAccount::userInfoChangedBySession,
+               &DisStoredAccount::authTokenStateChanged })
             connect(account, signal, this, &NakOwnUserStatusButton::refresh, Qt::UniqueConnection);
     }
     refresh();
@@ -118,7 +129,7 @@ void NakOwnUserStatusButton::watchAccounts()
 void NakOwnUserStatusButton::refresh()
 {
     DisStoredAccount const* const account = shownAccount();
-    m_state = !account ? State::NoAccount : isSignedIn(*account) ? State::SignedIn : State::Offline;
+    m_state = stateOf(account);
     m_user.setParams({ m_state == State::SignedIn ? account->userId : FlakeId(), {}, -1 });
     QString text = tr("No account");
     if (account) {
@@ -132,6 +143,8 @@ void NakOwnUserStatusButton::refresh()
                                     maxNameWidth * fontMetrics().averageCharWidth());
     if (m_state == State::Offline)
         text = tr("%1 (offline)").arg(text);
+    else if (m_state == State::Rejected)
+        text = tr("%1 (token was rejected)").arg(text);
     setText(NakPlainText::withoutMnemonics(text));
     setAccessibleName(toolTipText());
     DisUserStatusCode const status =
@@ -149,6 +162,8 @@ QString NakOwnUserStatusButton::toolTipText() const
 {
     if (m_state == State::NoAccount)
         return tr("No Discord account");
+    if (m_state == State::Rejected)
+        return m_name + QLatin1Char('\n') + tr("Its token was rejected. Change it in Accounts.");
     QString status = tr("Offline");
     if (m_state == State::SignedIn) {
         auto const choice =

@@ -10,6 +10,7 @@
 
 #include <QToolButton>
 
+class DisStoredAccount;
 class QMenu;
 
 class NakOwnUserStatusButton : public QToolButton {
@@ -38,7 +39,8 @@ private:
     void addStatusActions(QMenu* menu);
     void askPlayingGame();
 
-    enum class State { NoAccount, Offline, SignedIn };
+    enum class State { NoAccount, Offline, Rejected, SignedIn };
+    static State stateOf(DisStoredAccount const* account);
     State m_state = State::NoAccount;
     QString m_name; // of the account, in one line
     QString m_discriminator; // with its hash sign

@@ -126,6 +126,12 @@ TEST_F(OwnUserStatus, OutlastsInterruptions)
     EXPECT_EQ(shown(), offline.toStdString());
     EXPECT_EQ(choose(""),
               "(&Online)|(&Idle)|(&Do Not Disturb*)|(In&visible)|(Set Playing &Game...)|&Accounts");
+    account->authTokenState = DisStoredAccount::AuthTokenState::Rejected;
+    emit account->authTokenStateChanged();
+    EXPECT_EQ(shown(),
+              account->userName.toStdString() + " (token was rejected) | "
+                  + account->userName.toStdString()
+                  + " / Its token was rejected. Change it in Accounts.");
     world.manager->connectWithAccount(account);
     EXPECT_EQ(sent(), "dnd ");
 

@@ -5,6 +5,7 @@
 #include "dis_client.h"
 #include "dis_request.h"
 
+#include <QCoreApplication>
 #include <QLocale>
 #include <QRegularExpression>
 #include <QUrl>

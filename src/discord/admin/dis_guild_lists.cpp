@@ -9,6 +9,7 @@
 #include "dis_utils.h"
 #include "plain_text.h"
 
+#include <QCoreApplication>
 #include <QHash>
 
 namespace {

@@ -8,6 +8,8 @@
 #include "dis_client.h"
 #include "dis_request.h"
 
+#include <QWidget>
+
 bool DisLeaveGuild::isPossible(FlakeId user, FlakeId guild)
 {
     return DisCache::guildOwner(guild) != user;
