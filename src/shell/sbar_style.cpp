@@ -118,7 +118,7 @@ constexpr quint64 pictureKey(quint64 code, quint64 size, QRgb color)
 // Among the codes there: behind those of the circles, before those of the glyphs.
 constexpr quint64 badgeCode(int height, bool shadow)
 {
-    return quint64(256 + height * 2 + (shadow ? 1 : 0));
+    return 256 + quint64(height) * 2 + (shadow ? 1 : 0);
 }
 
 } // namespace
