@@ -20,6 +20,7 @@
 #include <QClipboard>
 #include <QLineEdit>
 #include <QListView>
+#include <QPointer>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTest>
@@ -242,9 +243,10 @@ TEST_F(Admin, OthersGuildsHaveNoSecrets)
 {
     DisGuildSettingsWindow::summon(me, FlakeId(guild(0).id), &window);
     EXPECT_EQ(find<QTabWidget>()->count(), 1) << "no right to the lists";
-    auto* const settings = find<QDialog>();
+    QPointer<QDialog> const settings = find<QDialog>();
+    ASSERT_TRUE(settings);
     model.client->removeMemberFromGuild(me, FlakeId(guild(0).id), me);
-    EXPECT_TRUE(waitUntil([&] { return !settings->isVisible(); })) << "it goes with the guild";
+    EXPECT_TRUE(waitUntil([&] { return !settings; })) << "it goes with the guild";
 }
 
 TEST_F(Admin, InvitesAreMadeAndCopied)
