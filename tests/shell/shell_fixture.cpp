@@ -67,6 +67,13 @@ FakeContent* contentAt(NakMainTabs const& tabs, int index)
     return qobject_cast<FakeContent*>(tabs.widget(index));
 }
 
+QIcon redIcon()
+{
+    QPixmap picture(4, 4);
+    picture.fill(Qt::red);
+    return QIcon(picture);
+}
+
 void writeSetting(char const* key, QVariant const& value)
 {
     NakSettingsFile().setValue(QLatin1String(key), value);

@@ -49,5 +49,7 @@ std::string tabsOf(NakMainTabs const& tabs);
 
 FakeContent* contentAt(NakMainTabs const& tabs, int index);
 
+QIcon redIcon();
+
 void writeSetting(char const* key, QVariant const& value);
 QVariant readSetting(char const* key);

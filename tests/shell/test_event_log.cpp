@@ -1,10 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app_theme.h"
 #include "event_log_view.h"
 #include "event_log_window.h"
-#include "nak_color.h"
 #include "nak_event_log.h"
+#include "press_keys.h"
 #include "shell_fixture.h"
 #include "wait_until.h"
 
@@ -45,39 +44,29 @@ TEST(EventLogIndex, LinesAreFoundHoweverTheFileIsCutIntoPieces)
 {
     QByteArray const file = lineOf(Severity::Warn, Category::Audio, "one\ntwo\n\nthree")
         + lineOf(Severity::Debug, Category::None, "four") + "not yet whole";
-    std::string whole;
     for (int piece = file.size(); piece > 60; --piece) {
         NakEvLogIndex::Index index;
-        while (true) {
+        for (bool more = true; more;) {
             QByteArray const bytes = file.mid(static_cast<int>(index.end), piece);
             auto const scan = NakEvLogIndex::scanLines(
                 bytes.constData(), bytes.size(), index.end,
                 index.lines.empty() ? NakEvLogIndex::lineWithoutSeverity() : index.lines.back());
-            if (scan.lines.empty())
-                break;
+            more = !scan.lines.empty();
             appendScan(&index, scan);
         }
         std::string found;
-        for (int i = 0; i < static_cast<int>(index.lines.size()); ++i) {
-            auto const span = NakEvLogIndex::spanOfLine(index, i);
-            auto const line = index.lines[static_cast<size_t>(i)];
-            found += std::to_string(line.severity) + '/' + std::to_string(line.categories) + ' '
-                + file.mid(static_cast<int>(span.offset), static_cast<int>(span.length))
-                      .split('\t')
-                      .last()
-                      .toStdString()
-                + ';';
+        for (size_t i = 0; i < index.lines.size(); ++i) {
+            auto const span = NakEvLogIndex::spanOfLine(index, static_cast<int>(i));
+            QByteArray const line =
+                file.mid(static_cast<int>(span.offset), static_cast<int>(span.length));
+            found += std::to_string(index.lines[i].severity) + '/'
+                + std::to_string(index.lines[i].categories) + ' '
+                + line.split('\t').last().toStdString() + ';';
         }
-        whole = whole.empty() ? found : whole;
-        EXPECT_EQ(found, whole) << piece;
+        EXPECT_EQ(found, "2/8 one;2/8 two;2/8 ;2/8 three;0/0 four;") << piece;
     }
-    EXPECT_EQ(whole, "2/8 one;2/8 two;2/8 ;2/8 three;0/0 four;");
-}
-
-TEST(EventLogIndex, ALineWithoutAnEndIsCutAtTheLimit)
-{
-    QByteArray const long1(static_cast<int>(NakEvLogIndex::maxLineBytes) + 5, 'x');
-    auto const scan = NakEvLogIndex::scanLines(long1.constData(), long1.size(), 0,
+    QByteArray const endless(static_cast<int>(NakEvLogIndex::maxLineBytes) + 5, 'x');
+    auto const scan = NakEvLogIndex::scanLines(endless.constData(), endless.size(), 0,
                                                NakEvLogIndex::lineWithoutSeverity());
     EXPECT_EQ(scan.lines.size(), 1U);
     EXPECT_EQ(scan.end, NakEvLogIndex::maxLineBytes);
@@ -94,6 +83,13 @@ protected:
         ASSERT_TRUE(file.open(QIODevice::WriteOnly | mode));
         file.write(bytes);
     }
+    // With that in the file, all of which is listed.
+    void openWith(QByteArray const& bytes, char const* wanted)
+    {
+        write(bytes);
+        open();
+        ASSERT_TRUE(waitForStatus(wanted));
+    }
     void open()
     {
         m_window.reset(new NakEventLogWindow(path()));
@@ -102,24 +98,15 @@ protected:
         m_window->activateWindow();
         m_view = m_window->findChild<NakEventLogView*>();
     }
-    std::string status() const
+    std::string label(char const* name) const
     {
-        return m_window->findChildren<QLabel*>(QStringLiteral("status"))
-            .first()
-            ->text()
-            .toStdString();
+        return m_window->findChild<QLabel*>(QLatin1String(name))->text().toStdString();
     }
-    std::string found() const
+    bool waitFor(char const* name, char const* text)
     {
-        return m_window->findChildren<QLabel*>(QStringLiteral("found"))
-            .first()
-            ->text()
-            .toStdString();
+        return waitUntil([&] { return label(name) == text; });
     }
-    bool waitForStatus(char const* text)
-    {
-        return waitUntil([&] { return status() == text; });
-    }
+    bool waitForStatus(char const* text) { return waitFor("status", text); }
     QAction* action(char const* text) const
     {
         auto const actions = m_window->findChildren<QAction*>();
@@ -134,7 +121,7 @@ protected:
     {
         QGuiApplication::clipboard()->clear();
         m_view->setFocus();
-        QTest::keyClick(m_view, Qt::Key_C, Qt::ControlModifier);
+        pressKeys(m_view, "Ctrl+C");
         EXPECT_TRUE(waitUntil([] { return !QGuiApplication::clipboard()->text().isEmpty(); }));
         QStringList messages;
         auto const lines = QGuiApplication::clipboard()->text().split(QLatin1Char('\n'));
@@ -150,9 +137,7 @@ protected:
 
 TEST_F(EventLog, FollowsTheEndUntilTheUserScrollsUp)
 {
-    write(numbered(0, 500));
-    open();
-    ASSERT_TRUE(waitForStatus("500 lines"));
+    openWith(numbered(0, 500), "500 lines");
     QScrollBar* const bar = m_view->verticalScrollBar();
     EXPECT_EQ(bar->value(), bar->maximum());
     write(numbered(500, 600));
@@ -163,18 +148,17 @@ TEST_F(EventLog, FollowsTheEndUntilTheUserScrollsUp)
     write(numbered(600, 700));
     ASSERT_TRUE(waitForStatus("700 lines"));
     EXPECT_EQ(bar->value(), 100);
-    QTest::keyClick(m_window.data(), Qt::Key_End, Qt::ControlModifier);
+    pressKeys(m_window.data(), "Ctrl+End");
     EXPECT_EQ(bar->value(), bar->maximum());
 }
 
 TEST_F(EventLog, FiltersByLevelAndCategoryAndKeepsMessagesWhole)
 {
-    write(lineOf(Severity::Info, Category::Networking, "a")
-          + lineOf(Severity::Warn, Category::Images, "b\nc")
-          + lineOf(Severity::Error, Category::None, "d")
-          + lineOf(Severity::Info, static_cast<Category>(9), "e"));
-    open();
-    ASSERT_TRUE(waitForStatus("5 lines"));
+    openWith(lineOf(Severity::Info, Category::Networking, "a")
+                 + lineOf(Severity::Warn, Category::Images, "b\nc")
+                 + lineOf(Severity::Error, Category::None, "d")
+                 + lineOf(Severity::Info, static_cast<Category>(9), "e"),
+             "5 lines");
     struct {
         char const* toggled;
         char const* shown;
@@ -187,9 +171,9 @@ TEST_F(EventLog, FiltersByLevelAndCategoryAndKeepsMessagesWhole)
     };
     for (auto const& s : steps) {
         action(s.toggled)->trigger();
-        EXPECT_EQ(status(), s.status) << s.toggled;
+        EXPECT_EQ(label("status"), s.status) << s.toggled;
         m_view->setFocus();
-        QTest::keyClick(m_view, Qt::Key_A, Qt::ControlModifier);
+        pressKeys(m_view, "Ctrl+A");
         EXPECT_EQ(*s.shown ? copied() : std::string(), s.shown) << s.toggled;
     }
     write(lineOf(Severity::Warn, Category::None, "f")
@@ -199,9 +183,9 @@ TEST_F(EventLog, FiltersByLevelAndCategoryAndKeepsMessagesWhole)
 
 TEST_F(EventLog, ANewFilterStaysAtTheLine)
 {
-    write(numbered(0, 300) + lineOf(Severity::Warn, Category::Audio, "here") + numbered(300, 600));
-    open();
-    ASSERT_TRUE(waitForStatus("601 lines"));
+    openWith(numbered(0, 300) + lineOf(Severity::Warn, Category::Audio, "here")
+                 + numbered(300, 600),
+             "601 lines");
     m_view->setCurrentRow(300);
     EXPECT_NE(m_view->currentText().indexOf(QLatin1String("here")), -1);
     action("Info")->trigger();
@@ -213,58 +197,51 @@ TEST_F(EventLog, ANewFilterStaysAtTheLine)
 
 TEST_F(EventLog, FindsOnwardAndBackAndInWhatComes)
 {
-    write(numbered(0, 40) + lineOf(Severity::Info, Category::None, "Größe LINE 7")
-          + numbered(41, 50));
-    open();
-    ASSERT_TRUE(waitForStatus("50 lines"));
-    QTest::keyClick(m_view, Qt::Key_F, Qt::ControlModifier);
+    openWith(numbered(0, 40) + lineOf(Severity::Info, Category::None, "Größe LINE 7")
+                 + numbered(41, 50),
+             "50 lines");
+    pressKeys(m_view, "Ctrl+F");
     auto* const field = m_window->findChild<QLineEdit*>();
     ASSERT_TRUE(field->isVisible());
     m_view->setCurrentRow(0);
     field->setText(QStringLiteral("line 7"));
-    ASSERT_TRUE(waitUntil([&] { return found() == "1 of 2"; }));
+    ASSERT_TRUE(waitFor("found", "1 of 2"));
     struct {
-        Qt::KeyboardModifiers modifiers;
+        char const* keys;
         int row;
         char const* found;
     } const steps[] = {
-        { Qt::NoModifier, 40, "2 of 2" },
-        { Qt::NoModifier, 7, "1 of 2" },
-        { Qt::ShiftModifier, 40, "2 of 2" },
-        { Qt::ShiftModifier, 7, "1 of 2" },
+        { "Return", 40, "2 of 2" },
+        { "Return", 7, "1 of 2" },
+        { "Shift+Return", 40, "2 of 2" },
+        { "Shift+Return", 7, "1 of 2" },
     };
     for (auto const& s : steps) {
-        QTest::keyClick(field, Qt::Key_Return, s.modifiers);
+        pressKeys(field, s.keys);
         EXPECT_EQ(m_view->currentRow(), s.row);
-        EXPECT_EQ(found(), s.found);
+        EXPECT_EQ(label("found"), s.found);
         EXPECT_EQ(m_window->findChild<QPlainTextEdit*>()->extraSelections().size(), 1);
     }
     write(lineOf(Severity::Info, Category::None, "line 7 once more"));
-    EXPECT_TRUE(waitUntil([&] { return found() == "1 of 3"; }));
+    EXPECT_TRUE(waitFor("found", "1 of 3"));
     field->setText(QStringLiteral("GRÖSSE"));
-    EXPECT_TRUE(waitUntil([&] { return found() == "Not found"; }));
+    EXPECT_TRUE(waitFor("found", "Not found"));
     field->setText(QStringLiteral("GRÖßE"));
-    EXPECT_TRUE(waitUntil([&] { return found() == "1 of 1"; }));
+    EXPECT_TRUE(waitFor("found", "1 of 1"));
     action("Info")->trigger(); // no line is left
-    EXPECT_TRUE(waitUntil([&] { return found() == "Not found"; }));
-    QTest::keyClick(field, Qt::Key_Escape);
+    EXPECT_TRUE(waitFor("found", "Not found"));
+    pressKeys(field, "Esc");
     EXPECT_FALSE(field->isVisible());
 }
 
 TEST_F(EventLog, CopiesWhatIsSelected)
 {
-    write(numbered(0, 8));
-    open();
-    ASSERT_TRUE(waitForStatus("8 lines"));
-    auto const click = [this](int row, Qt::KeyboardModifiers modifiers) {
-        QTest::mouseClick(m_view->viewport(), Qt::LeftButton, modifiers,
-                          m_view->rectForRow(row).center());
-    };
+    openWith(numbered(0, 8), "8 lines");
     struct {
         int row;
         Qt::KeyboardModifiers modifiers;
         char const* copied;
-    } const steps[] = {
+    } const clicks[] = {
         { 2, Qt::NoModifier, "line 2" },
         { 4, Qt::ShiftModifier, "line 2 line 3 line 4" },
         { 3, Qt::ControlModifier, "line 2 line 4" },
@@ -273,9 +250,10 @@ TEST_F(EventLog, CopiesWhatIsSelected)
         { 3, Qt::ControlModifier, "line 2 line 3 line 4 line 6 line 7" },
         { 0, Qt::NoModifier, "line 0" },
     };
-    for (auto const& s : steps) {
-        click(s.row, s.modifiers);
-        EXPECT_EQ(copied(), s.copied);
+    for (auto const& c : clicks) {
+        QTest::mouseClick(m_view->viewport(), Qt::LeftButton, c.modifiers,
+                          m_view->rectForRow(c.row).center());
+        EXPECT_EQ(copied(), c.copied);
     }
     QTest::mousePress(m_view->viewport(), Qt::LeftButton, {}, m_view->rectForRow(1).center());
     QMouseEvent drag(QEvent::MouseMove, m_view->rectForRow(3).center(), Qt::NoButton,
@@ -289,7 +267,7 @@ TEST_F(EventLog, CopiesWhatIsSelected)
 TEST_F(EventLog, TakesWhateverBecomesOfTheFile)
 {
     open();
-    EXPECT_EQ(status(), "0 lines");
+    EXPECT_EQ(label("status"), "0 lines");
     write({});
     write(numbered(0, 5)); // it came later
     ASSERT_TRUE(waitForStatus("5 lines"));
@@ -306,19 +284,6 @@ TEST_F(EventLog, TakesWhateverBecomesOfTheFile)
     write(numbered(0, 1) + QByteArray(700000, 'x') + '\n' + QByteArray("\xff\xfe\0\x1b[31m\n", 9)
           + numbered(1, 2));
     EXPECT_TRUE(waitForStatus("6 lines")); // one of them in three
-}
-
-TEST(EventLogRow, LevelsCanBeReadInEveryTheme)
-{
-    for (NakAppTheme::ThemeType type : NakAppTheme::themesList()) {
-        auto const palette = NakAppTheme::themeColorsToPalette(NakAppTheme::namedThemeColors(type));
-        auto const style = NakEvLogRow::makeStyle(QFont(), palette, 20);
-        QColor const ground = palette.color(QPalette::Base);
-        for (QColor const& color : style.severity)
-            EXPECT_GE(NakColor::contrast(color, ground), 4.5) << type;
-        EXPECT_GE(NakColor::contrast(style.faint, ground), 4.5) << type;
-        EXPECT_GE(NakColor::contrast(style.found, style.foundText), 4.5) << type;
-    }
 }
 
 } // namespace
