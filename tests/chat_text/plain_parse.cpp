@@ -126,20 +126,21 @@ QString plainInputDump(QString const& text)
     for (;;) {
         int const emojiStart = emoji.hasNext() ? emoji.peekNext().capturedStart() : text.size();
         int const nameStart = names.hasNext() ? names.peekNext().capturedStart() : text.size();
-        if (qMin(qMin(emojiStart, nameStart), pos) >= text.size()) {
+        int const boundary = qMin(emojiStart, nameStart);
+        if (qMin(boundary, pos) >= text.size())
             return out;
-        }
         if (emoji.hasNext() && emojiStart == pos) {
-            out += bracket("shortcode ", emoji.peekNext().captured(1));
-            pos = emoji.next().capturedEnd();
+            QRegularExpressionMatch const match = emoji.next();
+            out += bracket("shortcode ", match.captured(1));
+            pos = match.capturedEnd();
         } else if (names.hasNext() && nameStart == pos) {
-            QString const digits = names.peekNext().captured(2);
+            QRegularExpressionMatch const match = names.next();
+            QString const digits = match.captured(2);
             out += bracket("name ",
-                           names.peekNext().captured(1)
+                           match.captured(1)
                                + (digits.isEmpty() ? digits : QLatin1String(" / ") + digits));
-            pos = names.next().capturedEnd();
+            pos = match.capturedEnd();
         } else {
-            int const boundary = qMin(emojiStart, nameStart);
             out += bracket("text ", boundary < pos ? QString() : text.mid(pos, boundary - pos));
             pos = boundary;
         }
@@ -151,90 +152,29 @@ QString plainInputDump(QString const& text)
 QString displayDump(QString const& text)
 {
     using Kind = DisplayMessagePiece::Kind;
+    static constexpr char const* kinds[] = { "text ",    "emoji ", "user ",  "url ",
+                                             "channel ", "role ",  "block ", "code " };
     QString out;
     for (DisplayMessagePiece const& piece : DisMessageParse::parseDisplayMessage(&text)) {
-        QString const id = piece.id.toString();
-        QString const view = piece.text.toString();
-        switch (piece.kind) {
-        case Kind::Text:
-            out += bracket("text ", view);
-            break;
-        case Kind::CustomEmoji:
-            out += bracket("emoji ", id + QLatin1Char(' ') + view);
-            break;
-        case Kind::UserMention:
-            out += bracket("user ", id);
-            break;
-        case Kind::Url:
-            out += bracket("url ", view);
-            break;
-        case Kind::ChannelMention:
-            out += bracket("channel ", id);
-            break;
-        case Kind::RoleMention:
-            out += bracket("role ", id);
-            break;
-        case Kind::CodeBlock:
-            out += bracket("block ", view + QLatin1String(" / ") + piece.raw.toString());
-            break;
-        case Kind::InlineCode:
-            out += bracket("code ", view);
-            break;
-        }
+        QString what = piece.text.toString();
+        if (piece.id.isValid())
+            what = piece.id.toString() + (what.isEmpty() ? what : QLatin1Char(' ') + what);
+        if (piece.kind == Kind::CodeBlock)
+            what += QLatin1String(" / ") + piece.raw.toString();
+        out += bracket(kinds[static_cast<int>(piece.kind)], what);
     }
     return out;
 }
 
 QString inputDump(QString const& text)
 {
+    static constexpr char const* kinds[] = { "text ", "shortcode ", "name ", "name " };
     QString out;
     for (InputMessagePiece const& piece : DisMessageParse::parseInputMessage(&text)) {
-        QString const view = piece.text.toString();
-        switch (piece.kind) {
-        case InputMessagePiece::Kind::Text:
-            out += bracket("text ", view);
-            break;
-        case InputMessagePiece::Kind::Shortcode:
-            out += bracket("shortcode ", view);
-            break;
-        case InputMessagePiece::Kind::UserWithDiscrim:
-            out += bracket("name ", view + QLatin1String(" / ") + piece.discrim.toString());
-            break;
-        case InputMessagePiece::Kind::UserByName:
-            out += bracket("name ", view);
-            break;
-        }
+        QString what = piece.text.toString();
+        if (!piece.discrim.isEmpty())
+            what += QLatin1String(" / ") + piece.discrim.toString();
+        out += bracket(kinds[static_cast<int>(piece.kind)], what);
     }
     return out;
-}
-
-bool displayCovers(QString const& text)
-{
-    using Kind = DisplayMessagePiece::Kind;
-    int pos = 0;
-    for (DisplayMessagePiece const& piece : DisMessageParse::parseDisplayMessage(&text)) {
-        QStringView const rest = QStringView(text).mid(pos);
-        if (piece.kind == Kind::CodeBlock) {
-            if (!rest.startsWith(piece.raw)) {
-                return false;
-            }
-            pos += int(piece.raw.size());
-        } else if (piece.kind == Kind::InlineCode) {
-            if (!rest.mid(1).startsWith(piece.text)) {
-                return false;
-            }
-            pos += int(piece.text.size()) + 2;
-        } else if (piece.kind == Kind::Text || piece.kind == Kind::Url) {
-            if (!rest.startsWith(piece.text)) {
-                return false;
-            }
-            pos += int(piece.text.size());
-        } else {
-            if (!rest.startsWith(QLatin1Char('<'))) {
-                return false;
-            }
-            pos = text.indexOf(QLatin1Char('>'), pos) + 1;
-        }
-    }
-    return pos == text.size();
 }

@@ -16,6 +16,3 @@ QString plainInputDump(QString const& text);
 // The same for what the reader under test gives.
 QString displayDump(QString const& text);
 QString inputDump(QString const& text);
-
-// Whether the display pieces cover the text from its first character to its last, without holes.
-bool displayCovers(QString const& text);

@@ -16,13 +16,9 @@ struct ParseCase {
 
 ParseCase const displayCases[] = {
     { "", "" },
-    { "hello", "[text hello]" },
     { "**bold** _it_ ~~s~~ ||x|| > q", "[text **bold** _it_ ~~s~~ ||x|| > q]" },
-    { "a:b://c", "[text a:b://c]" },
     // custom emoji
-    { "<:smile:12>", "[emoji 12 smile]" },
-    { "<a:smile:12>", "[emoji 12 smile]" },
-    { "x<:a:1><:b_2:2>y", "[text x][emoji 1 a][emoji 2 b_2][text y]" },
+    { "x<:a:1><a:b_2:2>y", "[text x][emoji 1 a][emoji 2 b_2][text y]" },
     { "<:a b:1>", "[text <:a b:1>]" },
     { "<b:a:1>", "[text <b:a:1>]" },
     { "<:a:>", "[text <:a:>]" },
@@ -38,26 +34,17 @@ ParseCase const displayCases[] = {
     // addresses
     { "http://a", "[text ][url http://a]" },
     { "see https://a.b/c?d#e.", "[text see][text  ][url https://a.b/c?d#e.]" },
-    { "xhttp://a", "[text xhttp://a]" },
-    { "(http://a)", "[text (http://a)]" },
-    { "<http://a>", "[text <http://a>]" },
-    { "HTTP://a", "[text HTTP://a]" },
-    { "ftp://a", "[text ftp://a]" },
-    { "http://", "[text http://]" },
+    { "xhttp://a (http://a) HTTP://a ftp://a http://",
+      "[text xhttp://a (http://a) HTTP://a ftp://a http://]" },
     { "a\nhttp://b\nc", "[text a][text \n][url http://b][text \nc]" },
     { "http://a http://b", "[text ][url http://a][text  ][url http://b]" },
-    { "http://a/<@5>", "[text ][url http://a/<@5>]" },
-    { "http://a`b`", "[text ][url http://a`b`]" },
+    { "http://a/<@5>`b`", "[text ][url http://a/<@5>`b`]" },
     { "<@5>http://a", "[user 5][text http://a]" },
-    { "<@5>\nhttp://a", "[user 5][text \n][url http://a]" },
     // inline code
-    { "`x`", "[text ][code x]" },
     { "a `<@5>` b", "[text a ][text ][code <@5>][text  b]" },
     { "`a\nb`", "[text ][code a\nb]" },
     { "``", "[text ``]" },
     { "`a``b`", "[text ][code a][text ][code b]" },
-    { "`http://a`", "[text ][code http://a]" },
-    { "` http://a`", "[text ][code  http://a]" },
     { "` http://a` c", "[text ][code  http://a][text  c]" },
     // fenced blocks
     { "```cpp\nint x;\n```", "[block int x; / ```cpp\nint x;\n```]" },
@@ -67,12 +54,8 @@ ParseCase const displayCases[] = {
     { "```\n```", "[block  / ```\n```]" },
     { "```\n\n```", "[block  / ```\n\n```]" },
     { "```a b\nc\nd```", "[block c\nd / ```a b\nc\nd```]" },
-    { "x```y```z", "[text x][block y / ```y```][text z]" },
-    { "```y```\nz", "[block y / ```y```\n][text z]" },
-    { "```y```\n\nz", "[block y / ```y```\n][text \nz]" },
+    { "x```y```\n\nz", "[text x][block y / ```y```\n][text \nz]" },
     { "```a``````b```", "[block a / ```a```][block b / ```b```]" },
-    { "```", "[text ```]" },
-    { "x```", "[text x```]" },
     { "````", "[text ````]" },
     { "``` <@5>", "[text ``` ][user 5]" },
     { "```a`b", "[text ``][text ][code a][text b]" },
@@ -81,59 +64,30 @@ ParseCase const displayCases[] = {
     { "`a ```b``` c`", "[text `a ][block b / ```b```][text  c`]" },
 };
 
-TEST(DisplayMessage, Table)
+ParseCase const inputCases[] = {
+    { "", "" },
+    { "a:smile:b", "[text a][shortcode smile][text b]" },
+    { ":a:b:c:", "[shortcode a][text b][shortcode c]" },
+    { ":: :a b: :+1:", "[text :: :a b: :+1:]" },
+    { ":a-b_1:", "[shortcode a-b_1]" },
+    { "`:a:` ```@b#1```", "[text `][shortcode a][text ` ```][name b / 1][text ```]" },
+    { "hi @ann bee#12!", "[text hi ][name ann bee / 12][text !]" },
+    { "@ann#x", "[name ann][text x]" },
+    { "@ann @#1", "[text @ann @#1]" },
+    { "@@ann#1", "[text @][name ann / 1]" },
+    { "a@b\nc#1", "[text a][name b\nc / 1]" },
+    // The scanner goes back for the shortcode inside the name that it has just taken.
+    { "@a:b:c#1 :d:", "[name a:b:c / 1][text ][shortcode b][text c#1 ][shortcode d]" },
+    { ":a:@b#1", "[shortcode a][name b / 1]" },
+};
+
+TEST(MessageParse, Tables)
 {
     for (ParseCase const& c : displayCases) {
         QString const text = QString::fromUtf8(c.text);
         EXPECT_EQ(displayDump(text).toStdString(), c.pieces) << c.text;
         EXPECT_EQ(plainDisplayDump(text).toStdString(), c.pieces) << c.text;
-        EXPECT_TRUE(displayCovers(text)) << c.text;
     }
-}
-
-TEST(DisplayMessage, PiecesAreViewsIntoAPartOfAText)
-{
-    QString const text = QStringLiteral("<@1>a `b` <:c:2>");
-    auto const run = DisMessageParse::parseDisplayMessage(text.midRef(4));
-    ASSERT_EQ(run.size(), 5);
-    EXPECT_EQ(run[0].text.data(), text.constData() + 4);
-    EXPECT_EQ(run[2].text.data(), text.constData() + 7);
-    EXPECT_EQ(run[4].text.data(), text.constData() + 12);
-}
-
-TEST(DisplayMessage, MoreThanFitInPlace)
-{
-    QString const text = QStringLiteral("<@1>").repeated(1000);
-    EXPECT_EQ(DisMessageParse::parseDisplayMessage(&text).size(), 1000);
-}
-
-ParseCase const inputCases[] = {
-    { "", "" },
-    { "hello", "[text hello]" },
-    { ":smile:", "[shortcode smile]" },
-    { "a:smile:b", "[text a][shortcode smile][text b]" },
-    { ":a:b:c:", "[shortcode a][text b][shortcode c]" },
-    { "::", "[text ::]" },
-    { ":a b:", "[text :a b:]" },
-    { ":+1:", "[text :+1:]" },
-    { ":a-b_1:", "[shortcode a-b_1]" },
-    { "`:a:` ```@b#1```", "[text `][shortcode a][text ` ```][name b / 1][text ```]" },
-    { "@ann#1234!", "[name ann / 1234][text !]" },
-    { "hi @ann bee#12", "[text hi ][name ann bee / 12]" },
-    { "@ann#", "[name ann]" },
-    { "@ann#x", "[name ann][text x]" },
-    { "@ann", "[text @ann]" },
-    { "@@ann#1", "[text @][name ann / 1]" },
-    { "@#1", "[text @#1]" },
-    { "a@b\nc#1", "[text a][name b\nc / 1]" },
-    // The scanner goes back for the shortcode inside the name that it has just taken.
-    { "@a:b:c#1", "[name a:b:c / 1][text ][shortcode b][text c#1]" },
-    { "@a:b:c#1 :d:", "[name a:b:c / 1][text ][shortcode b][text c#1 ][shortcode d]" },
-    { ":a:@b#1", "[shortcode a][name b / 1]" },
-};
-
-TEST(InputMessage, Table)
-{
     for (ParseCase const& c : inputCases) {
         QString const text = QString::fromUtf8(c.text);
         EXPECT_EQ(inputDump(text).toStdString(), c.pieces) << c.text;
@@ -141,17 +95,22 @@ TEST(InputMessage, Table)
     }
 }
 
-TEST(InputMessage, LongestNamesAndShortcodes)
+TEST(MessageParse, PiecesAreViewsIntoAPartOfAText)
+{
+    QString const text = QStringLiteral("<@1>a `b` <:c:2>");
+    auto const run = DisMessageParse::parseDisplayMessage(text.midRef(4));
+    ASSERT_EQ(run.size(), 5);
+    EXPECT_EQ(run[0].text.data(), text.constData() + 4);
+    EXPECT_EQ(run[4].text.data(), text.constData() + 12);
+}
+
+TEST(MessageParse, NamesAndShortcodesHaveAtMostFiftyCharacters)
 {
     QString const fifty(50, QLatin1Char('n'));
-    EXPECT_EQ(inputDump(QLatin1Char('@') + fifty + QLatin1String("#1")),
-              QLatin1String("[name ") + fifty + QLatin1String(" / 1]"));
-    QString const longName = QLatin1String("@n") + fifty + QLatin1String("#1");
-    EXPECT_EQ(inputDump(longName), QLatin1String("[text ") + longName + QLatin1Char(']'));
-    EXPECT_EQ(inputDump(QLatin1Char(':') + fifty + QLatin1Char(':')),
-              QLatin1String("[shortcode ") + fifty + QLatin1Char(']'));
-    QString const longCode = QLatin1String(":n") + fifty + QLatin1Char(':');
-    EXPECT_EQ(inputDump(longCode), QLatin1String("[text ") + longCode + QLatin1Char(']'));
+    EXPECT_EQ(inputDump(QLatin1Char('@') + fifty + QLatin1String("#1:") + fifty + QLatin1Char(':')),
+              QStringLiteral("[name %1 / 1][shortcode %1]").arg(fifty));
+    QString const longer = QStringLiteral("@n%1#1 :n%1:").arg(fifty);
+    EXPECT_EQ(inputDump(longer), QStringLiteral("[text %1]").arg(longer));
 }
 
 // Texts made of the parts that matter, so that they meet in every way.
@@ -167,12 +126,10 @@ TEST(MessageParse, RandomTextsReadAsThePlainReaderReadsThem)
     std::mt19937 random(7);
     for (int i = 0; i < 20000; ++i) {
         QString text;
-        for (int n = int(random() % 14); n > 0; --n) {
-            text += QString::fromUtf8(parts[random() % (sizeof parts / sizeof *parts)]);
-        }
+        for (int n = int(random() % 14); n > 0; --n)
+            text += QString::fromUtf8(parts[random() % std::size(parts)]);
         ASSERT_EQ(displayDump(text), plainDisplayDump(text)) << text.toStdString();
         ASSERT_EQ(inputDump(text), plainInputDump(text)) << text.toStdString();
-        ASSERT_TRUE(displayCovers(text)) << text.toStdString();
     }
 }
 

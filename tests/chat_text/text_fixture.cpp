@@ -2,13 +2,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "text_fixture.h"
 
-#include "dis_cache.h"
-
 #include <QGuiApplication>
 #include <QPalette>
 #include <QTextBlock>
-
-#include <sqlite3.h>
 
 // Names: users 1 ann#0001, 2 bob#0002, 3 without a discriminator; channel 20 #general in guild 10;
 // roles 30 (red), 31 (no colour); user 1 has role 30; emoji 40 "wave", 41 "spin" (animated) and
@@ -31,15 +27,9 @@ TextFixture::TextFixture()
 {
     preferences.messageBufferFont = QFont(QStringLiteral("DejaVu Sans"), 10);
     preferences.messageMonospaceFont = QFont(QStringLiteral("DejaVu Sans Mono"), 10);
-    g_preferences = &preferences;
-    client = std::make_unique<DisClient>(
-        DisClientConstants(), directory.filePath(QStringLiteral("store.nakdb")), nullptr);
-    g_disClient = client.get();
-    DisCache::createGlobalData();
-    exec(names);
-    g_globalEvents = &events;
-    emoji = std::make_unique<DisEmojiImages>(directory.filePath(QStringLiteral("emoji.nakdb")),
-                                             QString(), nullptr);
+    run(names);
+    emoji = std::make_unique<DisEmojiImages>(dir.filePath(QStringLiteral("emoji.nakdb")), QString(),
+                                             nullptr);
     g_disEmojiImages = emoji.get();
     manager = std::make_unique<DisTextDocumentManager>();
     g_disTextDocumentManager = manager.get();
@@ -51,23 +41,6 @@ TextFixture::~TextFixture()
     manager.reset();
     g_disEmojiImages = nullptr;
     emoji.reset();
-    g_globalEvents = nullptr;
-    DisCache::destroyGlobalData();
-    g_disClient = nullptr;
-    client.reset();
-    g_preferences = nullptr;
-}
-
-void TextFixture::exec(char const* sql)
-{
-    char* message = nullptr;
-    ASSERT_EQ(sqlite3_exec(client->db(), sql, nullptr, nullptr, &message), SQLITE_OK) << message;
-}
-
-void TextFixture::announce(DisChanges const& changes)
-{
-    DisCache::applyChanges(changes);
-    emit client->disChanges(changes);
 }
 
 namespace {
@@ -75,29 +48,19 @@ namespace {
 QString role(QTextCharFormat const& format)
 {
     QStringList words;
-    if (format.font().family() == QLatin1String("DejaVu Sans Mono")) {
-        words.append(QStringLiteral("mono"));
-    }
-    if (format.fontWeight() == 75) {
-        words.append(QStringLiteral("bold"));
-    }
-    if (format.fontItalic()) {
-        words.append(QStringLiteral("italic"));
-    }
-    if (format.underlineStyle() == QTextCharFormat::SingleUnderline) {
-        words.append(QStringLiteral("underlined"));
-    }
-    if (format.isAnchor()) {
-        words.append(QLatin1Char('>') + format.anchorHref());
-    }
-    if (format.hasProperty(QTextFormat::ForegroundBrush)) {
-        bool const dim = format.foreground()
-            == QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text);
-        words.append(dim ? QStringLiteral("dim") : format.foreground().color().name());
-    }
-    if (format.background().color() == QColor(0, 0, 0, 30)) {
-        words.append(QStringLiteral("shaded"));
-    }
+    auto const add = [&words](bool has, QString const& word) {
+        if (has)
+            words.append(word);
+    };
+    QBrush const dim = QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text);
+    add(format.font().family() == QLatin1String("DejaVu Sans Mono"), QStringLiteral("mono"));
+    add(format.fontWeight() == 75, QStringLiteral("bold"));
+    add(format.fontItalic(), QStringLiteral("italic"));
+    add(format.underlineStyle() == QTextCharFormat::SingleUnderline, QStringLiteral("underlined"));
+    add(format.isAnchor(), QLatin1Char('>') + format.anchorHref());
+    add(format.hasProperty(QTextFormat::ForegroundBrush),
+        format.foreground() == dim ? QStringLiteral("dim") : format.foreground().color().name());
+    add(format.background().color() == QColor(0, 0, 0, 30), QStringLiteral("shaded"));
     return words.join(QLatin1Char(' '));
 }
 
@@ -108,9 +71,8 @@ std::string dump(QTextDocument const& document)
     QStringList lines;
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
         QString line;
-        if (block.blockFormat().leftMargin() == 5.0) {
+        if (block.blockFormat().leftMargin() == 5.0)
             line += QStringLiteral("fence ");
-        }
         for (auto it = block.begin(); !it.atEnd(); ++it) {
             QTextCharFormat const format = it.fragment().charFormat();
             QTextImageFormat const image = format.toImageFormat();
