@@ -4,9 +4,7 @@
 
 // Trees as text, so that a test compares whole values and a failure is a diff.
 
-#include "dread.h"
-
-#include <QString>
+#include "dread_etf.h"
 
 #include <string>
 
@@ -15,9 +13,27 @@
 std::string dump(Dread::Ctx const& ctx, Dread::Val const& value);
 std::string quotedBytes(std::string const& bytes);
 
-// What a term of tests/data/etf reads as, from the way that Erlang prints it: the same text that
-// dump gives. Follows Erlang's rules for which tags its encoder picks. Throws nothing; a term of no
-// kind that we take gives an empty string.
-std::string expectedFromErlang(std::string const& printed);
+// The tree of a frame, with what it points into.
+class Tree {
+public:
+    explicit Tree(std::string frame);
+    ~Tree();
+    Tree(Tree const&) = delete;
+    Tree& operator=(Tree const&) = delete;
+
+    // The tree as text, or the error's words.
+    std::string text() const;
+
+    std::string const bytes;
+    Dread::Ctx ctx;
+    DreadUtils::BuildResult const built;
+};
 
 std::string readFile(std::string const& nameBelowData);
+std::string repeated(std::string const& text, int times);
+
+// A literal with zeros in it.
+template <std::size_t N> std::string raw(char const (&bytes)[N])
+{
+    return std::string(bytes, N - 1);
+}

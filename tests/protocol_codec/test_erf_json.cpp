@@ -1,33 +1,27 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "dread_etf.h"
 #include "dump.h"
-#include "session.h"
+#include "etf_agree.h"
+#include "packed_session.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include <gtest/gtest.h>
+#include <sys/mman.h>
 
 #include <vector>
 
 namespace {
-
-template <std::size_t N> std::string raw(char const (&bytes)[N])
-{
-    return std::string(bytes, N - 1);
-}
 
 // What a JSON line looks like once it went through Erlang: an empty list is nil, a list of nothing
 // but bytes is a string.
 QJsonValue throughErlang(QJsonValue const& value)
 {
     if (value.isObject()) {
-        QJsonObject object;
-        QJsonObject const source = value.toObject();
-        for (auto it = source.begin(); it != source.end(); ++it) {
-            object.insert(it.key(), throughErlang(it.value()));
+        QJsonObject object = value.toObject();
+        for (auto it = object.begin(); it != object.end(); ++it) {
+            it.value() = throughErlang(it.value());
         }
         return object;
     }
@@ -38,7 +32,7 @@ QJsonValue throughErlang(QJsonValue const& value)
     QString bytes;
     for (auto const& element : value.toArray()) {
         array.append(throughErlang(element));
-        int const number = element.isDouble() ? element.toInt(-1) : -1;
+        int const number = element.toInt(-1);
         if (number >= 0 && number <= 255) {
             bytes += QChar(number);
         }
@@ -54,152 +48,102 @@ std::string textOf(QJsonValue const& value)
     return QJsonDocument(QJsonArray{ value }).toJson().toStdString();
 }
 
-// A tree as JSON, numbers of 64 bits as strings.
-QJsonValue fromTree(Dread::Ctx const& ctx, Dread::Val const& value)
-{
-    QJsonArray array;
-    QJsonObject object;
-    switch (value.tag) {
-    case Dread::Tag::Nil:
-        return {};
-    case Dread::Tag::Bool:
-        return value.boolean;
-    case Dread::Tag::Uint8:
-        return value.uint8;
-    case Dread::Tag::Int32:
-        return value.int32;
-    case Dread::Tag::Int64:
-        return QString::number(value.int64);
-    case Dread::Tag::Uint64:
-        return QString::number(value.uint64);
-    case Dread::Tag::Float64:
-        return value.float64;
-    case Dread::Tag::String:
-        return QString::fromUtf8(value.stringData, static_cast<int>(value.stringLength));
-    case Dread::Tag::List:
-        for (quint32 i = 0; i < value.list.count; ++i) {
-            array.append(fromTree(ctx, Dread::listAt(ctx, value.list, i)));
-        }
-        return array;
-    case Dread::Tag::Map:
-        for (quint32 i = 0; i < value.map.count; ++i) {
-            Dread::Key const& key = Dread::mapKeyAt(ctx, value.map, i);
-            object.insert(QString::fromUtf8(key.data, key.length),
-                          fromTree(ctx, Dread::mapValueAt(ctx, value.map, i)));
-        }
-        return object;
-    }
-    return QJsonValue::Undefined;
-}
-
-std::string toEtf(QJsonValue const& value)
-{
-    QString error;
-    QByteArray const bytes = Erf::toEtf(value, error);
-    return error.isEmpty() ? bytes.toStdString() : "error: " + error.toStdString();
-}
-
 QJsonValue json(char const* text)
 {
     return QJsonDocument::fromJson('[' + QByteArray(text) + ']').array().at(0);
+}
+
+// As textOf, or the error behind a "!".
+std::string readTerm(std::string const& bytes)
+{
+    QString error;
+    QJsonValue const value = Erf::toJson(bytes.data(), bytes.size(), error);
+    return error.isEmpty() ? textOf(value)
+        : value.isNull()   ? '!' + error.toStdString()
+                           : "a value and an error";
+}
+
+std::string writtenTerm(QJsonValue const& value)
+{
+    QString error;
+    QByteArray const bytes = Erf::toEtf(value, error);
+    return error.isEmpty() ? bytes.toStdString() : '!' + error.toStdString();
 }
 
 } // namespace
 
 TEST(ErfJson, AWholeSessionEqualsItsJson)
 {
-    std::vector<std::string> const frames = inflatedSession();
-    QList<QByteArray> lines =
-        QByteArray::fromStdString(readFile("gateway/session.jsonl")).split('\n');
-    lines.removeLast();
-    ASSERT_EQ(frames.size(), 176U);
-    ASSERT_EQ(lines.size(), 176);
-    for (std::size_t i = 0; i < frames.size(); ++i) {
-        QJsonValue const line = QJsonDocument::fromJson(lines.at(static_cast<int>(i))).object();
-        std::string const expected = textOf(throughErlang(line));
-        QString error;
-        EXPECT_EQ(textOf(Erf::toJson(frames[i].data(), frames[i].size(), error)), expected) << i;
-        EXPECT_EQ(error.toStdString(), "") << i;
-        Dread::Ctx ctx;
-        auto const built = DreadUtils::buildFromEtf(&ctx, frames[i].data(), frames[i].size());
-        ASSERT_FALSE(built.isError) << i;
-        EXPECT_EQ(textOf(fromTree(ctx, built.root)), expected) << i;
-        Dread::destroy(&ctx);
-        Erf::destroy(built.prepared);
+    auto const frames = inflatedSession();
+    auto const lines = QByteArray::fromStdString(readFile("gateway/session.jsonl")).split('\n');
+    ASSERT_EQ(frames.size(), 176);
+    for (int i = 0; i < frames.size(); ++i) {
+        QJsonValue const line = QJsonDocument::fromJson(lines.at(i)).object();
+        EXPECT_EQ(readTerm(frames[i].toStdString()), textOf(throughErlang(line))) << i;
+        EXPECT_STREQ(EtfAgree::disagreement(frames[i].data(), frames[i].size()), "") << i;
     }
 }
 
 TEST(ErfJson, ReadsTerms)
 {
     struct Case {
-        std::string bytes;
-        char const* expected; // JSON, or the error behind a !
+        std::string term; // behind the version byte
+        char const* expected;
     };
     std::vector<Case> const cases{
-        { raw("\x83j"), "null" },
-        { raw("\x83"
-              "a\1"),
-          "1" },
-        { raw("\x83"
-              "b\xff\xff\xff\xff"),
-          "-1" },
-        { raw("\x83n\x08\0\xff\xff\xff\xff\xff\xff\xff\xff"), "\"18446744073709551615\"" },
-        { raw("\x83n\1\1\5"), "\"-5\"" },
-        { raw("\x83s\3nil"), "null" },
-        { raw("\x83s\4true"), "true" },
-        { raw("\x83s\5false"), "false" },
-        { raw("\x83s\2no"), "\"no\"" },
-        { raw("\x83t\0\0\0\1s\4truel\0\0\0\2a\1jj"), "{\"true\":[1,null]}" },
-        { raw("\x83t\0\0\0\1a\1a\2"), "!Invalid object key: Uint8 (1)" },
-        { raw("\x83t\0\0\0\1a"), "!Ended unexpectedly" },
-        { raw("\x83l\0\0\0\1t\0\0\0\1s\1kz"), "!Unknown term type 122" },
-        { raw("\x83l\0\0\0\2ja"), "!Ended unexpectedly" },
-        { raw("\x84j"), "!Failed to initialize parser state" },
+        { "j", "null" },
+        { "a\1", "1" },
+        { "b\xff\xff\xff\xff", "-1" },
+        { raw("n\x08\0\xff\xff\xff\xff\xff\xff\xff\xff"), "\"18446744073709551615\"" },
+        { raw("n\1\1\5"), "\"-5\"" },
+        { "s\3nil", "null" },
+        { "s\4true", "true" },
+        { "s\5false", "false" },
+        { "s\2no", "\"no\"" },
+        { raw("t\0\0\0\1s\4truel\0\0\0\2a\1jj"), "{\"true\":[1,null]}" },
+        { raw("t\0\0\0\1a\1a\2"), "!Invalid object key: Uint8 (1)" },
+        { raw("t\0\0\0\1a"), "!Ended unexpectedly" },
+        { raw("l\0\0\0\1t\0\0\0\1s\1kz"), "!Unknown term type 122" },
+        { raw("l\0\0\0\2ja"), "!Ended unexpectedly" },
     };
     for (Case const& one : cases) {
-        QString error;
-        QJsonValue const value = Erf::toJson(one.bytes.data(), one.bytes.size(), error);
-        if (one.expected[0] == '!') {
-            EXPECT_EQ('!' + error.toStdString(), one.expected);
-            EXPECT_TRUE(value.isNull()) << one.expected;
-        } else {
-            EXPECT_EQ(textOf(value), textOf(json(one.expected)));
-            EXPECT_EQ(error.toStdString(), "") << one.expected;
-        }
+        EXPECT_EQ(readTerm("\x83" + one.term),
+                  one.expected[0] == '!' ? one.expected : textOf(json(one.expected)));
     }
+    EXPECT_EQ(readTerm("\x84j"), "!Failed to initialize parser state");
 }
 
 TEST(ErfJson, WritesTerms)
 {
     struct Case {
-        char const* json;
+        QJsonValue value;
         std::string bytes; // behind the version byte
     };
     std::vector<Case> const cases{
-        { "null", raw("s\3nil") },
-        { "true", raw("s\4true") },
-        { "false", raw("s\5false") },
-        { "0", raw("b\0\0\0\0") },
-        { "1", raw("a\1") },
-        { "255", raw("a\xff") },
-        { "256", raw("b\0\0\1\0") },
-        { "-1", raw("b\xff\xff\xff\xff") },
-        { "2147483647", raw("b\x7f\xff\xff\xff") },
-        { "-2147483648", raw("b\x80\0\0\0") },
-        { "2147483648", raw("b\0\0\0\0") },
-        { "1.5", raw("b\0\0\0\0") },
-        { "\"\"", raw("m\0\0\0\0") },
-        { "\"\\u00e9\"", raw("m\0\0\0\2\xc3\xa9") },
-        { "[]", raw("l\0\0\0\0j") },
-        { "[1,[2]]", raw("l\0\0\0\2a\1l\0\0\0\1a\2jj") },
-        { "{}", raw("t\0\0\0\0") },
-        { "{\"op\":1,\"d\":\"175928847299117063\"}",
+        { json("null"), raw("s\3nil") },
+        { true, raw("s\4true") },
+        { false, raw("s\5false") },
+        { 0, raw("b\0\0\0\0") },
+        { 1, raw("a\1") },
+        { 255, raw("a\xff") },
+        { 256, raw("b\0\0\1\0") },
+        { -1, raw("b\xff\xff\xff\xff") },
+        { 2147483647, raw("b\x7f\xff\xff\xff") },
+        { json("-2147483648"), raw("b\x80\0\0\0") },
+        { json("2147483648"), raw("b\0\0\0\0") },
+        { 1.5, raw("b\0\0\0\0") },
+        { json("\"\""), raw("m\0\0\0\0") },
+        { json("\"\\u00e9\""), raw("m\0\0\0\2\xc3\xa9") },
+        { json("[]"), raw("l\0\0\0\0j") },
+        { json("[1,[2]]"), raw("l\0\0\0\2a\1l\0\0\0\1a\2jj") },
+        { json("{}"), raw("t\0\0\0\0") },
+        { json("{\"op\":1,\"d\":\"175928847299117063\"}"),
           raw("t\0\0\0\2m\0\0\0\1dm\0\0\0\022175928847299117063m\0\0\0\2opa\1") },
     };
     for (Case const& one : cases) {
-        EXPECT_EQ(quotedBytes(toEtf(json(one.json))), quotedBytes("\x83" + one.bytes)) << one.json;
+        EXPECT_EQ(quotedBytes(writtenTerm(one.value)), quotedBytes("\x83" + one.bytes));
     }
-    EXPECT_EQ(toEtf(QJsonValue::Undefined), "error: Cannot encode JSON 'undefined' value");
+    EXPECT_EQ(writtenTerm(QJsonValue::Undefined), "!Cannot encode JSON 'undefined' value");
 }
 
 TEST(ErfJson, BoundsTheDepthThatItWrites)
@@ -208,6 +152,20 @@ TEST(ErfJson, BoundsTheDepthThatItWrites)
     for (int i = 0; i < 256; ++i) {
         value = QJsonArray{ value };
     }
-    EXPECT_EQ(toEtf(value).size(), 1 + 256 * 5 + 2 + 256);
-    EXPECT_EQ(toEtf(QJsonArray{ value }), "error: JSON value is nested too deeply");
+    EXPECT_EQ(writtenTerm(value).size(), 1 + 256 * 5 + 2 + 256);
+    EXPECT_EQ(writtenTerm(QJsonArray{ value }), "!JSON value is nested too deeply");
+}
+
+TEST(ErfJson, RefusesToMakeATextOfTwoGigabytes)
+{
+    // Mapped but never touched behind its head: a binary whose length is negative when signed.
+    std::size_t const size = std::size_t(0x80000000) + 6;
+    void* const block = mmap(nullptr, size, PROT_READ | PROT_WRITE,
+                             MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    ASSERT_NE(block, MAP_FAILED);
+    memcpy(block, "\x83m\x80\0\0\0", 6);
+    QString error;
+    EXPECT_TRUE(Erf::toJson(block, size, error).isNull());
+    EXPECT_EQ(error.toStdString(), "Binary string data too large");
+    munmap(block, size);
 }
