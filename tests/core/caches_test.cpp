@@ -9,328 +9,160 @@
 
 #include <algorithm>
 #include <random>
-#include <set>
 #include <vector>
 
 namespace {
 
-// Every key but the oldest, as recentKeys gives them.
-std::string keys(NakKVCache<int, QString> const& cache, int count = -1)
-{
-    std::string out;
-    for (int key : cache.recentKeys(count))
-        out += std::to_string(key) + ' ';
-    return out;
-}
+using Pair = std::pair<int, int>;
 
-std::string valueOf(NakKVCache<int, QString>& cache, int key)
-{
-    QString const* value = cache.find(key);
-    return value ? value->toStdString() : "absent";
-}
+// What a cache should hold, the most recent first.
+template <typename Key> struct Recent {
+    struct Entry {
+        Key key;
+        int value;
+        int cost;
+    };
+    std::vector<Entry> entries;
 
-QString text(int number)
-{
-    return QString::number(number);
-}
+    bool drop(Key const& key)
+    {
+        return dropIf([&](Key const& other) { return other == key; });
+    }
+    template <typename Predicate> bool dropIf(Predicate goes)
+    {
+        auto const first = std::remove_if(entries.begin(), entries.end(),
+                                          [&](Entry const& entry) { return goes(entry.key); });
+        bool const any = first != entries.end();
+        entries.erase(first, entries.end());
+        return any;
+    }
+    void put(Key const& key, int value, int cost = 1)
+    {
+        entries.insert(entries.begin(), { key, value, cost });
+    }
+    Entry const* use(Key const& key)
+    {
+        auto const it = std::find_if(entries.begin(), entries.end(),
+                                     [&](Entry const& entry) { return entry.key == key; });
+        if (it == entries.end())
+            return nullptr;
+        std::rotate(entries.begin(), it, it + 1);
+        return &entries.front();
+    }
+    int cost() const
+    {
+        int sum = 0;
+        for (Entry const& entry : entries)
+            sum += entry.cost;
+        return sum;
+    }
+    void shrinkTo(int most)
+    {
+        while (!entries.empty() && cost() > most)
+            entries.pop_back();
+    }
+};
 
 } // namespace
-
-TEST(KVCache, ForgetsWhatWasUsedLongestAgo)
-{
-    NakKVCache<int, QString> cache(3);
-    for (int key : { 1, 2, 3 })
-        EXPECT_EQ(*cache.insert(key, text(key)), text(key));
-    EXPECT_EQ(keys(cache), "3 2 ");
-    EXPECT_EQ(valueOf(cache, 1), "1"); // now the most recent
-    cache.insert(4, text(4));
-    EXPECT_EQ(valueOf(cache, 2), "absent");
-    EXPECT_EQ(keys(cache), "4 1 ");
-    EXPECT_EQ(cache.count(), 3);
-}
-
-TEST(KVCache, Costs)
-{
-    NakKVCache<int, QString> cache(10);
-    cache.insert(1, text(1), 4);
-    cache.insert(2, text(2), 4);
-    cache.insert(3, text(3), 2);
-    EXPECT_EQ(cache.totalCost(), 10);
-    cache.insert(4, text(4), 5); // 1 and 2 have to go: 2 + 5 fit
-    EXPECT_EQ(valueOf(cache, 1), "absent");
-    EXPECT_EQ(valueOf(cache, 2), "absent");
-    EXPECT_EQ(valueOf(cache, 3), "3");
-    EXPECT_EQ(cache.totalCost(), 7);
-    cache.insert(4, text(44), 1);
-    EXPECT_EQ(valueOf(cache, 4), "44");
-    EXPECT_EQ(cache.totalCost(), 3);
-    EXPECT_NE(cache.insert(5, text(5), 10), nullptr); // as large as all
-    EXPECT_EQ(cache.count(), 1);
-}
-
-TEST(KVCache, TooLargeAValueErasesTheOldOne)
-{
-    NakKVCache<int, QString> cache(10);
-    EXPECT_EQ(cache.insert(1, text(1), 11), nullptr);
-    EXPECT_EQ(valueOf(cache, 1), "absent");
-    cache.insert(1, text(1), 1);
-    cache.insert(2, text(2), 1);
-    EXPECT_EQ(cache.insert(1, text(1), 11), nullptr);
-    EXPECT_EQ(valueOf(cache, 1), "absent");
-    EXPECT_EQ(valueOf(cache, 2), "2");
-    EXPECT_EQ(cache.totalCost(), 1);
-}
-
-TEST(KVCache, RecentKeys)
-{
-    struct {
-        int entries;
-        int count;
-        char const* keys;
-    } const cases[] = {
-        { 0, 5, "" },         { 1, -1, "" },         { 1, 1, "" }, { 2, -1, "2 " },
-        { 2, 2, "2 " },       { 5, 1, "5 " },        { 5, 0, "" }, { 5, 4, "5 4 3 2 " },
-        { 5, 9, "5 4 3 2 " }, { 5, -3, "5 4 3 2 " },
-    };
-    for (auto const& c : cases) {
-        NakKVCache<int, QString> cache(10);
-        for (int key = 1; key <= c.entries; ++key)
-            cache.insert(key, text(key));
-        EXPECT_EQ(keys(cache, c.count), c.keys) << c.entries << ' ' << c.count;
-    }
-}
-
-TEST(KVCache, RemoveClearAndShrink)
-{
-    NakKVCache<int, QString> cache(5);
-    for (int key = 1; key <= 5; ++key)
-        cache.insert(key, text(key));
-    EXPECT_TRUE(cache.remove(3)); // from the middle, the head and the tail
-    EXPECT_TRUE(cache.remove(5));
-    EXPECT_TRUE(cache.remove(1));
-    EXPECT_FALSE(cache.remove(1));
-    EXPECT_EQ(keys(cache), "4 ");
-    cache.setMaxAndReserveCount(1);
-    EXPECT_EQ(valueOf(cache, 2), "absent");
-    EXPECT_EQ(valueOf(cache, 4), "4");
-    cache.setMaxAndReserveCount(0);
-    EXPECT_EQ(cache.count(), 0);
-    EXPECT_EQ(cache.insert(1, text(1)), nullptr);
-    cache.setMaxAndReserveCount(2);
-    cache.insert(1, text(1));
-    cache.clear();
-    EXPECT_EQ(cache.totalCost(), 0);
-    EXPECT_EQ(valueOf(cache, 1), "absent");
-    EXPECT_NE(cache.insert(1, text(1)), nullptr);
-}
 
 TEST(KVCache, GoesLikeAPlainList)
 {
-    NakKVCache<int, QString> cache(20);
-    std::vector<int> model; // the most recent first
-    auto modelErase = [&](int key) {
-        model.erase(std::remove(model.begin(), model.end(), key), model.end());
-    };
+    NakKVCache<int, int> cache(20);
+    int max = 20;
+    Recent<int> model;
     std::mt19937 random(1);
+    auto const upTo = [&random](int n) { return static_cast<int>(random() % unsigned(n)); };
     for (int step = 0; step < 20000; ++step) {
-        int const key = static_cast<int>(random() % 40);
-        bool const known = std::count(model.begin(), model.end(), key) > 0;
-        switch (random() % 16) {
-        case 0: {
-            auto const goes = [&](int other) { return other % 5 == key % 5; };
-            cache.removeIf([&](int other, QString const&) { return goes(other); });
-            model.erase(std::remove_if(model.begin(), model.end(), goes), model.end());
-            break;
-        }
-        case 1:
-        case 2:
-        case 3:
-            ASSERT_EQ(cache.find(key) != nullptr, known);
-            if (known) {
-                modelErase(key);
-                model.insert(model.begin(), key);
+        int const key = upTo(40);
+        int const what = upTo(200);
+        if (what == 0) {
+            cache.clear();
+            model.entries.clear();
+        } else if (what < 4) {
+            max = upTo(30);
+            cache.setMaxAndReserveCount(max);
+            model.shrinkTo(max);
+        } else if (what < 10) {
+            auto const goes = [key](int other) { return other % 5 == key % 5; };
+            cache.removeIf([&](int other, int) { return goes(other); });
+            model.dropIf(goes);
+        } else if (what < 40) {
+            ASSERT_EQ(cache.remove(key), model.drop(key));
+        } else if (what < 90) {
+            int const* const found = cache.find(key);
+            auto const* const expected = model.use(key);
+            ASSERT_EQ(found ? *found : -1, expected ? expected->value : -1);
+        } else {
+            int const cost = upTo(10) == 0 ? upTo(30) : upTo(4);
+            int const* const kept = cache.insert(key, step, cost);
+            model.drop(key); // a value that is too large erases the old one too
+            ASSERT_EQ(kept != nullptr, cost <= max);
+            if (kept) {
+                model.shrinkTo(max - cost);
+                model.put(key, step, cost);
             }
-            break;
-        case 4:
-        case 5:
-        case 6:
-            ASSERT_EQ(cache.remove(key), known);
-            modelErase(key);
-            break;
-        default:
-            cache.insert(key, text(key));
-            modelErase(key);
-            model.insert(model.begin(), key);
-            model.resize(std::min<size_t>(model.size(), 20));
         }
-        QVector<int> expected;
-        for (size_t i = 0; i + 1 < model.size(); ++i)
-            expected.append(model[i]);
-        ASSERT_EQ(cache.recentKeys(-1), expected) << step;
+        ASSERT_EQ(cache.totalCost(), model.cost()) << step;
+        ASSERT_EQ(cache.count(), static_cast<int>(model.entries.size())) << step;
+        int const asked = upTo(30) - 3;
+        QVector<int> expected; // never the oldest
+        for (size_t i = 0; i + 1 < model.entries.size(); ++i)
+            expected.append(model.entries[i].key);
+        ASSERT_EQ(cache.recentKeys(asked), asked < 0 ? expected : expected.mid(0, asked)) << step;
     }
 }
 
-TEST(HandlesList, TakesInSequenceAndGivesBackTheLastFreed)
+TEST(OrdCache, GoesLikeAPlainList)
 {
-    HandlesList list(3);
-    EXPECT_EQ(list.tail(), HandlesList::noHandle);
-    for (int expected : { 0, 1, 2, 0xFFFF, 0xFFFF })
-        EXPECT_EQ(list.takeId(), expected);
-    EXPECT_TRUE(list.isFull());
-    list.freeId(1);
-    EXPECT_FALSE(list.isFull());
-    EXPECT_EQ(list.takeId(), 1);
-    EXPECT_TRUE(list.isFull());
-    list.freeId(0);
-    list.freeId(2);
-    EXPECT_EQ(list.takeId(), 2);
-    EXPECT_EQ(list.takeId(), 0);
-    EXPECT_EQ(list.takeId(), 0xFFFF);
-}
-
-TEST(HandlesList, FreedBeforeAllWereUsed)
-{
-    HandlesList list(4);
-    EXPECT_EQ(list.takeId(), 0);
-    EXPECT_EQ(list.takeId(), 1);
-    list.freeId(0);
-    for (int expected : { 0, 2, 3, 0xFFFF })
-        EXPECT_EQ(list.takeId(), expected);
-}
-
-TEST(HandlesList, TailIsTheOneUsedLongestAgo)
-{
-    HandlesList list(3);
-    for (int i = 0; i < 3; ++i)
-        list.takeId();
-    EXPECT_EQ(list.tail(), 0);
-    list.touchId(0);
-    EXPECT_EQ(list.tail(), 1);
-    list.touchId(0);
-    EXPECT_EQ(list.tail(), 1);
-    list.touchId(2);
-    list.freeId(1);
-    EXPECT_EQ(list.tail(), 0);
-    list.freeId(0);
-    list.freeId(2);
-    EXPECT_EQ(list.tail(), HandlesList::noHandle);
-}
-
-TEST(HandlesList, ClearAndCapacity)
-{
-    HandlesList list(3);
-    list.setCapacity(2);
-    EXPECT_EQ(list.takeId(), 0);
-    EXPECT_EQ(list.takeId(), 1);
-    list.freeId(0);
-    list.clear();
-    EXPECT_EQ(list.tail(), HandlesList::noHandle);
-    for (int expected : { 0, 1, 0xFFFF })
-        EXPECT_EQ(list.takeId(), expected);
-    list.setCapacity(3);
-    for (int expected : { 0, 1, 2, 0xFFFF })
-        EXPECT_EQ(list.takeId(), expected);
-    list.setCapacity(0);
-    EXPECT_EQ(list.takeId(), 0xFFFF);
-    HandlesList largest(0xFFFF);
-    for (int expected = 0; expected < 0xFFFF; ++expected)
-        ASSERT_EQ(largest.takeId(), expected);
-    EXPECT_EQ(largest.takeId(), 0xFFFF);
-}
-
-TEST(HandlesList, GivesNoHandleTwice)
-{
-    HandlesList list(16);
-    std::set<quint16> taken;
-    std::mt19937 random(2);
-    for (int step = 0; step < 20000; ++step) {
-        if (random() % 2) {
-            quint16 const id = list.takeId();
-            ASSERT_EQ(id == HandlesList::noHandle, taken.size() == 16) << step;
-            if (id != HandlesList::noHandle) {
-                ASSERT_TRUE(taken.insert(id).second) << step;
+    for (int const capacity : { 0, 1, 12 }) {
+        OrdCache<Pair, int> cache(static_cast<quint16>(capacity));
+        Recent<Pair> model;
+        std::mt19937 random(2);
+        for (int step = 0; step < 20000; ++step) {
+            Pair const key(random() % 5, random() % 5);
+            int const what = static_cast<int>(random() % 100);
+            if (what == 0) {
+                cache.clear();
+                model.entries.clear();
+            } else if (what < 8) {
+                cache.erase(cache.lowerBound({ key.first, 0 }),
+                            cache.upperBound({ key.first, key.second }));
+                model.dropIf([key](Pair const& other) {
+                    return other.first == key.first && other.second <= key.second;
+                });
+            } else if (what < 30) {
+                ASSERT_EQ(cache.insert(key, step), capacity > 0);
+                model.drop(key);
+                model.put(key, step);
+            } else {
+                auto const* const known = model.use(key);
+                int const value = known ? known->value : step;
+                ASSERT_EQ(cache.findOrFill(key, [step] { return step; }), value) << step;
+                if (!known)
+                    model.put(key, step);
             }
-        } else if (!taken.empty()) {
-            quint16 const id = *taken.lower_bound(static_cast<quint16>(random() % 16)
-                                                  % static_cast<quint16>(*taken.rbegin() + 1));
-            list.freeId(id);
-            taken.erase(id);
+            model.shrinkTo(capacity);
+            std::vector<Pair> expected;
+            for (auto const& entry : model.entries)
+                expected.push_back(entry.key);
+            std::sort(expected.begin(), expected.end());
+            std::vector<Pair> keys;
+            for (auto const& entry : cache)
+                keys.push_back(entry.first);
+            ASSERT_EQ(keys, expected) << step;
         }
     }
 }
 
-namespace {
-
-using Pair = std::pair<int, int>;
-using PairCache = OrdCache<Pair, QString>;
-
-std::string contents(PairCache const& cache)
+TEST(HandlesList, CountsUpToItsCapacity)
 {
-    std::string out;
-    for (auto const& entry : cache)
-        out += std::to_string(entry.first.first) + '/' + std::to_string(entry.first.second) + ' ';
-    return out;
-}
-
-} // namespace
-
-TEST(OrdCache, FillsAndForgets)
-{
-    PairCache cache(3);
-    int fills = 0;
-    auto value = [&](Pair key) {
-        return cache.findOrFill(key, [&] {
-            ++fills;
-            return QString::number(key.first * 10 + key.second);
-        });
-    };
-    for (Pair key : { Pair(2, 1), Pair(1, 2), Pair(1, 1) })
-        EXPECT_EQ(value(key), QString::number(key.first * 10 + key.second));
-    EXPECT_EQ(fills, 3);
-    EXPECT_EQ(value({ 2, 1 }), QStringLiteral("21"));
-    EXPECT_EQ(fills, 3);
-    EXPECT_EQ(value({ 3, 3 }), QStringLiteral("33")); // in place of 1/2
-    EXPECT_EQ(contents(cache), "1/1 2/1 3/3 ");
-    EXPECT_EQ(cache.find({ 1, 2 }), nullptr);
-    EXPECT_EQ(*cache.find({ 1, 1 }), QStringLiteral("11"));
-}
-
-TEST(OrdCache, InsertReplaces)
-{
-    PairCache cache(2);
-    EXPECT_TRUE(cache.insert({ 1, 1 }, text(1)));
-    EXPECT_TRUE(cache.insert({ 1, 2 }, text(2)));
-    EXPECT_TRUE(cache.insert({ 1, 1 }, text(3)));
-    EXPECT_EQ(*cache.find({ 1, 1 }), text(3));
-    EXPECT_TRUE(cache.insert({ 1, 3 }, text(4)));
-    EXPECT_EQ(contents(cache), "1/1 1/3 ");
-}
-
-TEST(OrdCache, ErasesARange)
-{
-    PairCache cache(6);
-    for (int first = 1; first <= 3; ++first) {
-        for (int second = 1; second <= 2; ++second)
-            cache.insert({ first, second }, text(first));
+    HandlesList list(3);
+    for (int const capacity : { 3, 0, 1, 0xFFFF }) {
+        list.setCapacity(static_cast<quint16>(capacity));
+        for (int expected = 0; expected < capacity; ++expected)
+            ASSERT_EQ(list.takeId(), expected);
+        EXPECT_EQ(list.takeId(), HandlesList::noHandle);
+        EXPECT_TRUE(list.isFull());
+        EXPECT_EQ(list.tail(), capacity > 0 ? 0 : HandlesList::noHandle);
     }
-    cache.erase(cache.lowerBound({ 2, 0 }), cache.lowerBound({ 3, 0 }));
-    EXPECT_EQ(contents(cache), "1/1 1/2 3/1 3/2 ");
-    cache.insert({ 9, 1 }, text(9)); // the freed handles serve again
-    cache.insert({ 9, 2 }, text(9));
-    EXPECT_EQ(contents(cache), "1/1 1/2 3/1 3/2 9/1 9/2 ");
-    cache.insert({ 9, 3 }, text(9));
-    EXPECT_EQ(contents(cache), "1/2 3/1 3/2 9/1 9/2 9/3 ");
-    EXPECT_EQ(*cache.find({ 3, 2 }), text(3));
-    cache.erase(cache.begin(), cache.end());
-    EXPECT_EQ(cache.count(), 0);
-    cache.insert({ 1, 1 }, text(1));
-    EXPECT_EQ(*cache.find({ 1, 1 }), text(1));
-}
-
-TEST(OrdCache, WithoutRoomNothingIsKept)
-{
-    PairCache cache(0);
-    EXPECT_FALSE(cache.insert({ 1, 1 }, text(1)));
-    EXPECT_EQ(cache.findOrFill({ 1, 1 }, [] { return text(5); }), text(5));
-    EXPECT_EQ(cache.count(), 0);
 }

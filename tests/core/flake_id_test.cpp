@@ -21,8 +21,7 @@ constexpr TextCase textCases[] = {
     { nullptr, invalid },
     { "", invalid },
     { "0", 0 },
-    { "7", 7 },
-    { "0007", 7 },
+    { "007", 7 },
     { "174820236481134592", 174820236481134592ULL },
     { "9223372036854775808", 9223372036854775808ULL },
     { "18446744073709551614", 18446744073709551614ULL },
@@ -30,11 +29,9 @@ constexpr TextCase textCases[] = {
     { "18446744073709551616", invalid },
     { "123456789012345678901", invalid },
     { "-1", invalid },
-    { "-174820236481134592", invalid },
     { "12a4", invalid },
     { "0x10", invalid },
     { "1.0", invalid },
-    { "1,000", invalid },
 };
 
 } // namespace
@@ -49,38 +46,36 @@ TEST(FlakeId, Text)
         EXPECT_EQ(FlakeId::fromJson(QJsonValue(text)).value(), c.value);
     }
     EXPECT_EQ(FlakeId::fromStringRef(QStringRef()).value(), invalid);
-}
-
-TEST(FlakeId, PartOfAText)
-{
     QString const link = QStringLiteral("<@12345>");
     EXPECT_EQ(FlakeId::fromStringRef(link.midRef(2, 5)).value(), 12345U);
 }
 
 TEST(FlakeId, JsonNumbersAreNoIds)
 {
-    EXPECT_FALSE(FlakeId::fromJson(QJsonValue(12345)).isValid());
-    EXPECT_FALSE(FlakeId::fromJson(QJsonValue()).isValid());
-    EXPECT_FALSE(FlakeId::fromJson(QJsonValue(true)).isValid());
-    QJsonArray array{ QStringLiteral("5"), 5 };
+    QJsonArray array{ QStringLiteral("5"), 5, QJsonValue(), true };
     EXPECT_EQ(FlakeId::fromJson(array[0]).value(), 5U);
-    EXPECT_FALSE(FlakeId::fromJson(array[1]).isValid());
+    for (int i = 1; i < array.size(); ++i) {
+        EXPECT_FALSE(FlakeId::fromJson(array[i]).isValid()) << i;
+        EXPECT_FALSE(FlakeId::fromJson(array.at(i)).isValid()) << i;
+    }
 }
 
-TEST(FlakeId, TextOut)
+TEST(FlakeId, TextOutAndTime)
 {
-    EXPECT_EQ(FlakeId(0).toString(), QStringLiteral("0"));
-    EXPECT_EQ(FlakeId(174820236481134592ULL).toString(), QStringLiteral("174820236481134592"));
-    EXPECT_EQ(FlakeId(1ULL << 63).toString(), QStringLiteral("9223372036854775808"));
-}
-
-TEST(FlakeId, Time)
-{
-    EXPECT_EQ(FlakeId(0).toMSecsSinceEpoch_Discord(), 1420070400000);
-    EXPECT_EQ(FlakeId((1ULL << 22) - 1).toMSecsSinceEpoch_Discord(), 1420070400000);
-    EXPECT_EQ(FlakeId(1000ULL << 22).toMSecsSinceEpoch_Discord(), 1420070401000);
-    EXPECT_EQ(FlakeId(1000ULL << 22).toDateTime_Discord().toUTC().toString(Qt::ISODateWithMs),
-              QStringLiteral("2015-01-01T00:00:01.000Z"));
+    struct {
+        quint64 id;
+        char const* text;
+    } const cases[] = {
+        { 0, "0 2015-01-01T00:00:00.000Z" },
+        { (1ULL << 22) - 1, "4194303 2015-01-01T00:00:00.000Z" },
+        { 1000ULL << 22, "4194304000 2015-01-01T00:00:01.000Z" },
+        { 1ULL << 63, "9223372036854775808 2084-09-06T15:47:35.552Z" },
+    };
+    for (auto const& c : cases) {
+        FlakeId const id(c.id);
+        QString const time = id.toDateTime_Discord().toUTC().toString(Qt::ISODateWithMs);
+        EXPECT_EQ((id.toString() + QLatin1Char(' ') + time).toStdString(), c.text);
+    }
 }
 
 TEST(FlakeId, Stream)
@@ -97,12 +92,4 @@ TEST(FlakeId, Stream)
         EXPECT_EQ(first.value(), length < 8 ? invalid : 0x8001020304050607ULL) << length;
         EXPECT_EQ(second.value(), invalid) << length;
     }
-}
-
-TEST(FlakeId, Validity)
-{
-    EXPECT_FALSE(FlakeId().isValid());
-    EXPECT_TRUE(FlakeId(0).isValid());
-    EXPECT_TRUE(FlakeId(1) < FlakeId(1ULL << 63));
-    EXPECT_TRUE(FlakeId(1ULL << 63) < FlakeId());
 }

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 namespace {
 
 class Sql : public testing::Test {
@@ -81,15 +83,9 @@ TEST_F(Sql, CacheOfAnotherVersionIsMadeAnew)
     EXPECT_EQ(openAndInsert(open, schema, 4, 7), "version 4: ");
     EXPECT_EQ(openAndInsert(open, schema, 2, 8), "version 2: ");
     EXPECT_EQ(openAndInsert(open, schema, 2, 9), "version 2: 8");
-}
-
-TEST_F(Sql, CacheThatIsNoDatabaseIsMadeAnew)
-{
     for (QByteArray const& bytes : { QByteArray(), QByteArray("x"), QByteArray(10000, 'x') }) {
         writeFile(bytes);
-        EXPECT_EQ(openAndInsert(NakSql::openDbWithSchemaAndUserVersion, schema, 3, 5),
-                  "version 3: ")
-            << bytes.size();
+        EXPECT_EQ(openAndInsert(open, schema, 3, 5), "version 3: ") << bytes.size();
     }
 }
 
@@ -102,57 +98,41 @@ TEST_F(Sql, StoreOfAnotherVersionIsLeftAlone)
     EXPECT_EQ(openAndInsert(open, appendableSchema, 4, 7), "null");
     EXPECT_EQ(openAndInsert(open, appendableSchema, 2, 7), "null");
     EXPECT_EQ(fileBytes(), before);
-    EXPECT_EQ(openAndInsert(open, appendableSchema, 3, 7), "version 3: 5,6");
-}
-
-TEST_F(Sql, StoreThatIsNoDatabaseIsLeftAlone)
-{
-    writeFile(QByteArray(10000, 'x'));
-    EXPECT_EQ(openAndInsert(NakSql::openDbWithAppendableSchema, appendableSchema, 3, 5), "null");
-    EXPECT_EQ(fileBytes(), QByteArray(10000, 'x'));
-}
-
-TEST_F(Sql, StoreGainsTablesWithoutANewVersion)
-{
-    Open const open = NakSql::openDbWithAppendableSchema;
-    EXPECT_EQ(openAndInsert(open, appendableSchema, 3, 5), "version 3: ");
-    sqlite3* db = open(path(), longerSchema, 3);
-    EXPECT_EQ(contents(db), "version 3: 5");
+    sqlite3* db = open(path(), longerSchema, 3); // gains a table without a new version
+    EXPECT_EQ(contents(db), "version 3: 5,6");
     int code = -1;
     {
         NakStmt const later(db, "select b from later", &code);
     }
     EXPECT_EQ(code, SQLITE_OK);
     NakSql::closeDb(db);
-}
-
-TEST_F(Sql, ReadOnly)
-{
-    EXPECT_EQ(NakSql::tryOpenReadOnlyDbWithVersion(path(), 3), nullptr);
-    EXPECT_FALSE(QFile::exists(path()));
-    openAndInsert(NakSql::openDbWithSchemaAndUserVersion, schema, 3, 5);
-    EXPECT_EQ(NakSql::tryOpenReadOnlyDbWithVersion(path(), 4), nullptr);
-    sqlite3* db = NakSql::tryOpenReadOnlyDbWithVersion(path(), 3);
-    ASSERT_NE(db, nullptr);
-    EXPECT_EQ(contents(db), "version 3: 5");
-    EXPECT_EQ(busyTimeout(db), 15000);
-    EXPECT_EQ(sqlite3_exec(db, "insert into t values (6)", nullptr, nullptr, nullptr),
-              SQLITE_READONLY);
-    NakSql::closeDb(db);
+    writeFile(QByteArray(10000, 'x'));
+    EXPECT_EQ(openAndInsert(open, appendableSchema, 3, 5), "null");
+    EXPECT_EQ(fileBytes(), QByteArray(10000, 'x'));
 }
 
 TEST_F(Sql, OpenOfAnExistingFileMakesNone)
 {
-    QByteArray const native = QFile::encodeName(path());
-    EXPECT_EQ(NakSql::openDbNoMutex(native.constData()), nullptr);
-    EXPECT_EQ(NakSql::tryOpenDbReadOnly(path()), nullptr);
+    struct {
+        char const* what;
+        std::function<sqlite3*()> open;
+        bool readOnly;
+    } const ways[] = {
+        { "read only", [this] { return NakSql::tryOpenReadOnlyDbWithVersion(path(), 3); }, true },
+        { "no mutex",
+          [this] { return NakSql::openDbNoMutex(QFile::encodeName(path()).constData()); }, false },
+        { "for a reader of WAL", [this] { return NakSql::tryOpenDbReadOnly(path()); }, false },
+    };
+    for (auto const& way : ways)
+        EXPECT_EQ(way.open(), nullptr) << way.what;
     EXPECT_FALSE(QFile::exists(path()));
     openAndInsert(NakSql::openDbWithSchemaAndUserVersion, schema, 3, 5);
-    for (sqlite3* db :
-         { NakSql::openDbNoMutex(native.constData()), NakSql::tryOpenDbReadOnly(path()) }) {
-        ASSERT_NE(db, nullptr);
+    EXPECT_EQ(NakSql::tryOpenReadOnlyDbWithVersion(path(), 4), nullptr);
+    for (auto const& way : ways) {
+        sqlite3* db = way.open();
+        ASSERT_NE(db, nullptr) << way.what;
         EXPECT_EQ(busyTimeout(db), 15000);
-        EXPECT_EQ(sqlite3_db_readonly(db, "main"), 0);
+        EXPECT_EQ(sqlite3_db_readonly(db, "main"), way.readOnly ? 1 : 0) << way.what;
         EXPECT_EQ(contents(db), "version 3: 5");
         NakSql::closeDb(db);
     }
@@ -166,16 +146,4 @@ TEST_F(Sql, CloseWithALivingStatement)
     ASSERT_TRUE(stmt.step());
     EXPECT_EQ(NakSql::closeDb(db), SQLITE_BUSY);
     EXPECT_EQ(stmt.colInt(0), 1); // and the leak check sees that the connection goes with it
-}
-
-TEST_F(Sql, TransactionOfAScope)
-{
-    sqlite3* db = nullptr;
-    ASSERT_EQ(NakSql::openDb(":memory:", &db), SQLITE_OK);
-    {
-        NakSqlTransaction const transaction(db);
-        EXPECT_EQ(sqlite3_get_autocommit(db), 0);
-    }
-    EXPECT_NE(sqlite3_get_autocommit(db), 0);
-    NakSql::closeDb(db);
 }
