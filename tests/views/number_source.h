@@ -2,8 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// A sequence of widgets, one per number, for the tests of ZilView. It pools what comes back, and
-// keeps count of who asked for what.
+// A sequence of widgets, one per number, for the tests of ZilView. It pools what comes back.
 
 #include "zil_view.h"
 
@@ -13,13 +12,12 @@
 #include <QVector>
 #include <QWidget>
 
-#include <cstdlib>
+#include <functional>
 
 class NumberWidget : public QWidget {
 public:
     int number = -1;
     int wanted = 0; // height
-    int paints = 0;
     QRegion painted;
 
     QSize sizeHint() const override { return { 10, wanted }; }
@@ -29,7 +27,6 @@ public:
 protected:
     void paintEvent(QPaintEvent* event) override
     {
-        ++paints;
         painted += event->region();
         QPainter(this).fillRect(rect(), color());
     }
@@ -57,7 +54,6 @@ public:
         if (w->parentWidget() != nullptr || lent.take(widget->number) != widget) {
             ++faults;
         }
-        ++releases;
         pool.append(widget);
     }
 
@@ -66,13 +62,7 @@ public:
         if (NumberWidget* const shown = lent.value(number)) {
             return shown;
         }
-        NumberWidget* widget = nullptr;
-        if (pool.isEmpty()) {
-            widget = new NumberWidget;
-            ++made;
-        } else {
-            widget = pool.takeLast();
-        }
+        NumberWidget* const widget = pool.isEmpty() ? make() : pool.takeLast();
         widget->number = number;
         widget->wanted = heights[number];
         lent.insert(number, widget);
@@ -83,14 +73,21 @@ public:
     QMap<int, NumberWidget*> lent;
     QVector<NumberWidget*> pool;
     int made = 0;
-    int asked = 0;
-    int releases = 0;
     int faults = 0;
 
+    std::function<void(NumberWidget*)> fill; // of one that is new
+
 private:
+    NumberWidget* make()
+    {
+        auto* const widget = new NumberWidget;
+        ++made;
+        if (fill)
+            fill(widget);
+        return widget;
+    }
     QWidget* neighbour(QWidget* w, int step, int first)
     {
-        ++asked;
         int const number = w == nullptr ? first : static_cast<NumberWidget*>(w)->number + step;
         return number < 0 || number >= heights.size() ? nullptr : widgetOf(number);
     }

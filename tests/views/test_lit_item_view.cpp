@@ -284,18 +284,11 @@ TEST_F(LitItemViewTest, OnlyWhatCanBeSeenIsLaidOut)
         { "out of the tree", [&] { view.detach(group); }, 1 },
         { "out once more", [&] { view.detach(group); }, 0 },
         { "from outside to the tree", [&] { view.appendChild(view.rootItem(), row); }, 1 },
-        { "nothing in an edit", [&] { view.beginEdit(), view.endEdit(); }, 0 },
-        { "an edit within an edit",
-          [&] {
-              view.beginEdit();
-              view.beginEdit();
-              view.detach(row);
-              view.endEdit();
-              EXPECT_EQ(view.changes, 0);
-              view.endEdit();
-          },
-          1 },
+        { "an edit begins", [&] { view.beginEdit(); }, 0 },
+        { "another within it", [&] { view.beginEdit(); }, 0 },
         { "gone", [&] { view.deleteItem(row); }, 0 },
+        { "the inner one ends", [&] { view.endEdit(); }, 0 },
+        { "the outer one ends", [&] { view.endEdit(); }, 1 },
     };
     for (auto const& step : steps) {
         view.changes = 0;
@@ -335,9 +328,6 @@ TEST_F(LitItemViewTest, ScrollsTheLeastAndPaintsWhatCameIn)
         }
     }
     view.painted.clear();
-    view.appendChild(view.rootItem(), view.createItem(3));
-    QApplication::processEvents();
-    EXPECT_EQ(view.painted.size(), 0U) << "what is added below changes nothing in view";
     view.beginEdit();
     view.deleteItem(rows[3]);
     unsigned const again = view.createItem(3);

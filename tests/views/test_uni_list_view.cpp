@@ -274,7 +274,7 @@ TEST(UniListView, KeysAndClicksFollowThePlatform)
     play(view, { { Qt::Key_Down, none, 0, "-1:" }, { 0, none, 0, "-1:" } });
 }
 
-TEST(UniListView, TheMenuKeyOpensTheMenuOfTheCurrentRow)
+TEST(UniListView, MenusOfTheCurrentRowByKeyAndOfTheRowUnderThePointer)
 {
     Numbers view(100);
     view.setCurrentRow(60);

@@ -38,7 +38,6 @@ protected:
         dial = new ZilDragDial(window.get());
         dial->setGeometry(0, 0, 16, 400);
         window->show();
-        QObject::connect(dial, &ZilDragDial::movedReal, [this](double d) { real += d; });
         QObject::connect(dial, &ZilDragDial::movedInt,
                          [this](int d) { ints += std::to_string(d) + " "; });
     }
@@ -74,89 +73,68 @@ protected:
     std::unique_ptr<QWidget> window;
     ZilDragDial* dial = nullptr;
     std::string ints;
-    double real = 0.0;
 };
 
-TEST_F(ZilDragDialTest, FractionsAddUpToWholePixels)
+TEST_F(ZilDragDialTest, WheelMotionAddsUpToWholePixels)
 {
-    dial->setWheelScale(0.3);
-    std::string told;
-    for (int i = 0; i < 5; ++i) {
-        wheel(1);
-        told += "/" + take();
+    struct {
+        double scale;
+        int pixels, angle;
+        bool invert;
+        char const* told;
+    } const steps[] = {
+        { 0.5, 1, 0, false, "1 " }, // the middle rounds up: -0.5 is left
+        { 0.5, 1, 0, false, "" },
+        { 0.5, -1, 0, false, "" }, // and goes up to 0
+        { 0.5, -2, 0, false, "-1 " },
+        { 0.5, 1, 0, false, "" },
+        { 0.5, 0, 120, false, "60 " },
+        { 1.0, 7, 120, false, "7 " }, // pixels count where there are some
+        { 0.5, 0, 120, true, "-60 " },
+        { 1e-6, 1, 0, false, "" },
+        { 1e300, 1000, 0, false, "1000000 " },
+        { std::numeric_limits<double>::quiet_NaN(), 1, 0, false, "" },
+        { 0.3, 1, 0, false, "" }, // fractions add up
+        { 0.3, 1, 0, false, "1 " },
+        { 0.3, 1, 0, false, "" },
+        { 0.3, 1, 0, false, "" },
+        { 0.3, 1, 0, false, "" },
+        { 0.3, 1, 0, false, "1 " },
+    };
+    for (auto const& step : steps) {
+        SCOPED_TRACE(&step - steps);
+        preferences.invertWheelScroll = step.invert;
+        changePreferences();
+        dial->setWheelScale(step.scale);
+        wheel(step.pixels, step.angle);
+        EXPECT_EQ(take(), step.told);
     }
-    EXPECT_EQ(told, "//1 ///");
-    wheel(1);
-    EXPECT_EQ(take(), "1 ");
-    EXPECT_NEAR(real, 1.8, 1e-9);
-}
-
-TEST_F(ZilDragDialTest, TheMiddleRoundsUp)
-{
-    dial->setWheelScale(0.5);
-    wheel(1);
-    EXPECT_EQ(take(), "1 "); // and -0.5 is left
-    wheel(1);
-    EXPECT_EQ(take(), "");
-    wheel(-1);
-    EXPECT_EQ(take(), "") << "-0.5 goes up to 0";
-    wheel(-2);
-    EXPECT_EQ(take(), "-1 ");
-}
-
-TEST_F(ZilDragDialTest, NextToNothingIsNothing)
-{
-    dial->setWheelScale(1e-6);
-    wheel(1);
-    EXPECT_EQ(real, 0.0);
-    dial->setWheelScale(1e300);
-    wheel(1000);
-    wheel(1000);
-    EXPECT_EQ(take(), "1000000 1000000 ");
-    dial->setWheelScale(std::numeric_limits<double>::quiet_NaN());
-    wheel(1);
-    EXPECT_EQ(take(), "");
-}
-
-TEST_F(ZilDragDialTest, AWheelOfPixelsOrOfClicks)
-{
-    dial->setWheelScale(0.5);
-    wheel(0, 120);
-    EXPECT_EQ(take(), "60 ");
-    wheel(7, 120);
-    EXPECT_EQ(take(), "4 ") << "pixels count where there are some";
-    preferences.invertWheelScroll = true;
-    changePreferences();
-    wheel(0, 120);
-    EXPECT_EQ(take(), "-60 ");
-    QWheelEvent event(QPointF(5, 5), QPointF(5, 5), QPoint(), QPoint(0, -240), Qt::NoButton, {},
-                      Qt::NoScrollPhase, false);
-    dial->injectWheelEvent(&event);
-    EXPECT_EQ(take(), "120 ");
-    EXPECT_TRUE(event.isAccepted());
 }
 
 TEST_F(ZilDragDialTest, DraggingReportsMotion)
 {
     dial->setDragScale(2.0);
-    mouse(QEvent::MouseMove, { 108, 300 });
-    EXPECT_EQ(take(), "") << "nothing is pressed";
-    mouse(QEvent::MouseButtonPress, { 108, 300 });
+    auto const drag = [this](Qt::MouseButton button) {
+        mouse(QEvent::MouseButtonPress, { 108, 300 }, button);
+        mouse(QEvent::MouseMove, { 108, 310 });
+        mouse(QEvent::MouseMove, { 500, 307 });
+        return take();
+    };
+    EXPECT_EQ(drag(Qt::MiddleButton), "") << "not pressed for it";
+    EXPECT_EQ(drag(Qt::LeftButton), "-20 6 ");
     EXPECT_EQ(dial->cursor().shape(), Qt::SizeVerCursor);
-    mouse(QEvent::MouseMove, { 108, 310 });
-    mouse(QEvent::MouseMove, { 500, 307 });
-    EXPECT_EQ(take(), "-20 6 ");
     mouse(QEvent::MouseButtonRelease, { 500, 307 });
     EXPECT_EQ(dial->cursor().shape(), Qt::ArrowCursor);
     mouse(QEvent::MouseMove, { 108, 200 });
     EXPECT_EQ(take(), "");
-
     preferences.invertDragScroll = true;
     changePreferences();
-    mouse(QEvent::MouseButtonPress, { 108, 300 });
-    mouse(QEvent::MouseMove, { 108, 310 });
-    EXPECT_EQ(take(), "20 ");
-    mouse(QEvent::MouseButtonRelease, { 108, 310 });
+    EXPECT_EQ(drag(Qt::LeftButton), "20 -6 ");
+    dial->hide(); // ends it too
+    dial->show();
+    mouse(QEvent::MouseMove, { 108, 200 });
+    EXPECT_EQ(take(), "");
+    EXPECT_EQ(dial->cursor().shape(), Qt::ArrowCursor);
 }
 
 TEST_F(ZilDragDialTest, AReleaseForgetsTheFraction)
@@ -195,23 +173,6 @@ TEST_F(ZilDragDialTest, ALockedMouseGoesOnForEver)
     EXPECT_EQ(dial->cursor().shape(), Qt::ArrowCursor);
 }
 
-TEST_F(ZilDragDialTest, HidingEndsTheDrag)
-{
-    mouse(QEvent::MouseButtonPress, { 108, 300 });
-    dial->hide();
-    dial->show();
-    mouse(QEvent::MouseMove, { 108, 200 });
-    EXPECT_EQ(take(), "");
-    EXPECT_EQ(dial->cursor().shape(), Qt::ArrowCursor);
-}
-
-TEST_F(ZilDragDialTest, OnlyTheLeftButtonDrags)
-{
-    mouse(QEvent::MouseButtonPress, { 108, 300 }, Qt::MiddleButton);
-    mouse(QEvent::MouseMove, { 108, 200 }, Qt::MiddleButton);
-    EXPECT_EQ(take(), "");
-}
-
 TEST_F(ZilDragDialTest, ItPaintsOnlyWhenItsLookChanges)
 {
     QCoreApplication::processEvents();
@@ -244,56 +205,15 @@ TEST_F(ZilDragDialTest, ItPaintsOnlyWhenItsLookChanges)
     EXPECT_EQ(painted(), 1);
 }
 
-TEST_F(ZilDragDialTest, EveryStateLooksDifferentInLightAndDark)
-{
-    for (auto const& [ground, ink] :
-         { std::pair(Qt::white, Qt::black), { Qt::black, Qt::white } }) {
-        QPalette palette;
-        palette.setColor(QPalette::Base, ground);
-        palette.setColor(QPalette::Window, ground);
-        palette.setColor(QPalette::Text, ink);
-        palette.setColor(QPalette::WindowText, ink);
-        palette.setColor(QPalette::Highlight, Qt::blue);
-        dial->setPalette(palette);
-        QVector<QImage> looks;
-        for (bool prominent : { false, true }) {
-            preferences.highVisibilityChatScrollbar = prominent;
-            changePreferences();
-            looks.append(dial->grab().toImage());
-            QHoverEvent enter(QEvent::HoverEnter, QPointF(5, 50), QPointF(-1, -1));
-            QCoreApplication::sendEvent(dial, &enter);
-            looks.append(dial->grab().toImage());
-            mouse(QEvent::MouseButtonPress, { 108, 300 });
-            looks.append(dial->grab().toImage());
-            mouse(QEvent::MouseButtonRelease, { 108, 300 });
-            QHoverEvent leave(QEvent::HoverLeave, QPointF(-1, -1), QPointF(5, 50));
-            QCoreApplication::sendEvent(dial, &leave);
-        }
-        for (int i = 0; i < looks.size(); ++i) {
-            for (int j = 0; j < i; ++j) {
-                EXPECT_NE(looks[i], looks[j]) << i << " and " << j;
-            }
-            int const contrast = qAbs(qGray(looks[i].pixel(8, 200)) - qGray(looks[i].pixel(0, 1)));
-            EXPECT_GT(contrast, 20) << i;
-        }
-    }
-}
-
 TEST(ZilLockButton, TellsWhatItIsFor)
 {
     ZilLockButton button;
     EXPECT_FALSE(button.toolTip().isEmpty());
     EXPECT_EQ(button.accessibleName(), button.toolTip());
-    button.resize(button.sizeHint());
-    QImage const enabled = button.grab().toImage();
-    QSignalSpy pressed(&button, &QAbstractButton::pressed);
-    QTest::mousePress(&button, Qt::LeftButton);
-    EXPECT_NE(button.grab().toImage(), enabled);
-    QTest::mouseRelease(&button, Qt::LeftButton);
-    EXPECT_EQ(pressed.count(), 1);
+    QSignalSpy const pressed(&button, &QAbstractButton::pressed);
+    QTest::mouseClick(&button, Qt::LeftButton);
     button.setEnabled(false);
-    EXPECT_NE(button.grab().toImage(), enabled);
-    QTest::mousePress(&button, Qt::LeftButton);
+    QTest::mouseClick(&button, Qt::LeftButton);
     EXPECT_EQ(pressed.count(), 1);
 }
 
