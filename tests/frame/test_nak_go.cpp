@@ -1,34 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "nak_go.h"
-#include "tab_contents.h"
 
 #include <QWidget>
 
 #include <gtest/gtest.h>
 
 namespace {
-
-TEST(TabContents, AFactoryServesItsTypeUntilItIsTakenBack)
-{
-    QWidget parent;
-    auto const place = NakNavLoc::discordChannel(FlakeId(5));
-    EXPECT_EQ(NakTabContents::create(place, &parent), nullptr);
-
-    NakNavLoc asked;
-    NakTabContents::registerFactory(NakNav::Type::Discord, [&](NakNavLoc const& p, QWidget* w) {
-        asked = p;
-        return new QWidget(w);
-    });
-    QWidget* const content = NakTabContents::create(place, &parent);
-    ASSERT_NE(content, nullptr);
-    EXPECT_EQ(content->parentWidget(), &parent);
-    EXPECT_EQ(asked, place);
-    EXPECT_EQ(NakTabContents::create(NakNavLoc(), &parent), nullptr);
-
-    NakTabContents::registerFactory(NakNav::Type::Discord, {});
-    EXPECT_EQ(NakTabContents::create(place, &parent), nullptr);
-}
 
 class RecordingHost : public NakGo::IWindowHost {
 public:
