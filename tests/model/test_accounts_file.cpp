@@ -145,30 +145,18 @@ TEST(AccountsFile, LayoutAsHex)
               "ada|0042|tok|wss://g|80351110224678912|a1|2|1\n||new||||1|0\n");
 }
 
-TEST(AccountsFile, EmptyRecordHoldsItsStateOnly)
+TEST(AccountsFile, MissingKeys)
 {
     EXPECT_EQ(DisAccountsFile::encodeBody({ Record() }).toHex().toStdString(),
               hex(1) + mapVariant + hex(1) + hexText("auth_token_state") + intVariant + hex(0));
-}
-
-TEST(AccountsFile, MissingKeys)
-{
-    QVariantMap const token{ { QStringLiteral("auth_token"), QStringLiteral("t") } };
-    EXPECT_EQ(text(DisAccountsFile::fromVariantMap({})), "||||||0|0");
-    EXPECT_EQ(text(DisAccountsFile::fromVariantMap(token)), "||t||||1|0");
-    QVariantMap rejected = token;
-    rejected.insert(QStringLiteral("auth_token_state"), 3);
-    rejected.insert(QStringLiteral("user_id"), QStringLiteral("not a number"));
-    rejected.insert(QStringLiteral("from the future"), 7);
-    EXPECT_EQ(text(DisAccountsFile::fromVariantMap(rejected)), "||t||||3|0");
-    QVariantMap const whole = DisAccountsFile::toVariantMap(fullRecord());
-    for (QString const& key : whole.keys()) {
-        QVariantMap map = whole;
-        map.remove(key);
-        EXPECT_EQ(DisAccountsFile::toVariantMap(DisAccountsFile::fromVariantMap(map)).contains(key),
-                  key == QLatin1String("auth_token_state"))
-            << key.toStdString();
-    }
+    QVariantMap map;
+    EXPECT_EQ(text(DisAccountsFile::fromVariantMap(map)), "||||||0|0");
+    map.insert(QStringLiteral("auth_token"), QStringLiteral("t"));
+    EXPECT_EQ(text(DisAccountsFile::fromVariantMap(map)), "||t||||1|0");
+    map.insert(QStringLiteral("auth_token_state"), 3);
+    map.insert(QStringLiteral("user_id"), QStringLiteral("not a number"));
+    map.insert(QStringLiteral("from the future"), 7);
+    EXPECT_EQ(text(DisAccountsFile::fromVariantMap(map)), "||t||||3|0");
 }
 
 TEST(AccountsFile, CutOrDamagedAtEveryByte)
@@ -198,25 +186,19 @@ TEST(AccountsFile, NestingAndCountsAreBounded)
         DisAccountsFile::parseBody(QByteArray::fromStdString(hex(1) + mapVariant + "ffffffff")));
 }
 
-TEST(AccountsFile, RightsAreForTheOwnerAlone)
-{
-    Place place;
-    ASSERT_TRUE(DisAccountsFile::save(place.path, { fullRecord() }));
-    EXPECT_FALSE(QFileInfo(place.path).permissions() & groupAndOthers);
-    EXPECT_FALSE(QFileInfo(place.directory).permissions() & groupAndOthers);
-    // A file that somebody made readable is closed again.
-    QFile::setPermissions(place.path, QFile::Permissions(0x6644));
-    ASSERT_TRUE(DisAccountsFile::save(place.path, { fullRecord() }));
-    EXPECT_FALSE(QFileInfo(place.path).permissions() & groupAndOthers);
-    EXPECT_EQ(place.entries(), "nakwire_accounts.bin");
-}
-
-TEST(AccountsFile, NoRecordsRemoveTheFile)
+TEST(AccountsFile, SavesForTheOwnerAloneAndLeavesNothingForNoRecords)
 {
     Place place;
     EXPECT_TRUE(DisAccountsFile::save(place.path, {}));
     EXPECT_FALSE(QFileInfo::exists(place.directory)) << "nothing is made for nothing";
-    ASSERT_TRUE(DisAccountsFile::save(place.path, { fullRecord() }));
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_TRUE(DisAccountsFile::save(place.path, { fullRecord() }));
+        EXPECT_FALSE(QFileInfo(place.path).permissions() & groupAndOthers);
+        EXPECT_FALSE(QFileInfo(place.directory).permissions() & groupAndOthers);
+        EXPECT_EQ(place.entries(), "nakwire_accounts.bin");
+        // A file that somebody made readable is closed again.
+        QFile::setPermissions(place.path, QFile::Permissions(0x6644));
+    }
     EXPECT_TRUE(DisAccountsFile::save(place.path, {}));
     EXPECT_EQ(place.entries(), "");
     EXPECT_TRUE(DisAccountsFile::load(place.path).records.isEmpty());
@@ -225,37 +207,34 @@ TEST(AccountsFile, NoRecordsRemoveTheFile)
 TEST(AccountsFile, UnreadableFilesAreSetAside)
 {
     QByteArray const good = DisAccountsFile::encodeBody({ fullRecord() });
-    struct Case {
+    struct {
         QByteArray bytes;
-        char const* title;
-    };
-    Case const cases[] = {
-        { "", nullptr },
-        { "\x01", nullptr },
-        { QByteArray::fromHex("00000000") + good, nullptr },
-        { QByteArray::fromHex("00000003") + good, nullptr },
-        { QByteArray::fromHex("00000001") + good.left(good.size() - 1), nullptr },
-        { QByteArray::fromHex("00000001") + good + "x", nullptr },
+        char const* title = "";
+    } const cases[] = {
+        { "" },
+        { "\x01" },
+        { QByteArray::fromHex("00000000") + good },
+        { QByteArray::fromHex("00000003") + good },
+        { QByteArray::fromHex("00000001") + good.left(good.size() - 1) },
+        { QByteArray::fromHex("00000001") + good + "x" },
         { QByteArray::fromHex("0000000200000004") + "1234", "Decryption Unavailable" },
-        { QByteArray::fromHex("0000000200000005") + "1234", nullptr },
-        { QByteArray((4 << 20) + 1, 'x'), nullptr },
+        { QByteArray::fromHex("0000000200000005") + "1234" },
+        { QByteArray((4 << 20) + 1, 'x') },
     };
     Place place;
     QDir().mkpath(place.directory);
-    std::string expected;
-    int count = 0;
-    for (Case const& one : cases) {
-        write(place.path, one.bytes);
+    QStringList expected;
+    for (auto const& c : cases) {
+        write(place.path, c.bytes);
         auto const loaded = DisAccountsFile::load(place.path);
         EXPECT_TRUE(loaded.records.isEmpty());
         EXPECT_FALSE(loaded.blocked);
-        EXPECT_EQ(loaded.warningTitle.toStdString(), one.title ? one.title : "");
-        ++count;
-        expected += (count > 1 ? " " : "") + std::string("nakwire_accounts.bin.unreadable-")
-            + std::to_string(count);
-        EXPECT_EQ(place.entries(), expected);
-        EXPECT_EQ(contents(QStringLiteral("%1.unreadable-%2").arg(place.path).arg(count)),
-                  one.bytes);
+        EXPECT_EQ(loaded.warningTitle.toStdString(), c.title);
+        QString const aside =
+            QStringLiteral("nakwire_accounts.bin.unreadable-%1").arg(expected.size() + 1);
+        expected << aside;
+        EXPECT_EQ(place.entries(), expected.join(u' ').toStdString());
+        EXPECT_EQ(contents(place.directory + u'/' + aside), c.bytes);
     }
 }
 

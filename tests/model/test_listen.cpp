@@ -39,21 +39,19 @@ struct ListenWorld : ModelWorld {
     qint64 now = 1'000;
 };
 
-// What a listener emitted, one word per emission.
-template <typename Listener> struct Heard {
-    explicit Heard(Listener& listener)
-    {
-        QObject::connect(&listener, &Listener::propertiesChanged,
-                         [this](quint32 props) { words << QString::number(props); });
-    }
-    std::string take()
-    {
-        std::string const all = words.join(QLatin1Char(' ')).toStdString();
-        words.clear();
-        return all;
-    }
-    QStringList words;
-};
+DisChanges of(Type type, quint64 a, quint64 b = 0)
+{
+    DisChanges changes;
+    changes.add(type, FlakeId(a), FlakeId(b));
+    return changes;
+}
+
+QStringList sorted(std::string const& heard)
+{
+    QStringList words = QString::fromStdString(heard).split(u';');
+    words.sort();
+    return words;
+}
 
 QVector<DisTypingStart> typing(std::initializer_list<quint64> users, quint64 channel = 20)
 {
@@ -73,103 +71,109 @@ std::string users(DisTypingUsersListener const& listener)
 
 } // namespace
 
-TEST(UserListener, FirstFillIsSilent)
-{
-    ListenWorld world;
-    DisUserListener listener;
-    Heard<DisUserListener> heard(listener);
-    listener.setParams({ FlakeId(10), FlakeId(1), -1 });
-    EXPECT_EQ(heard.take(), "");
-    EXPECT_EQ(listener.userName().toStdString(), "ada");
-    EXPECT_EQ(listener.userDiscrim().toStdString(), "#0001");
-    EXPECT_EQ(listener.userNick().toStdString(), "countess");
-    EXPECT_EQ(listener.userStatusCode(), DisUserStatusCode::Online);
-    EXPECT_FALSE(listener.userRoleColor().isValid());
-    listener.clear();
-    EXPECT_TRUE(listener.isNull());
-    EXPECT_TRUE(listener.userName().isNull());
-}
-
-TEST(UserListener, EmitsWhatReallyChanged)
+TEST(Listeners, EmitWhatReallyChanged)
 {
     ListenWorld world;
     DisUserListener inGuild;
-    inGuild.setParams({ FlakeId(10), FlakeId(1), -1 });
     DisUserListener alone;
-    alone.setParams({ FlakeId(10), FlakeId(), -1 });
     DisUserListener other;
-    other.setParams({ FlakeId(11), FlakeId(1), -1 });
-    Heard<DisUserListener> heardInGuild(inGuild);
-    Heard<DisUserListener> heardAlone(alone);
-    Heard<DisUserListener> heardOther(other);
-    auto const heard = [&] {
-        return heardInGuild.take() + "/" + heardAlone.take() + "/" + heardOther.take();
+    DisChannelListener text;
+    DisChannelListener pair; // with the user 11
+    DisGuildListener guild;
+    std::string heard;
+    auto const listen = [&heard](auto& listener, char const* name) {
+        using Listener = std::decay_t<decltype(listener)>;
+        QObject::connect(&listener, &Listener::propertiesChanged, [&heard, name](quint32 props) {
+            heard += name + (' ' + std::to_string(props)) + ';';
+        });
     };
+    listen(inGuild, "inGuild");
+    listen(alone, "alone");
+    listen(other, "other");
+    listen(text, "text");
+    listen(pair, "pair");
+    listen(guild, "guild");
+    inGuild.setParams({ FlakeId(10), FlakeId(1), -1 });
+    alone.setParams({ FlakeId(11), FlakeId(), -1 });
+    alone.setParams({ FlakeId(10), FlakeId(), -1 }); // hears nothing of the one before
+    other.setParams({ FlakeId(11), FlakeId(1), -1 });
+    text.setParams({ FlakeId(20), FlakeId(10) });
+    pair.setParams({ FlakeId(21), FlakeId(10) });
+    guild.setParams({ FlakeId(1) });
+    EXPECT_EQ(heard, "") << "the first fill is silent";
+    auto const values = [&] {
+        return QStringLiteral("%1 %2 %3 %4 %5 %6 %7")
+            .arg(inGuild.userName(), inGuild.userDiscrim(), inGuild.userNick(), text.channelName(),
+                 pair.channelName(), guild.guildName(), inGuild.userRoleColor().name())
+            .toStdString();
+    };
+    EXPECT_EQ(values(), "ada #0001 countess #roses bob garden #000000");
+    EXPECT_EQ(inGuild.userStatusCode(), DisUserStatusCode::Online);
+    EXPECT_FALSE(inGuild.userRoleColor().isValid());
+    EXPECT_EQ(text.channelType(), DisChannelType::GuildText);
+    EXPECT_EQ(text.guildId(), FlakeId(1));
+    EXPECT_EQ(pair.otherUserId(), FlakeId(11));
 
-    world.tell(Type::UserStatusChanged, FlakeId(10));
-    EXPECT_EQ(heard(), "//") << "the same status";
-    world.run("update user set status = 3 where id = 10");
-    world.tell(Type::UserStatusChanged, FlakeId(10));
-    EXPECT_EQ(heard(), "32/32/");
-    EXPECT_EQ(inGuild.userStatusCode(), DisUserStatusCode::DoNotDisturb);
-    world.run("update user set name = 'lady', discrim = '9' where id = 10");
-    world.tell(Type::UserStatusChanged, FlakeId(10));
-    EXPECT_EQ(heard(), "//") << "that change does not tell of names";
-    world.tell(Type::UserPropertiesChanged, FlakeId(10));
-    EXPECT_EQ(heard(), "3/3/");
-    world.run("update guild_member set nick = 'c' where user_id = 10");
-    world.tell(Type::GuildMemberChanged, FlakeId(1), FlakeId(10));
-    EXPECT_EQ(heard(), "4//");
-    world.run("insert into guild_member_role (user_id, role_id) values (10, 5)");
-    world.tell(Type::GuildMemberChanged, FlakeId(2), FlakeId(10));
-    EXPECT_EQ(heard(), "//") << "another guild";
-    world.tell(Type::GuildMemberChanged, FlakeId(1), FlakeId(10));
-    EXPECT_EQ(heard(), "16//");
-    EXPECT_EQ(inGuild.userRoleColor().name().toStdString(), "#ff0000");
-    world.run("update role set color = 255 where id = 5");
-    world.tell(Type::GuildRoleChanged, FlakeId(1), FlakeId(5));
-    EXPECT_EQ(heard(), "16//");
-}
+    DisChanges several = of(Type::UserStatusChanged, 10);
+    several.add(Type::UserPropertiesChanged, FlakeId(10));
+    several.add(Type::UserStatusChanged, FlakeId(10));
+    struct {
+        char const* what;
+        char const* sql;
+        DisChanges changes;
+        char const* heard;
+    } const steps[] = {
+        { "the same status", "", of(Type::UserStatusChanged, 10), "" },
+        { "status", "update user set status = 3 where id = 10", of(Type::UserStatusChanged, 10),
+          "inGuild 32;alone 32;" },
+        { "a change that does not tell of names",
+          "update user set name = 'lady', discrim = '9' where id = 10",
+          of(Type::UserStatusChanged, 10), "" },
+        { "names", "", of(Type::UserPropertiesChanged, 10), "inGuild 3;alone 3;" },
+        { "nick", "update guild_member set nick = 'c' where user_id = 10",
+          of(Type::GuildMemberChanged, 1, 10), "inGuild 4;" },
+        { "of another guild", "insert into guild_member_role (user_id, role_id) values (10, 5)",
+          of(Type::GuildMemberChanged, 2, 10), "" },
+        { "role", "", of(Type::GuildMemberChanged, 1, 10), "inGuild 16;" },
+        { "its colour", "update role set color = 255 where id = 5",
+          of(Type::GuildRoleChanged, 1, 5), "inGuild 16;" },
+        { "another channel", "update guild_channel set name = 'tulips'",
+          of(Type::ChannelChanged, 21), "" },
+        { "channel", "", of(Type::ChannelChanged, 20), "text 1;" },
+        { "the user of a pair", "update user set name = 'robert' where id = 11",
+          of(Type::UserPropertiesChanged, 11), "other 1;pair 1;" },
+        { "a user of none", "update user set name = 'x' where id = 12",
+          of(Type::UserPropertiesChanged, 12), "" },
+        { "the same guild", "", of(Type::GuildChanged, 1), "" },
+        { "another guild", "update guild set name = 'park'", of(Type::GuildChanged, 2), "" },
+        { "guild", "", of(Type::GuildChanged, 1), "guild 1;" },
+        { "several at once", "update user set name = 'x', status = 1 where id = 10", several,
+          "inGuild 33;alone 33;" },
+        { "nothing on a reload", "", DisChanges::reload(), "" },
+        { "all on a reload",
+          "update user set name = 'y', status = 2; update guild_member set nick = null;"
+          "update guild_channel set name = 'z'; update guild set name = 'wood'",
+          DisChanges::reload(), "inGuild 37;alone 33;other 33;text 1;pair 1;guild 1;" },
+    };
+    for (auto const& step : steps) {
+        heard.clear();
+        world.run(step.sql);
+        world.client->postLocalChanges(step.changes);
+        EXPECT_EQ(sorted(heard), sorted(step.heard)) << step.what;
+    }
+    EXPECT_EQ(values(), "y #9  #z y wood #0000ff");
 
-TEST(UserListener, SeveralChangesGiveOneEmission)
-{
-    ListenWorld world;
-    DisUserListener listener;
-    listener.setParams({ FlakeId(10), FlakeId(1), -1 });
-    Heard<DisUserListener> heard(listener);
-    world.run("update user set name = 'x', status = 1 where id = 10");
-    DisChanges changes;
-    changes.add(Type::UserStatusChanged, FlakeId(10));
-    changes.add(Type::UserPropertiesChanged, FlakeId(10));
-    changes.add(Type::UserStatusChanged, FlakeId(10));
-    world.client->postLocalChanges(changes);
-    EXPECT_EQ(heard.take(), "33");
-}
-
-TEST(UserListener, OverflowChecksEveryoneOnce)
-{
-    ListenWorld world;
-    DisUserListener first;
-    DisUserListener second;
-    DisChannelListener channel;
-    first.setParams({ FlakeId(10), FlakeId(1), -1 });
-    second.setParams({ FlakeId(11), FlakeId(), -1 });
-    channel.setParams({ FlakeId(20), FlakeId(10) });
-    Heard<DisUserListener> heardFirst(first);
-    Heard<DisUserListener> heardSecond(second);
-    Heard<DisChannelListener> heardChannel(channel);
+    inGuild.clear();
+    guild.clear();
+    EXPECT_TRUE(inGuild.isNull() && inGuild.userName().isNull());
+    EXPECT_TRUE(guild.isNull() && guild.guildName().isNull());
+    heard.clear();
+    world.run("update user set name = 'w'; update guild set name = 'w'");
     world.client->postLocalChanges(DisChanges::reload());
-    EXPECT_EQ(heardFirst.take() + heardSecond.take() + heardChannel.take(), "");
-    world.run("update user set name = 'x', status = 3");
-    world.run("update guild_member set nick = null");
-    world.run("update guild_channel set name = 'tulips'");
-    world.client->postLocalChanges(DisChanges::reload());
-    EXPECT_EQ(heardFirst.take(), "37");
-    EXPECT_EQ(heardSecond.take(), "33");
-    EXPECT_EQ(heardChannel.take(), "1");
+    EXPECT_EQ(sorted(heard), sorted("alone 1;other 1;pair 1;"));
 }
 
-TEST(UserListener, ListenersMayDieWhileOthersAreTold)
+TEST(Listeners, MayDieWhileOthersAreTold)
 {
     ListenWorld world;
     for (int survivor = 0; survivor < 3; ++survivor) {
@@ -193,96 +197,25 @@ TEST(UserListener, ListenersMayDieWhileOthersAreTold)
     }
 }
 
-TEST(UserListener, MovedAndClearedListenersHearNothingOfBefore)
-{
-    ListenWorld world;
-    DisUserListener listener;
-    listener.setParams({ FlakeId(10), FlakeId(1), -1 });
-    listener.setParams({ FlakeId(11), FlakeId(), -1 });
-    Heard<DisUserListener> heard(listener);
-    world.run("update user set name = name || '!'");
-    world.tell(Type::UserPropertiesChanged, FlakeId(10));
-    EXPECT_EQ(heard.take(), "");
-    world.tell(Type::UserPropertiesChanged, FlakeId(11));
-    EXPECT_EQ(heard.take(), "1");
-    listener.clear();
-    world.run("update user set name = name || '!'");
-    world.tell(Type::UserPropertiesChanged, FlakeId(11));
-    world.client->postLocalChanges(DisChanges::reload());
-    EXPECT_EQ(heard.take(), "");
-}
-
-TEST(ChannelListener, Routes)
-{
-    ListenWorld world;
-    DisChannelListener text;
-    DisChannelListener pair;
-    text.setParams({ FlakeId(20), FlakeId(10) });
-    pair.setParams({ FlakeId(21), FlakeId(10) });
-    Heard<DisChannelListener> heardText(text);
-    Heard<DisChannelListener> heardPair(pair);
-    EXPECT_EQ(text.channelName().toStdString(), "#roses");
-    EXPECT_EQ(text.channelType(), DisChannelType::GuildText);
-    EXPECT_EQ(text.guildId(), FlakeId(1));
-    EXPECT_EQ(pair.channelName().toStdString(), "bob");
-    EXPECT_EQ(pair.otherUserId(), FlakeId(11));
-
-    world.run("update guild_channel set name = 'tulips'");
-    world.tell(Type::ChannelChanged, FlakeId(21));
-    EXPECT_EQ(heardText.take() + "/" + heardPair.take(), "/");
-    world.tell(Type::ChannelChanged, FlakeId(20));
-    EXPECT_EQ(heardText.take() + "/" + heardPair.take(), "1/");
-    world.run("update user set name = 'robert' where id = 11");
-    world.tell(Type::UserPropertiesChanged, FlakeId(11));
-    EXPECT_EQ(heardText.take() + "/" + heardPair.take(), "/1");
-    EXPECT_EQ(pair.channelName().toStdString(), "robert");
-    world.run("update user set name = 'x' where id = 12");
-    world.tell(Type::UserPropertiesChanged, FlakeId(12));
-    EXPECT_EQ(heardText.take() + "/" + heardPair.take(), "/");
-}
-
-TEST(GuildListener, FollowsTheName)
-{
-    ListenWorld world;
-    DisGuildListener listener;
-    listener.setParams({ FlakeId(1) });
-    EXPECT_EQ(listener.guildName().toStdString(), "garden");
-    Heard<DisGuildListener> heard(listener);
-    world.tell(Type::GuildChanged, FlakeId(1));
-    EXPECT_EQ(heard.take(), "") << "the same name";
-    world.run("update guild set name = 'park'");
-    world.tell(Type::GuildChanged, FlakeId(2));
-    EXPECT_EQ(heard.take(), "");
-    world.tell(Type::GuildChanged, FlakeId(1));
-    EXPECT_EQ(heard.take(), "1");
-    world.run("update guild set name = 'wood'");
-    world.client->postLocalChanges(DisChanges::reload());
-    EXPECT_EQ(heard.take(), "1");
-    EXPECT_EQ(listener.guildName().toStdString(), "wood");
-    listener.clear();
-    EXPECT_TRUE(listener.isNull() && listener.guildName().isNull());
-    world.client->postLocalChanges(DisChanges::reload());
-    EXPECT_EQ(heard.take(), "");
-}
-
 // A tab restored at start listens before the store knows the channel.
-TEST(ChannelListener, ChannelThatBecomesKnownLater)
+TEST(Listeners, ChannelThatBecomesKnownLater)
 {
     ListenWorld world;
     DisChannelListener listener;
     listener.setParams({ FlakeId(30), FlakeId(10) });
     EXPECT_EQ(listener.channelType(), DisChannelType::Unknown);
-    Heard<DisChannelListener> heard(listener);
+    int told = 0;
+    QObject::connect(&listener, &DisChannelListener::propertiesChanged, [&] { ++told; });
     world.run("insert into any_channel (id, type) values (30, 4)");
     world.run("insert into private_channel (id) values (30)");
     world.run(
         "insert into private_channel_participant (channel_id, user_id) values (30, 10), (30, 12)");
     world.client->postLocalChanges(DisChanges::reload());
-    EXPECT_EQ(heard.take(), "1");
+    EXPECT_EQ(told, 1);
     EXPECT_EQ(listener.channelName().toStdString(), "cyn");
     world.run("update user set name = 'cynthia' where id = 12");
     world.tell(Type::UserPropertiesChanged, FlakeId(12));
-    EXPECT_EQ(heard.take(), "1") << "and its other user is known too";
+    EXPECT_EQ(told, 2) << "and its other user is known too";
 }
 
 TEST(TypingListener, TracksTenInTheOrderInWhichTheyBegan)
@@ -296,13 +229,20 @@ TEST(TypingListener, TracksTenInTheOrderInWhichTheyBegan)
     EXPECT_EQ(users(listener), "");
     emit world.client->typingStarts(typing({ 9, 3, 5 }));
     emit world.client->typingStarts(typing({ 3, 4 }, 21)); // another channel
-    EXPECT_EQ(users(listener), "9 3 5");
-    EXPECT_EQ(told, 1);
     emit world.client->typingStarts(typing({ 3, 9 }));
     EXPECT_EQ(users(listener), "9 3 5");
+    EXPECT_EQ(told, 1);
     emit world.client->typingStarts(typing({ 1, 2, 4, 6, 7, 8, 10, 11 }));
     EXPECT_EQ(users(listener), "9 3 5 1 2 4 6 7 8 10") << "the eleventh is not tracked";
     EXPECT_EQ(told, 2);
+    auto second = std::make_unique<DisTypingUsersListener>(); // shares what is known
+    second->setChannelId(FlakeId(20));
+    listener.setChannelId(FlakeId(21));
+    EXPECT_EQ(users(listener), "");
+    EXPECT_EQ(users(*second), "9 3 5 1 2 4 6 7 8 10");
+    second.reset();
+    listener.setChannelId(FlakeId(20));
+    EXPECT_EQ(users(listener), "") << "what nobody listened to is forgotten";
 }
 
 TEST(TypingListener, EndsAfterTenSecondsOrWithAMessage)
@@ -321,31 +261,9 @@ TEST(TypingListener, EndsAfterTenSecondsOrWithAMessage)
     world.now += 1;
     world.manager.typingTimeout();
     EXPECT_EQ(users(listener), "2");
-    EXPECT_EQ(told, 2);
     emit world.client->typingStarts(typing({ 4 }));
     world.tell(Type::MessageCreated, FlakeId(100), FlakeId(20), FlakeId(2));
+    world.tell(Type::MessageCreated, FlakeId(101), FlakeId(21), FlakeId(4)); // elsewhere
     EXPECT_EQ(users(listener), "4");
-    world.tell(Type::MessageCreated, FlakeId(101), FlakeId(21), FlakeId(4));
-    EXPECT_EQ(users(listener), "4") << "a message elsewhere";
     EXPECT_EQ(told, 4);
-    world.now += 10'000;
-    world.manager.typingTimeout();
-    EXPECT_EQ(users(listener), "");
-}
-
-TEST(TypingListener, ListenersOfOneChannelShareWhatIsKnown)
-{
-    ListenWorld world;
-    DisTypingUsersListener first;
-    first.setChannelId(FlakeId(20));
-    emit world.client->typingStarts(typing({ 1 }));
-    auto second = std::make_unique<DisTypingUsersListener>();
-    second->setChannelId(FlakeId(20));
-    EXPECT_EQ(users(*second), "1");
-    first.setChannelId(FlakeId(21));
-    EXPECT_EQ(users(first), "");
-    EXPECT_EQ(users(*second), "1");
-    second.reset();
-    first.setChannelId(FlakeId(20));
-    EXPECT_EQ(users(first), "") << "what nobody listened to is forgotten";
 }

@@ -9,7 +9,8 @@
 #include "stage_world.h"
 #include "text_notif.h"
 
-#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QSignalSpy>
 
 #include <gtest/gtest.h>
@@ -94,39 +95,39 @@ struct ChannelsWorld {
         parts.sort();
         told << parts.join(QLatin1Char(','));
     }
+    void dispatch(char const* event, QString const& json)
+    {
+        service.sendDispatch(QLatin1String(event), QJsonDocument::fromJson(json.toUtf8()).object());
+    }
     // Of somebody in the channel; true once the manager has seen it.
     bool say(char const* channel, int author, bool mention = false)
     {
-        FlakeId const message(++lastMessage);
-        QJsonObject d{ { QStringLiteral("id"), message.toString() },
-                       { QStringLiteral("channel_id"), id(channel).toString() },
-                       { QStringLiteral("content"), QStringLiteral("hello") },
-                       { QStringLiteral("author"),
-                         QJsonObject{ { QStringLiteral("id"), user(author).toString() },
-                                      { QStringLiteral("username"), QStringLiteral("ada") } } } };
-        if (mention)
-            d.insert(QStringLiteral("mentions"),
-                     QJsonArray{ QJsonObject{ { QStringLiteral("id"), me().toString() } } });
         QSignalSpy seen(&*model.client, &DisClient::disChanges);
-        service.sendDispatch(QStringLiteral("MESSAGE_CREATE"), d);
+        dispatch(
+            "MESSAGE_CREATE",
+            QStringLiteral(R"({"id":"%1","channel_id":"%2","content":"hello","mentions":[%3],)"
+                           R"("author":{"id":"%4","username":"ada"}})")
+                .arg(QString::number(++lastMessage), id(channel).toString(),
+                     mention ? QStringLiteral(R"({"id":"%1"})").arg(me().toString()) : QString(),
+                     user(author).toString()));
         return waitUntil([&seen] { return !seen.isEmpty(); });
     }
-    void setForeground(QStringList const& shown, QStringList const& attended)
+    void setForeground(std::initializer_list<char const*> shown, char const* attended)
     {
         foreground = {};
-        for (QString const& name : shown)
-            foreground.shown.insert(names.key(name));
-        for (QString const& name : attended)
-            foreground.attended.insert(names.key(name));
+        for (char const* const name : shown)
+            foreground.shown.insert(id(name));
+        foreground.attended = { id(attended) };
         manager->hack_foregroundChannelsMayHaveChanged();
         flush();
     }
-    QStringList acks() const
+    QStringList acks() const // in the order of their text
     {
         QStringList out;
         for (stage::StageRequest const& request : service.requests())
             if (request.path.endsWith(QLatin1String("/ack")))
                 out << request.path.section(QLatin1Char('/'), 1);
+        out.sort();
         return out;
     }
     std::string toldText() const { return told.join(QLatin1Char(' ')).toStdString(); }
@@ -148,11 +149,10 @@ TEST(ManagerChannels, MessagesCountWhereNobodyLooks)
     ChannelsWorld world;
     ASSERT_TRUE(world.connectAccount());
     world.settle();
-    world.setForeground({ QStringLiteral("b"), QStringLiteral("c") }, { QStringLiteral("c") });
+    world.setForeground({ "b", "c" }, "c");
     world.say("a", 1);
     world.say("a", 2);
     world.flush();
-    EXPECT_EQ(world.manager->channelUnreadCount(world.id("a")), 2);
     world.say("b", 1); // on screen, in a window that does not have the attention
     world.say("c", 1);
     world.say("a", 0); // one's own
@@ -162,20 +162,15 @@ TEST(ManagerChannels, MessagesCountWhereNobodyLooks)
     EXPECT_EQ(world.manager->channelUnreadCount(world.id("c")), 0);
 
     world.told.clear();
-    world.setForeground({ QStringLiteral("b"), QStringLiteral("c") }, { QStringLiteral("b") });
-    world.flush();
+    world.setForeground({ "b", "c" }, "b");
     EXPECT_EQ(world.toldText(), "b=0");
     // One a round: the one that was opened, and the one that was read as it came.
     ASSERT_TRUE(waitUntil([&] { return world.acks().size() == 2; }));
     QString const path = QStringLiteral("channels/%1/messages/%2/ack");
-    quint64 const last = world.lastMessage;
-    QStringList expected{ path.arg(world.id("b").toString()).arg(last - 2),
-                          path.arg(world.id("c").toString()).arg(last - 1) };
-    QStringList sent = world.acks();
-    sent.sort(); // of those that wait any may be the first
-    expected.sort();
-    EXPECT_EQ(sent.join(QLatin1Char(' ')).toStdString(),
-              expected.join(QLatin1Char(' ')).toStdString());
+    QStringList expected{ path.arg(world.id("b").toString()).arg(world.lastMessage - 2),
+                          path.arg(world.id("c").toString()).arg(world.lastMessage - 1) };
+    expected.sort(); // of those that wait any may be the first
+    EXPECT_EQ(world.acks().join(u' ').toStdString(), expected.join(u' ').toStdString());
 }
 
 TEST(ManagerChannels, ReadElsewhereAndForgotten)
@@ -187,15 +182,14 @@ TEST(ManagerChannels, ReadElsewhereAndForgotten)
         world.say(channel, 1);
     world.flush();
     world.told.clear();
-    world.service.sendDispatch(
-        QStringLiteral("MESSAGE_ACK"),
-        { { QStringLiteral("channel_id"), world.id("a").toString() },
-          { QStringLiteral("message_id"), FlakeId(world.lastMessage - 2).toString() } });
+    world.dispatch("MESSAGE_ACK",
+                   QStringLiteral(R"({"channel_id":"%1","message_id":"%2"})")
+                       .arg(world.id("a").toString())
+                       .arg(world.lastMessage - 2));
     ASSERT_TRUE(waitUntil([&] { return !world.told.isEmpty(); }));
-    world.service.sendDispatch(QStringLiteral("CHANNEL_DELETE"),
-                               { { QStringLiteral("type"), 0 },
-                                 { QStringLiteral("id"), world.id("b").toString() },
-                                 { QStringLiteral("guild_id"), world.guild().toString() } });
+    world.dispatch("CHANNEL_DELETE",
+                   QStringLiteral(R"({"type":0,"id":"%1","guild_id":"%2"})")
+                       .arg(world.id("b").toString(), world.guild().toString()));
     ASSERT_TRUE(waitUntil([&] { return !world.manager->unreadCounts().contains(world.id("b")); }));
     world.flush();
     world.manager->markGuildAsRead(world.guild());
@@ -229,19 +223,18 @@ TEST(ManagerChannels, MutedChannelsKeepQuiet)
     world.say("b", 1);
     world.flush();
     QString const guild = world.guild().toString();
-    auto const setSettings = [&](bool guildMuted, QJsonArray const& overrides) {
+    QString const muteA =
+        QStringLiteral(R"({"channel_id":"%1","muted":true})").arg(world.id("a").toString());
+    auto const setSettings = [&](bool guildMuted, QString const& overrides) {
         QSignalSpy changed(world.manager.get(), &DisManager::mutedChannelsChanged);
         world.told.clear();
-        world.service.sendDispatch(QStringLiteral("USER_GUILD_SETTINGS_UPDATE"),
-                                   { { QStringLiteral("guild_id"), guild },
-                                     { QStringLiteral("muted"), guildMuted },
-                                     { QStringLiteral("channel_overrides"), overrides } });
+        world.dispatch("USER_GUILD_SETTINGS_UPDATE",
+                       QStringLiteral(R"({"guild_id":"%1","muted":%2,"channel_overrides":[%3]})")
+                           .arg(guild, QVariant(guildMuted).toString(), overrides));
         EXPECT_TRUE(waitUntil([&] { return !changed.isEmpty(); }));
         world.flush();
     };
-    QJsonObject const muteA{ { QStringLiteral("channel_id"), world.id("a").toString() },
-                             { QStringLiteral("muted"), true } };
-    setSettings(false, { muteA });
+    setSettings(false, muteA);
     EXPECT_EQ(world.toldText(), "a=0");
     EXPECT_TRUE(world.manager->mutedChannels().contains(world.id("a")));
     setSettings(true, {});
@@ -280,7 +273,7 @@ TEST(ManagerChannels, NotificationsFollowTheConversation)
     world.manager->removeMutedUser(world.user(1));
     world.say("a", 1, true);
     EXPECT_EQ(NakNotif::g_nakNotifManager->count(), 2);
-    world.setForeground({ QStringLiteral("dm") }, { QStringLiteral("dm") });
+    world.setForeground({ "dm" }, "dm");
     EXPECT_EQ(NakNotif::g_nakNotifManager->count(), 1) << "reading takes it away";
     NakNotif::g_nakNotifManager->dismissAll();
     EXPECT_EQ(NakNotif::g_nakNotifManager->count(), 0);
@@ -291,14 +284,10 @@ TEST(ManagerPeople, FriendRequestsComeAndGo)
     ChannelsWorld world;
     ASSERT_TRUE(world.connectAccount());
     NakNotif::g_nakNotifManager->dismissAll();
-    QJsonObject const request{ { QStringLiteral("id"), QStringLiteral("77") },
-                               { QStringLiteral("type"), 3 },
-                               { QStringLiteral("user"),
-                                 QJsonObject{
-                                     { QStringLiteral("id"), QStringLiteral("77") },
-                                     { QStringLiteral("username"), QStringLiteral("bo") } } } };
+    QString const request =
+        QStringLiteral(R"({"id":"77","type":3,"user":{"id":"77","username":"bo"}})");
     int const before = world.manager->pendingFriendRequests().size();
-    world.service.sendDispatch(QStringLiteral("RELATIONSHIP_ADD"), request);
+    world.dispatch("RELATIONSHIP_ADD", request);
     ASSERT_TRUE(
         waitUntil([&] { return world.manager->pendingFriendRequests().contains(FlakeId(77)); }));
     ASSERT_EQ(NakNotif::g_nakNotifManager->count(), 1);
@@ -307,7 +296,7 @@ TEST(ManagerPeople, FriendRequestsComeAndGo)
         return !world.service.requests("PUT", QStringLiteral("/users/@me/relationships/77"))
                     .isEmpty();
     }));
-    world.service.sendDispatch(QStringLiteral("RELATIONSHIP_REMOVE"), request);
+    world.dispatch("RELATIONSHIP_REMOVE", request);
     EXPECT_TRUE(waitUntil([&] { return world.manager->pendingFriendRequests().size() == before; }));
     EXPECT_EQ(NakNotif::g_nakNotifManager->count(), 0);
 }
@@ -316,44 +305,35 @@ TEST(ManagerPeople, IdleTimeShowsAsIdle)
 {
     ChannelsWorld world;
     ASSERT_TRUE(world.connectAccount());
-    struct Step {
+    auto const sent = [&world] {
+        QJsonObject frame;
+        if (!world.service.expectFrame(3, &frame))
+            return std::string("nothing");
+        QJsonObject const d = frame[QLatin1String("d")].toObject();
+        return d[QLatin1String("status")].toString().toStdString()
+            + (d[QLatin1String("afk")].toBool() ? " afk" : "");
+    };
+    struct {
         int thresholdMinutes;
         unsigned int idleMs;
-        char const* sent; // status and afk; empty for nothing
+        char const* sent; // empty for nothing
+    } const steps[] = {
+        { 5, 299999, "" },     { 5, 300001, "idle afk" },  { 5, 400000, "" },
+        { 5, 4000, "online" }, { 1, 170000, "" },          { 1, 180001, "idle afk" },
+        { 500, 10, "online" }, { 500, 239U * 60000U, "" }, { 500, 240U * 60000U + 1, "idle afk" },
+        { 5, 10, "online" },
     };
-    Step const steps[] = {
-        { 5, 299999, "" },
-        { 5, 300001, "idle true" },
-        { 5, 400000, "" },
-        { 5, 4000, "online false" },
-        { 1, 170000, "" },
-        { 1, 180001, "idle true" },
-        { 500, 10, "online false" },
-        { 500, 239U * 60000U, "" },
-        { 500, 240U * 60000U + 1, "idle true" },
-        { 5, 10, "online false" },
-    };
-    for (Step const& step : steps) {
+    for (auto const& step : steps) {
         world.model.preferences.inactivityThresholdMinutes = step.thresholdMinutes;
         world.manager->idleTimeUpdated(step.idleMs);
-        if (!*step.sent)
-            continue;
-        QJsonObject frame;
-        ASSERT_TRUE(world.service.expectFrame(3, &frame)) << step.idleMs;
-        QJsonObject const d = frame[QLatin1String("d")].toObject();
-        EXPECT_EQ(d[QLatin1String("status")].toString().toStdString()
-                      + (d[QLatin1String("afk")].toBool() ? " true" : " false"),
-                  step.sent);
+        if (*step.sent) {
+            EXPECT_EQ(sent(), step.sent) << step.idleMs;
+        }
     }
     world.manager->setPreferredUserStatus(world.me(), DisUserStatusCode::DoNotDisturb);
+    EXPECT_EQ(sent(), "dnd");
     world.manager->idleTimeUpdated(300001);
-    QJsonObject frame;
-    for (bool const afk : { false, true }) {
-        ASSERT_TRUE(world.service.expectFrame(3, &frame));
-        EXPECT_EQ(frame[QLatin1String("d")].toObject()[QLatin1String("status")].toString(),
-                  QStringLiteral("dnd"));
-        EXPECT_EQ(frame[QLatin1String("d")].toObject()[QLatin1String("afk")].toBool(), afk);
-    }
+    EXPECT_EQ(sent(), "dnd afk");
 }
 
 TEST(ManagerPeople, MutedUsersAreKept)
