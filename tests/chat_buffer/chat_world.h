@@ -3,50 +3,39 @@
 #pragma once
 
 // Everything that a channel view needs, without a service: the singletons, a store in a temporary
-// folder, an own user whose requests go to a loopback socket that notes and never answers them.
+// folder, an own user whose requests go to a loopback socket that keeps and never answers them.
 
-#include "dis_client.h"
-#include "dis_events.h"
 #include "dis_listen.h"
 #include "dis_manager.h"
 #include "dis_text_document.h"
-#include "global_events.h"
 #include "gui_icons.h"
-#include "preferences.h"
+#include "model_fixture.h"
+#include "settle.h"
 
-#include <QStringList>
 #include <QTcpServer>
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <memory>
-#include <ostream>
-
-// Readable failures.
-inline void PrintTo(QString const& text, std::ostream* out)
-{
-    *out << '"' << text.toStdString() << '"';
-}
 
 // The id of a message at that many milliseconds after the start of 2026; counter tells those of one
 // millisecond apart.
 FlakeId idAt(qint64 msecs, quint64 counter = 0);
 
-// Notes the request line and the body of each request.
+// Keeps what it is sent. No answer: one to the gateway's handshake would end the session, and that
+// empties the store.
 class RequestSink : public QTcpServer {
 public:
     RequestSink();
     QString httpUrl() const;
-    // "POST /api/v6/channels/7/messages {...}" in the order of arrival.
-    QStringList requests() const { return m_requests; }
 
-private:
-    void noteRequests(QTcpSocket* socket);
+    QByteArray received;
+};
 
-    QHash<QTcpSocket*, QByteArray> m_received;
-    QStringList m_requests;
+struct ChatMessage {
+    FlakeId id;
+    FlakeId author;
+    QString text;
 };
 
 class ChatWorld {
@@ -60,15 +49,14 @@ public:
 
     // A session whose own user is known, in a guild with one text channel "general".
     void connectOwnUser();
-    RequestSink& requests() { return m_requests; }
+    QByteArray const& requests() const { return m_requests.received; }
 
-    void exec(QString const& sql);
-    void addUser(FlakeId id, QString const& name, bool bot = false);
+    void exec(QString const& sql) { m_model.run(sql.toUtf8().constData()); }
+    void addUser(FlakeId id, QString const& name);
+    void addMessages(int count, std::function<ChatMessage(int)> const& message);
     void addMessage(FlakeId id, FlakeId author, QString const& text);
-    void addMessages(int count, std::function<FlakeId(int)> const& id,
-                     std::function<FlakeId(int)> const& author,
-                     std::function<QString(int)> const& text);
-    FlakeId addPending(FlakeId nonce, FlakeId author, QString const& text, qint64 timestamp);
+    // Of the own user, sent at that time.
+    void addPending(FlakeId nonce, QString const& text);
 
     // As the session tells it after the commit.
     void announceCreated(FlakeId message, FlakeId author, FlakeId nonce = {});
@@ -77,16 +65,12 @@ public:
     void announceReload();
 
 private:
-    QTemporaryDir m_dir;
     RequestSink m_requests;
-    NakPreferences m_preferences;
-    std::unique_ptr<NakGlobalEvents> m_globalEvents;
-    std::unique_ptr<NakGuiIcons> m_icons;
-    std::unique_ptr<DisClient> m_client;
+    ModelWorld m_model;
+    NakGuiIcons m_icons;
     std::unique_ptr<DisManager> m_manager;
     std::unique_ptr<DisListenManager> m_listen;
     std::unique_ptr<DisTextDocumentManager> m_documents;
-    DisSession* m_session = nullptr;
 };
 
 // A test with its own world.
@@ -94,6 +78,3 @@ class ChatTest : public testing::Test {
 protected:
     ChatWorld world;
 };
-
-// Delivers what is posted and due, without waiting for what is not.
-void settle();

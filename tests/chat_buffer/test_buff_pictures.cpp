@@ -95,9 +95,7 @@ TEST_F(ChatTest, aMessageShowsPicturesOrLinesThatStandForThem)
         DisBuffWidgetsManager manager(
             { g_disClient->db(), &reads, &g_disClient->pendingMessages_hack() });
         DisBuffMsgContentWidget content(&manager);
-        DisBuffItem item;
-        item.id = idAt(0);
-        content.setContents(world.channel, item);
+        content.setContents(world.channel, DisBuffItem::confirmed(idAt(0), FlakeId(7)));
         content.heightForWidth(row.width);
         EXPECT_EQ(dump(content.currentLayout()), row.parts);
     }

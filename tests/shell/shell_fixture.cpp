@@ -40,14 +40,6 @@ NakNavLoc channel(quint64 id)
     return NakNavLoc::discordChannel(FlakeId(id));
 }
 
-void settle()
-{
-    for (int i = 0; i < 3; ++i) {
-        QCoreApplication::processEvents();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
-}
-
 std::string tabsOf(NakMainTabs const& tabs)
 {
     QStringList texts;

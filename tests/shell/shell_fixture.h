@@ -10,6 +10,7 @@
 #include "gui_icons.h"
 #include "main_tabs.h"
 #include "preferences.h"
+#include "settle.h"
 #include "shell_host.h"
 
 #include <gtest/gtest.h>
@@ -40,9 +41,6 @@ protected:
 };
 
 NakNavLoc channel(quint64 id);
-
-// Runs posted steps and deletions until none is left.
-void settle();
 
 // Each tab's channel, left to right, the current one in brackets: "1 [2] -" with an empty third.
 std::string tabsOf(NakMainTabs const& tabs);
