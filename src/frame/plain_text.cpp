@@ -38,3 +38,12 @@ QString NakPlainText::toolTip(QString const& text)
     return QLatin1String("<span style=\"white-space: pre-wrap\">") + text.toHtmlEscaped()
         + QLatin1String("</span>");
 }
+
+QStaticText NakPlainText::shaped(QString const& text, QFont const& font)
+{
+    QStaticText shape(text);
+    shape.setTextFormat(Qt::PlainText);
+    shape.setPerformanceHint(QStaticText::AggressiveCaching);
+    shape.prepare(QTransform(), font);
+    return shape;
+}

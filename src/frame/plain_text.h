@@ -4,6 +4,7 @@
 
 // Text from servers for those parts of the toolkit that would read a meaning into it. Pure.
 
+#include <QStaticText>
 #include <QString>
 
 namespace NakPlainText {
@@ -19,5 +20,8 @@ QString withoutMnemonics(QString text);
 
 // For tool tips, which take text that looks like markup for markup.
 QString toolTip(QString const& text);
+
+// Laid out once, for painting often.
+QStaticText shaped(QString const& text, QFont const& font);
 
 } // namespace NakPlainText

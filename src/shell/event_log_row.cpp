@@ -3,6 +3,7 @@
 #include "event_log_row.h"
 
 #include "nak_color.h"
+#include "plain_text.h"
 
 #include <QPainter>
 
@@ -22,21 +23,13 @@ QColor readable(QColor wanted, QColor const& ground)
     return wanted;
 }
 
-QStaticText shaped(QString const& text, QFont const& font)
-{
-    QStaticText shape(text);
-    shape.setTextFormat(Qt::PlainText);
-    shape.setPerformanceHint(QStaticText::AggressiveCaching);
-    shape.prepare(QTransform(), font);
-    return shape;
-}
-
 void addText(Row* row, QRect const& column, QString const& text, int tone, Style const& style)
 {
     if (text.isEmpty() || column.isEmpty())
         return;
     QString const fits = QFontMetrics(style.font).elidedText(text, Qt::ElideRight, column.width());
-    row->texts.append({ QPoint(column.left(), style.textTop), shaped(fits, style.font), tone });
+    row->texts.append(
+        { QPoint(column.left(), style.textTop), NakPlainText::shaped(fits, style.font), tone });
 }
 
 // As far as the column shows it.

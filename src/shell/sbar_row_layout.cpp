@@ -30,15 +30,6 @@ struct Room {
     int height = 0;
 };
 
-// The text never wraps and never is markup; the font is the one that paintRow sets.
-void prepare(QStaticText* text, QString const& string, QFont const& font)
-{
-    text->setTextFormat(Qt::PlainText);
-    text->setPerformanceHint(QStaticText::AggressiveCaching);
-    text->setText(string);
-    text->prepare(QTransform(), font);
-}
-
 QRect centred(int x, QSize const& size, int height)
 {
     return QRect(QPoint(x, (height - size.height()) / 2), size);
@@ -87,7 +78,7 @@ void layoutBadge(RowContent const& content, RowPlace const& place, SbarViewStyle
     if (content.badge == BadgeKind::None)
         return;
     layout->badgeKind = content.badge;
-    prepare(&layout->badgeText, numberText(content.number), style.badgeFont.font);
+    layout->badgeText = NakPlainText::shaped(numberText(content.number), style.badgeFont.font);
     QSize const text = layout->badgeText.size().toSize();
     bool const members = content.badge == BadgeKind::Members;
     int const glyph = members ? style.lockGlyphSize + style.gap / 2 : 0;
@@ -136,11 +127,11 @@ void layoutText(RowContent const& content, SbarViewStyle const& style, Room cons
         layout->elided = before->elided;
         return;
     }
-    prepare(&layout->text, layout->line, font);
+    layout->text = NakPlainText::shaped(layout->line, font);
     layout->elided = layout->text.size().width() > width;
     if (layout->elided)
-        prepare(&layout->text, QFontMetrics(font).elidedText(layout->line, Qt::ElideRight, width),
-                font);
+        layout->text = NakPlainText::shaped(
+            QFontMetrics(font).elidedText(layout->line, Qt::ElideRight, width), font);
 }
 
 int baseOf(Shape shape, SbarViewStyle const& style)
