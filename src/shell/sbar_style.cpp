@@ -3,6 +3,7 @@
 #include "sbar_style.h"
 
 #include "app_theme.h"
+#include "dis_guild_picture.h"
 #include "gui_icons.h"
 #include "nak_color.h"
 #include "nakwire_style.h"
@@ -23,7 +24,6 @@ constexpr int lightWindowLightness = 128;
 constexpr int rowHeightOverFont = 5;
 constexpr double badgeFontScale = 0.85;
 constexpr int minBadgePointSize = 6;
-constexpr int maxTiles = 256;
 
 QColor& at(QColor (&colors)[static_cast<size_t>(SbarTone::Count)], SbarTone tone)
 {
@@ -97,18 +97,6 @@ void setColors(SbarViewStyle* style, QPalette const& palette)
     for (size_t status = 0; status < std::size(style->presence); ++status)
         style->presence[status] =
             NakStyle::presenceColor(static_cast<DisUserStatusCode>(status), palette);
-}
-
-// The first letter or figure, which may take two code units.
-QString initialOf(QString const& name)
-{
-    for (int i = 0; i < name.size(); ++i) {
-        if (name.at(i).isLetterOrNumber())
-            return name.mid(i, 1).toUpper();
-        if (name.at(i).isHighSurrogate())
-            return name.mid(i, 2);
-    }
-    return name.left(1);
 }
 
 constexpr quint64 pictureKey(quint64 code, quint64 size, QRgb color)
@@ -191,26 +179,7 @@ QPixmap NakStyle::SbarViewStyle::badgeGround(QSize const& size, QColor const& fi
 
 QPixmap NakStyle::SbarViewStyle::letterTile(QString const& name) const
 {
-    QString const initial = initialOf(name);
-    if (tiles.size() > maxTiles)
-        tiles.clear();
-    QPixmap& picture = tiles[initial];
-    if (picture.isNull()) {
-        int const extent = qRound(iconSize * density);
-        picture = QPixmap(extent, extent);
-        picture.fill(Qt::transparent);
-        picture.setDevicePixelRatio(density);
-        QPainter painter(&picture);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(tileFill);
-        QRectF const box(0, 0, iconSize, iconSize);
-        painter.drawRoundedRect(box, tileRadius, tileRadius);
-        painter.setPen(tileText);
-        painter.setFont(headFont);
-        painter.drawText(box, Qt::AlignCenter, initial);
-    }
-    return picture;
+    return disLetterTile(name, iconSize, { headFont, tileFill, tileText, density });
 }
 
 NakStyle::SbarViewStyle NakStyle::makeSbarViewStyle(QFont const& sourceListFont,

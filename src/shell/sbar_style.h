@@ -64,7 +64,6 @@ struct SbarViewStyle {
     double highlightRadius = 1.8;
     double groupRadius = 2.0;
     double groupInsetRadius = 1.3;
-    double tileRadius = 3.0;
 
     // --- fonts ---
     QFont rowFont;
@@ -105,7 +104,6 @@ struct SbarViewStyle {
     QPixmap letterTile(QString const& name) const;
 
     mutable QHash<quint64, QPixmap> pictures;
-    mutable QHash<QString, QPixmap> tiles; // by letter
 };
 
 SbarViewStyle makeSbarViewStyle(QFont const& sourceListFont, QPalette const& palette,
