@@ -13,6 +13,7 @@
 #include "dis_chat_input_rewrite.h"
 #include "dis_client.h"
 #include "dis_emoji_images.h"
+#include "dis_jump_provider.h"
 #include "dis_listen.h"
 #include "dis_manager.h"
 #include "dis_text_document.h"
@@ -114,6 +115,7 @@ void DisServicePlugin::destroyGlobals()
         return;
     NakTabContents::registerFactory(NakNav::Type::Discord, {});
     NakAcct::registerComponentFactory(NakAcct::ServiceType::Discord, {});
+    m_jumpProvider.reset();
     deleteGlobal(g_disListenManager);
     deleteGlobal(g_disTextDocumentManager);
     deleteGlobal(g_disManager);
@@ -127,6 +129,7 @@ void DisServicePlugin::registerDoors()
 {
     NakTabContents::registerFactory(NakNav::Type::Discord, makeContent);
     NakAcct::registerComponentFactory(NakAcct::ServiceType::Discord, DisAcctsModelComponent_new);
+    m_jumpProvider = std::make_unique<DisJumpProvider>();
 }
 
 void DisServicePlugin::deinit()

@@ -10,6 +10,10 @@
 
 #include <QObject>
 
+#include <memory>
+
+class DisJumpProvider;
+
 class DisServicePlugin : public QObject, public INakService {
     Q_OBJECT
     Q_INTERFACES(INakService)
@@ -27,4 +31,6 @@ private:
     void destroyGlobals(); // also when some are gone
     void registerDoors();
     void finishDeinit();
+
+    std::unique_ptr<DisJumpProvider> m_jumpProvider;
 };

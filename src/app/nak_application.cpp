@@ -6,6 +6,7 @@
 #include "app_look.h"
 #include "app_theme.h"
 #include "boxes.h"
+#include "builtin_jump_provider.h"
 #include "chat_window.h"
 #include "data_paths.h"
 #include "deployment.h"
@@ -16,6 +17,7 @@
 #include "gui_icons.h"
 #include "i_nak_service.h"
 #include "idle_detection.h"
+#include "jump_manager.h"
 #include "local_crypto.h"
 #include "nak_event_log.h"
 #include "nak_sql.h"
@@ -109,6 +111,7 @@ struct NakApplicationPriv {
     AppLook look;
     ShellHost shellHost;
     NakWindowHost windowHost;
+    std::unique_ptr<NakBuiltinJumpProvider> builtinJumpProvider;
 };
 
 NakApplication::NakApplication(QString const& foreignStyle, int& argc, char** argv, int flags)
@@ -154,6 +157,8 @@ NakApplication::~NakApplication()
     }
     deleteGlobal(g_savedData);
     deleteGlobal(g_idleDetection);
+    d->builtinJumpProvider.reset();
+    deleteGlobal(NakJump::g_nakJumpManager);
     NakNotif::destroyGlobalData();
     NakGo::setWindowHost(nullptr);
     NakShell::setHost(nullptr);
@@ -254,6 +259,8 @@ void NakApplication::createOtherSingletons()
     NakNotif::createGlobalData();
     connect(NakNotif::g_nakNotifManager, &NakNotifManager::quitRequested, this,
             &NakApplication::beginQuit);
+    NakJump::g_nakJumpManager = new NakJumpManager(this);
+    d->builtinJumpProvider = std::make_unique<NakBuiltinJumpProvider>();
     NakTabContents::registerFactory(NakNav::Type::Builtin, makeBuiltinContent);
     g_idleDetection = new NakIdleDetection(this);
     g_savedData = new NakSavedData(this);

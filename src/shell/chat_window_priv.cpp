@@ -7,6 +7,7 @@
 #include "chat_splitter.h"
 #include "chat_window.h"
 #include "event_log_window.h"
+#include "jump_view.h"
 #include "own_user_status_button.h"
 #include "preferences.h"
 #include "sbar_view.h"
@@ -44,6 +45,8 @@ QString sideBarVisibleKey()
 
 // A new window stands beside the one that made it, this far right and down.
 constexpr int newWindowShift = 15;
+
+constexpr QSize maxJumpViewSize(300, 250);
 
 constexpr int maxSideBarWidth = 16384; // as wide as a window can be
 
@@ -92,6 +95,7 @@ void NakChatWindowPriv::makeActions()
     m_newTab = makeAction(QStringLiteral("New Tab"), key("Ctrl+T"), &NakChatWindowPriv::newTab);
     m_newWindow =
         makeAction(QStringLiteral("New Window"), key("Ctrl+N"), &NakChatWindowPriv::newWindow);
+    m_goTo = makeAction(QStringLiteral("Go to…"), key("Ctrl+K"), &NakChatWindowPriv::goTo);
     m_previousTab = makeAction(QStringLiteral("Previous Tab"), key("Ctrl+Shift+Tab"),
                                &NakChatWindowPriv::previousTab);
     m_nextTab =
@@ -153,6 +157,8 @@ void NakChatWindowPriv::makeShortcuts()
                 mainTabs->setCurrentIndex(digit - 1);
         });
     }
+    auto* const otherGoTo = new QShortcut(QKeySequence(Qt::CTRL + Qt::Key_P), m_window);
+    connect(otherGoTo, &QShortcut::activated, this, &NakChatWindowPriv::goTo);
     // Between the side bar and the tab, as where windows have panes.
     auto* const otherPane = new QShortcut(QKeySequence(Qt::Key_F6), m_window);
     connect(otherPane, &QShortcut::activated, this, &NakChatWindowPriv::moveFocusBetweenPanes);
@@ -174,7 +180,7 @@ void NakChatWindowPriv::makeMenus()
     view->addActions({ m_showSideBar, m_showStatusBar });
 
     QMenu* const tools = m_window->menuBar()->addMenu(QStringLiteral("&Tools"));
-    tools->addActions({ m_newTab, m_newWindow, m_accounts, m_notifications, m_bookmarks });
+    tools->addActions({ m_newTab, m_newWindow, m_goTo, m_accounts, m_notifications, m_bookmarks });
     tools->addSeparator();
     tools->addActions({ m_markAllAsRead, m_eventLog, m_preferences });
     tools->addSeparator();
@@ -223,6 +229,7 @@ void NakChatWindowPriv::applyPreferences()
     m_bottomBar->setVisible(g_preferences->showStatusBar);
     m_showStatusBar->setChecked(g_preferences->showStatusBar);
     updateWindowIcon();
+    delete m_jumpView; // made anew in the fonts and colours of the moment
 }
 
 void NakChatWindowPriv::restoreTabs()
@@ -354,6 +361,27 @@ void NakChatWindowPriv::nextTab()
 void NakChatWindowPriv::openNotifications()
 {
     m_window->openTabWithNavLoc(NakNavLoc::builtin(NakNav::BuiltinView::Type::Notifications));
+}
+
+// Over the bottom left corner of the tabs, where the input of a channel is too. A popup has all
+// keys and the pointer as it is; were it modal besides, the toolkit would drop the letters that are
+// typed until it has the focus.
+void NakChatWindowPriv::goTo()
+{
+    if (!m_jumpView) {
+        m_jumpView = new NakJumpView(m_window, m_window);
+        m_jumpView->setWindowFlags(Qt::Popup | Qt::BypassWindowManagerHint
+                                   | Qt::FramelessWindowHint);
+        connect(m_jumpView, &NakJumpView::dismissed, m_jumpView, &QWidget::close);
+    }
+    QRect place(QPoint(), mainTabs->size().boundedTo(maxJumpViewSize));
+    place.moveBottomLeft(mainTabs->mapToGlobal(mainTabs->rect().bottomLeft()));
+    m_jumpView->setGeometry(place);
+    m_jumpView->show();
+    m_jumpView->raise();
+    m_jumpView->activateWindow();
+    m_jumpView->setFocusAndSelectAllInputText();
+    m_jumpView->getNewResultsWithCurrentInput();
 }
 
 void NakChatWindowPriv::closeTabOrWindow()

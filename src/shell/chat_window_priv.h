@@ -12,6 +12,7 @@
 class BottomBar;
 class NakChatSplitter;
 class NakChatWindow;
+class NakJumpView;
 class NakSbarView;
 class QAction;
 class QMenu;
@@ -52,6 +53,7 @@ public:
     void previousTab();
     void nextTab();
     void openNotifications();
+    void goTo();
     void closeTabOrWindow();
     void setStatusBarWanted(bool wanted);
     void setSideBarShown(bool shown);
@@ -74,10 +76,12 @@ private:
     NakChatWindow* m_window;
     NakChatSplitter* m_splitter = nullptr;
     int m_sideBarWidth = 180;
+    QPointer<NakJumpView> m_jumpView; // from the first "Go to…" on
     BottomBar* m_bottomBar = nullptr;
     QAction* m_preferences = nullptr;
     QAction* m_newTab = nullptr;
     QAction* m_newWindow = nullptr;
+    QAction* m_goTo = nullptr;
     QAction* m_previousTab = nullptr;
     QAction* m_nextTab = nullptr;
     QAction* m_accounts = nullptr;
