@@ -4,7 +4,6 @@
 
 #include "nak_stmt.h"
 #include "sbar_discord.h"
-#include "sbar_glyphs.h"
 #include "sbar_tree.h"
 #include "sbar_vis.h"
 
@@ -36,11 +35,10 @@ SbarWorld::SbarWorld()
     manager->connectWithAccount(manager->createAccountWithToken(QStringLiteral("token")));
     EXPECT_TRUE(waitUntil([this] { return manager->activeUserId().isValid(); }));
     me = manager->activeUserId();
-    sql(QStringLiteral(
-        "delete from guild; delete from guild_member; delete from guild_channel; "
-        "delete from guild_voice_channel; delete from guild_channel_category; delete from role; "
-        "delete from private_channel_participant; delete from private_channel; "
-        "delete from voice_state; delete from user_guild_position"));
+    for (char const* table : { "guild", "guild_member", "guild_channel", "guild_voice_channel",
+                               "guild_channel_category", "role", "private_channel_participant",
+                               "private_channel", "voice_state", "user_guild_position" })
+        sql(QStringLiteral("delete from ") + QLatin1String(table));
     model.client->postLocalChanges(DisChanges::reload());
     manager->hack_localClearAllUnreads();
     QFile::remove(NakSavedData::dbFilePath());
@@ -129,11 +127,7 @@ QStringList shownRows(NakSbarView& view)
         if (!vis)
             continue;
         QString line = vis->shown.text;
-        line += NakSbar::isCollapsed(d, visible.item) ? QLatin1String(" +") : QLatin1String();
-        for (ushort const flag : vis->shown.flags) {
-            line += flag == NakSbar::Glyph::lock ? QLatin1String(" L") : QLatin1String();
-            line += flag == NakSbar::Glyph::muted ? QLatin1String(" M") : QLatin1String();
-        }
+        line += QLatin1String(NakSbar::isCollapsed(d, visible.item) ? " +" : "");
         if (vis->shown.badge != NakSbar::BadgeKind::None)
             line += QLatin1Char(' ') + QString::number(vis->shown.number);
         lines.append(line);

@@ -43,5 +43,5 @@ public:
 };
 
 // What the rows say that a view holds records of, in reading order: the name, "+" for what is
-// collapsed, L and M for locked and muted, and the number.
+// collapsed, and the number.
 QStringList shownRows(NakSbarView& view);

@@ -34,39 +34,36 @@ protected:
     // What stands on it and what it says of itself.
     std::string shown() const
     {
-        QString const said = m_button->accessibleName();
-        return (m_button->text() + QLatin1String(" | ")
-                + QString(said).replace(QLatin1Char('\n'), QLatin1String(" / ")))
-            .toStdString();
+        QString said = m_button->text() + u'|' + m_button->accessibleName();
+        return said.replace(u'\n', u'|').toStdString();
     }
     // The menu that Return opens, those of its entries in brackets that cannot be chosen; chooses
     // the one with the text.
     std::string choose(char const* text)
     {
         QTest::keyClick(m_button.get(), Qt::Key_Return);
-        auto* const menu = m_button->findChild<QMenu*>();
+        std::unique_ptr<QMenu> const menu(m_button->findChild<QMenu*>());
         QStringList texts;
-        QAction* chosen = nullptr;
         for (QAction* const action : menu->actions()) {
-            QString entry = action->isChecked() ? action->text() + u'*' : action->text();
+            QString const entry = action->isChecked() ? action->text() + u'*' : action->text();
             if (!action->isSeparator())
                 texts << (action->isEnabled() ? entry : u'(' + entry + u')');
-            if (action->text() == QLatin1String(text))
-                chosen = action;
         }
-        if (chosen)
-            chosen->trigger();
-        delete menu;
+        for (QAction* const action : menu->actions()) {
+            if (action->text() == QLatin1String(text))
+                action->trigger();
+        }
         return texts.join(u'|').toStdString();
     }
+    // The status and the game of the next frame.
     std::string sent()
     {
         QJsonObject frame;
         if (!world.service.expectFrame(3, &frame))
             return "nothing";
-        QJsonObject const d = frame[QLatin1String("d")].toObject();
+        QJsonValue const d = frame[QLatin1String("d")];
         return (d[QLatin1String("status")].toString() + u' '
-                + d[QLatin1String("game")].toObject()[QLatin1String("name")].toString())
+                + d[QLatin1String("game")][QLatin1String("name")].toString())
             .toStdString();
     }
 
@@ -77,67 +74,65 @@ protected:
 
 TEST_F(OwnUserStatus, IsShownAndTold)
 {
-    EXPECT_EQ(shown(), "a && <b> | a & <b>#0007 / Online");
+    EXPECT_EQ(shown(), "a && <b>|a & <b>#0007|Online");
     EXPECT_EQ(choose(""),
               "&Online*|&Idle|&Do Not Disturb|In&visible|Set Playing &Game...|&Accounts");
-    struct {
-        char const* text;
-        char const* sent;
-        char const* shown;
-    } const rows[] = {
+    std::string const name = "a && <b>|a & <b>#0007|";
+    char const* const rows[][3] = {
         { "&Idle", "idle ", "Idle" },
         { "In&visible", "invisible ", "Invisible" },
         { "&Online", "online ", "Online" },
         { "&Do Not Disturb", "dnd ", "Do Not Disturb" },
     };
-    for (auto const& row : rows) {
-        choose(row.text);
-        EXPECT_EQ(sent(), row.sent);
-        EXPECT_EQ(shown(), std::string("a && <b> | a & <b>#0007 / ") + row.shown);
+    for (auto const& [entry, frame, words] : rows) {
+        choose(entry);
+        EXPECT_EQ(sent(), frame);
+        EXPECT_EQ(shown(), name + words);
     }
     world.manager->setPlayingGameName(world.me, QStringLiteral("chess"));
     EXPECT_EQ(sent(), "dnd chess");
-    EXPECT_EQ(shown(), "a && <b> | a & <b>#0007 / Do Not Disturb, playing chess");
+    EXPECT_EQ(shown(), name + "Do Not Disturb, playing chess");
 
     // Another device, whose choice is taken back by choosing what is chosen here already.
     world.sql(QStringLiteral("update user set status = 4 where id = %1").arg(world.me.value()));
     world.tell(DisChange::ChangeType::UserStatusChanged, world.me);
-    EXPECT_EQ(shown(), "a && <b> | a & <b>#0007 / Online, playing chess");
+    EXPECT_EQ(shown(), name + "Online, playing chess");
     choose("&Do Not Disturb");
     EXPECT_EQ(sent(), "dnd chess");
-    EXPECT_EQ(shown(), "a && <b> | a & <b>#0007 / Do Not Disturb, playing chess");
+    EXPECT_EQ(shown(), name + "Do Not Disturb, playing chess");
 }
 
 TEST_F(OwnUserStatus, OutlastsInterruptions)
 {
     DisStoredAccount* const account = world.manager->accounts().first();
+    std::string const name = account->userName.toStdString();
+    auto const waitFor = [this](char const* part, bool wanted) {
+        return waitUntil([&] { return (shown().find(part) != std::string::npos) == wanted; });
+    };
     choose("&Do Not Disturb");
     EXPECT_EQ(sent(), "dnd ");
     world.service.requestReconnect();
-    ASSERT_TRUE(waitUntil([&] { return shown().find("(offline)") != std::string::npos; }));
+    ASSERT_TRUE(waitFor("(offline)", true));
     ASSERT_TRUE(world.service.expectFrame(6));
     EXPECT_EQ(sent(), "dnd ");
-    ASSERT_TRUE(waitUntil([&] { return shown().find("(offline)") == std::string::npos; }));
+    ASSERT_TRUE(waitFor("(offline)", false));
 
     world.manager->disconnectAccount(account);
-    QString const offline = account->userName + QLatin1String(" (offline) | ") + account->userName
-        + QLatin1String(" / Offline");
     ASSERT_TRUE(waitUntil([&] { return !world.manager->activeUserId().isValid(); }));
-    EXPECT_EQ(shown(), offline.toStdString());
+    EXPECT_EQ(shown(), name + " (offline)|" + name + "|Offline");
     EXPECT_EQ(choose(""),
               "(&Online)|(&Idle)|(&Do Not Disturb*)|(In&visible)|(Set Playing &Game...)|&Accounts");
     account->authTokenState = DisStoredAccount::AuthTokenState::Rejected;
     emit account->authTokenStateChanged();
     EXPECT_EQ(shown(),
-              account->userName.toStdString() + " (token was rejected) | "
-                  + account->userName.toStdString()
-                  + " / Its token was rejected. Change it in Accounts.");
+              name + " (token was rejected)|" + name
+                  + "|Its token was rejected. Change it in Accounts.");
     world.manager->connectWithAccount(account);
     EXPECT_EQ(sent(), "dnd ");
 
-    QSignalSpy accounts(m_button.get(), &NakOwnUserStatusButton::accountsWanted);
+    QSignalSpy const accounts(m_button.get(), &NakOwnUserStatusButton::accountsWanted);
     world.manager->removeAccount(account);
-    EXPECT_EQ(shown(), "No account | No Discord account");
+    EXPECT_EQ(shown(), "No account|No Discord account");
     choose("&Accounts");
     EXPECT_EQ(accounts.count(), 1);
 }

@@ -21,17 +21,6 @@ namespace {
 
 using namespace NakSbar;
 
-std::string texts(QMenu const& menu)
-{
-    QStringList list;
-    for (QAction const* action : menu.actions())
-        list << (action->isSeparator() ? QStringLiteral("-")
-                                       : (action->isEnabled() ? action->text()
-                                                              : QLatin1Char('(') + action->text()
-                                                  + QLatin1Char(')')));
-    return list.join(QLatin1Char('|')).toStdString();
-}
-
 class SbarMenus : public testing::Test {
 protected:
     SbarMenus()
@@ -40,13 +29,9 @@ protected:
         world.addChannel(101, 100, -1, 0);
         world.sql(QStringLiteral(
                       "insert into guild_voice_channel values (102, 100, -1, 0, 0, 0, 0, 'talk'); "
-                      "insert into any_channel values (102, 2); "
-                      "insert into any_channel values (103, 4); "
-                      "insert into private_channel (id) values (103); "
-                      "insert into private_channel_participant values (103, %1); "
-                      "insert into any_channel values (104, 5); "
-                      "insert into private_channel (id) values (104); "
-                      "insert into private_channel_participant values (104, %1)")
+                      "insert into any_channel values (102, 2), (103, 4), (104, 5); "
+                      "insert into private_channel (id) values (103), (104); "
+                      "insert into private_channel_participant values (103, %1), (104, %1)")
                       .arg(world.me.value()));
         world.reload();
         folder = world.saved->playlists().first().id;
@@ -56,17 +41,18 @@ protected:
 
     static NakNavLoc place(quint64 id) { return NakNavLoc::discordChannel(FlakeId(id)); }
 
-    std::string menuOf(Kind kind, quint64 id) { return menuOf(world.itemOf(kind, id)); }
+    // What can be chosen, and in brackets what cannot.
     std::string menuOf(Item item)
     {
         QMenu menu(&*world.view);
-        fill(item, &menu);
-        return texts(menu);
-    }
-    void fill(Item item, QMenu* menu)
-    {
-        if (auto const fillMenu = traitsOf(infoOf(world.priv(), item)).fillMenu)
-            fillMenu(world.priv(), item, menu);
+        if (auto const fill = traitsOf(infoOf(world.priv(), item)).fillMenu)
+            fill(world.priv(), item, &menu);
+        QStringList texts;
+        for (QAction const* action : menu.actions()) {
+            QString const text = action->isSeparator() ? QStringLiteral("-") : action->text();
+            texts << (action->isEnabled() ? text : u'(' + text + u')');
+        }
+        return texts.join(QLatin1Char('|')).toStdString();
     }
     // By keys alone: the menu at the caret's row, down to the entry, Return.
     void choose(Item item, char const* text)
@@ -75,11 +61,9 @@ protected:
         QTest::keyClick(&*world.view, Qt::Key_F10, Qt::ShiftModifier);
         auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
         ASSERT_NE(menu, nullptr) << text;
-        for (int left = menu->actions().size(); left > 0; --left) {
-            if (menu->activeAction()->text() == QLatin1String(text))
-                break;
+        for (int left = menu->actions().size();
+             left > 0 && menu->activeAction()->text() != QLatin1String(text); --left)
             QTest::keyClick(menu, Qt::Key_Down);
-        }
         ASSERT_EQ(menu->activeAction()->text().toStdString(), text);
         QTest::keyClick(menu, Qt::Key_Return);
     }
@@ -90,11 +74,6 @@ protected:
                 button->click();
         }
     }
-    std::string lastRequest()
-    {
-        stage::StageRequest const last = world.service.requests().last();
-        return (last.method + ' ' + last.path.toUtf8() + ' ' + last.body).trimmed().toStdString();
-    }
     Item entry(int index)
     {
         auto const& infos = world.priv().infos;
@@ -104,12 +83,12 @@ protected:
         }
         return noItem;
     }
-    QString entries()
+    std::string entries()
     {
         QStringList list;
         for (NakNavLoc const& one : world.saved->playlistEntries(folder))
             list << one.discordChannelId().toString();
-        return list.join(QLatin1Char(' '));
+        return list.join(QLatin1Char(' ')).toStdString();
     }
 
     SbarWorld world;
@@ -120,43 +99,50 @@ protected:
 
 TEST_F(SbarMenus, OfferWhatCanBeDone)
 {
-    EXPECT_EQ(menuOf(Kind::Guild, 100),
-              "Mark a && b as Read|-|a && b Settings...|Manage Discord Servers...|Leave a && b|-|"
-              "Expand Categories in a && b|Collapse Categories in a && b");
-    EXPECT_EQ(menuOf(Kind::TextChannel, 101),
-              "Open in New Tab|Add Bookmark|Add to New Bookmark Folder...|-|Mute|"
-              "(Invite to #c101...)");
-    EXPECT_EQ(menuOf(Kind::VoiceChannel, 102), "(Join Voice: talk)");
-    EXPECT_EQ(menuOf(Kind::PrivChannel, 103),
-              "Open in New Tab|Add Bookmark|Add to New Bookmark Folder...|-|"
-              "(Mute)|(Voice Call)|-|Close Direct Message");
-    EXPECT_EQ(menuOf(Kind::PrivChannel, 104),
-              "Open in New Tab|Add Bookmark|Add to New Bookmark Folder...|-|"
-              "(Mute)|(Voice Call)|-|Leave Group Chat");
-    EXPECT_EQ(menuOf(Kind::Playlist, quint64(folder)),
-              "Rename Favorites...|Delete Favorites|-|Manage Bookmarks...");
-    EXPECT_EQ(menuOf(world.priv().bookmarks),
-              "Create New Folder...|-|Expand All in Bookmarks|Collapse All in Bookmarks|-|Manage "
-              "Bookmarks...");
-    EXPECT_EQ(menuOf(world.priv().discord),
-              "Manage Discord Servers...|-|Expand All in Discord|Collapse All in Discord");
-    EXPECT_EQ(menuOf(entry(0)),
-              "Open in New Tab|-|Remove from Favorites|(Move Up)|Move Down|-|Manage Bookmarks...");
-    EXPECT_EQ(menuOf(entry(2)),
-              "Open in New Tab|-|Remove from Favorites|Move Up|(Move Down)|-|Manage Bookmarks...");
+    struct {
+        Item item;
+        char const* menu;
+    } const cases[] = {
+        { world.itemOf(Kind::Guild, 100),
+          "Mark a && b as Read|-|a && b Settings...|Manage Discord Servers...|Leave a && b|-|"
+          "Expand Categories in a && b|Collapse Categories in a && b" },
+        { world.itemOf(Kind::TextChannel, 101),
+          "Open in New Tab|Add Bookmark|Add to New Bookmark Folder...|-|Mute|"
+          "(Invite to #c101...)" },
+        { world.itemOf(Kind::VoiceChannel, 102), "(Join Voice: talk)" },
+        { world.itemOf(Kind::PrivChannel, 103),
+          "Open in New Tab|Add Bookmark|Add to New Bookmark Folder...|-|"
+          "(Mute)|(Voice Call)|-|Close Direct Message" },
+        { world.itemOf(Kind::PrivChannel, 104),
+          "Open in New Tab|Add Bookmark|Add to New Bookmark Folder...|-|"
+          "(Mute)|(Voice Call)|-|Leave Group Chat" },
+        { world.itemOf(Kind::Playlist, quint64(folder)),
+          "Rename Favorites...|Delete Favorites|-|Manage Bookmarks..." },
+        { world.priv().bookmarks,
+          "Create New Folder...|-|Expand All in Bookmarks|Collapse All in Bookmarks|-|"
+          "Manage Bookmarks..." },
+        { world.priv().discord,
+          "Manage Discord Servers...|-|Expand All in Discord|Collapse All in Discord" },
+        { entry(0),
+          "Open in New Tab|-|Remove from Favorites|(Move Up)|Move Down|-|Manage Bookmarks..." },
+        { entry(2),
+          "Open in New Tab|-|Remove from Favorites|Move Up|(Move Down)|-|Manage Bookmarks..." },
+    };
+    for (auto const& c : cases)
+        EXPECT_EQ(menuOf(c.item), c.menu);
 }
 
 TEST_F(SbarMenus, ChangeBookmarks)
 {
     choose(entry(0), "Move Down");
-    EXPECT_EQ(entries().toStdString(), "103 101 104");
+    EXPECT_EQ(entries(), "103 101 104");
     choose(entry(2), "Move Up");
-    EXPECT_EQ(entries().toStdString(), "103 104 101");
+    EXPECT_EQ(entries(), "103 104 101");
     choose(entry(1), "Remove from Favorites");
-    EXPECT_EQ(entries().toStdString(), "103 101");
+    EXPECT_EQ(entries(), "103 101");
     choose(world.itemOf(Kind::TextChannel, 101), "Add Bookmark"); // there already
     choose(world.itemOf(Kind::PrivChannel, 104), "Add Bookmark");
-    EXPECT_EQ(entries().toStdString(), "103 101 104");
+    EXPECT_EQ(entries(), "103 101 104");
     choose(world.itemOf(Kind::Playlist, quint64(folder)), "Rename Favorites...");
     auto* const dialog = world.view->findChild<QInputDialog*>();
     ASSERT_NE(dialog, nullptr);
@@ -169,14 +155,13 @@ TEST_F(SbarMenus, TellTheServiceWhatWasChosen)
 {
     world.sql(QStringLiteral("update role set permissions = 1025")); // may invite
     world.reload();
-    struct Case {
+    struct {
         Kind kind;
         quint64 id;
         char const* entry;
         char const* request; // "{me}" stands for the own user
         char const* button = nullptr; // of the box or dialog that comes first
-    };
-    Case const cases[] = {
+    } const cases[] = {
         { Kind::Guild, 100, "Mark a && b as Read", "POST /guilds/100/ack" },
         { Kind::Guild, 100, "Leave a && b", "DELETE /guilds/100/members/{me}", "Leave" },
         { Kind::TextChannel, 101, "Mute",
@@ -186,7 +171,7 @@ TEST_F(SbarMenus, TellTheServiceWhatWasChosen)
         { Kind::PrivChannel, 103, "Close Direct Message", "DELETE /channels/103" },
         { Kind::PrivChannel, 104, "Leave Group Chat", "DELETE /channels/104" },
     };
-    for (Case const& one : cases) {
+    for (auto const& one : cases) {
         SCOPED_TRACE(one.entry);
         int const before = world.service.requests().size();
         choose(world.itemOf(one.kind, one.id), one.entry);
@@ -195,30 +180,32 @@ TEST_F(SbarMenus, TellTheServiceWhatWasChosen)
             press(one.button);
         }
         ASSERT_TRUE(waitUntil([&] { return world.service.requests().size() > before; }));
-        EXPECT_EQ(lastRequest(),
-                  QString::fromUtf8(one.request)
-                      .replace(QLatin1String("{me}"), world.me.toString())
-                      .toStdString());
+        stage::StageRequest const last = world.service.requests().last();
+        EXPECT_EQ(
+            (last.method + ' ' + last.path.toUtf8() + ' ' + last.body).trimmed().toStdString(),
+            QString::fromUtf8(one.request)
+                .replace(QLatin1String("{me}"), world.me.toString())
+                .toStdString());
     }
     world.sql(QStringLiteral("update guild set owner_id = %1").arg(world.me.value()));
     world.reload();
-    EXPECT_NE(menuOf(Kind::Guild, 100).find("|(Leave a && b)|"), std::string::npos);
+    EXPECT_NE(menuOf(world.itemOf(Kind::Guild, 100)).find("|(Leave a && b)|"), std::string::npos);
 }
 
 TEST_F(SbarMenus, AskBeforeLeavingAndSayWhyItFailed)
 {
-    choose(world.itemOf(Kind::Guild, 100), "Leave a && b");
     auto const shown = [this] {
-        QStringList boxes;
+        std::string boxes;
         for (QMessageBox const* box : world.view->findChildren<QMessageBox*>()) {
             if (box->isVisible())
-                boxes << box->windowTitle() + QLatin1String(": ") + box->text();
+                boxes += (box->windowTitle() + u'|' + box->text()).toStdString();
         }
-        return boxes.join(u'|').toStdString();
+        return boxes;
     };
-    EXPECT_EQ(shown(), "Leave Server: Are you sure you want to leave a & b?");
+    choose(world.itemOf(Kind::Guild, 100), "Leave a && b");
+    EXPECT_EQ(shown(), "Leave Server|Are you sure you want to leave a & b?");
     press("Leave");
     EXPECT_TRUE(waitUntil([&] { return !shown().empty(); }));
     // The stage knows no such guild.
-    EXPECT_EQ(shown(), "Leave Server: Discord refused: Unknown Guild");
+    EXPECT_EQ(shown(), "Leave Server|Discord refused: Unknown Guild");
 }
