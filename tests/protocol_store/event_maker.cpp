@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <map>
+#include <random>
 #include <sstream>
 #include <vector>
 
@@ -97,78 +98,86 @@ constexpr Shape events[] = {
     { "RELATIONSHIP_REMOVE", "id:u type:n" },
 };
 
+// The letters of ids, each with the range that they come from: of guilds, channels of guilds,
+// private channels, roles, users, emojis, messages.
+struct Ids {
+    char kind;
+    quint32 from;
+    quint32 count;
+};
+
+constexpr Ids ids[] = { { 'g', 10, 4 }, { 'c', 20, 12 },  { 'p', 50, 8 },  { 'r', 30, 10 },
+                        { 'u', 1, 12 }, { 'e', 400, 12 }, { 'm', 600, 60 } };
+
+// The letters of words.
+struct Words {
+    char kind;
+    std::vector<char const*> words;
+};
+
+Words const vocabulary[] = {
+    { 'k', { "online", "idle", "dnd", "offline", "weird" } }, // statuses
+    { 'o', { "role", "member", "other" } }, // targets of an overwrite
+    { 'i', { "rich", "image" } }, // embeds
+    { 'L', { "12345", "everyone" } }, // member lists
+    { 'G', { "online", "offline", "30", "31", "none" } }, // groups of such a list
+    { 'O', { "SYNC", "INSERT", "UPDATE", "DELETE", "INVALIDATE" } }, // operations on it
+};
+
 // Ids that are none, or that are hardly one.
 constexpr char const* oddIds[] = {
     "0",
-    "18446744073709551615",
-    "18446744073709551614",
-    "9223372036854775808",
     "-1",
+    "18446744073709551615",
+    "9223372036854775808",
     " 20",
     "2e1",
+    "123456789012345678901",
     "20x",
     "+20",
-    "123456789012345678901",
+    "18446744073709551614",
     "00000000000000000020",
 };
 
+std::string const oddTexts[] = { "", std::string("nul\0in it", 9), "bytes \xff\xc3 of none",
+                                 std::string(300, 'x'), "\xf0\x9f\x98\x80" };
+
 std::string textOf(quint32 which)
 {
-    switch (which) {
-    case 0:
-        return {};
-    case 1:
-        return std::string("nul\0in it", 9);
-    case 2:
-        return "bytes \xff\xc3 of none";
-    case 3:
-        return std::string(300, 'x');
-    case 4:
-        return "\xf0\x9f\x98\x80";
-    default:
-        return std::string(1, static_cast<char>('a' + which % 8));
-    }
+    return which < std::size(oddTexts) ? oddTexts[which]
+                                       : std::string(1, static_cast<char>('a' + which % 8));
 }
 
-} // namespace
+char const* fieldsOfShape(std::string const& name)
+{
+    for (auto const& shape : shapes) {
+        if (shape.name == name)
+            return shape.fields;
+    }
+    abort(); // the grammar names a shape that there is none of
+}
 
-struct EventMaker::Field {
+// A key, and the letter or name of what stands under it.
+struct Field {
     std::string key;
     std::string what;
-    bool isList = false;
 };
 
-namespace {
-
-std::map<std::string, char const*> const& shapeFields()
+std::vector<Field> const& parsed(char const* fieldsText)
 {
-    static std::map<std::string, char const*> const byName = [] {
-        std::map<std::string, char const*> all;
-        for (auto const& shape : shapes)
-            all[shape.name] = shape.fields;
-        for (auto const& event : events)
-            all[event.name] = event.fields;
-        return all;
-    }();
-    return byName;
-}
-
-template <typename Field> std::vector<Field> const& fieldsOf(std::string const& shape)
-{
-    static std::map<std::string, std::vector<Field>> known;
-    auto& fields = known[shape];
+    static std::map<char const*, std::vector<Field>> known;
+    auto& fields = known[fieldsText];
     if (!fields.empty())
         return fields;
-    std::istringstream words(shapeFields().at(shape));
+    std::istringstream words(fieldsText);
     for (std::string word; words >> word;) {
         if (word[0] == '=') { // all fields of that shape
-            auto const& others = fieldsOf<Field>(word.substr(1));
+            auto const& others = parsed(fieldsOfShape(word.substr(1)));
             fields.insert(fields.end(), others.begin(), others.end());
-            continue;
+        } else {
+            auto const colon = word.find(':');
+            fields.push_back({ word.substr(0, colon), word.substr(colon + 1) });
         }
-        auto const colon = word.find(':');
-        bool const isList = word[colon + 1] == '[';
-        fields.push_back({ word.substr(0, colon), word.substr(colon + (isList ? 2 : 1)), isList });
     }
     return fields;
 }
@@ -179,6 +188,11 @@ EventMaker::EventMaker(Draw draw)
     : m_draw(std::move(draw))
 {
     Dread::init(&m_ctx, 65536);
+}
+
+EventMaker::EventMaker(quint32 seed)
+    : EventMaker([random = std::mt19937(seed)](quint32 below) mutable { return random() % below; })
+{
 }
 
 EventMaker::~EventMaker()
@@ -194,40 +208,34 @@ std::deque<std::string> EventMaker::eventNames()
     return names;
 }
 
-void EventMaker::begin()
+// The cell of a new root.
+quint32 EventMaker::begin()
 {
     Dread::clear(&m_ctx);
     m_texts.clear();
-}
-
-quint32 EventMaker::root()
-{
     Dread::ensureMoreCapacity(&m_ctx, sizeof(Dread::Val));
-    quint32 const cell = m_ctx.used;
-    m_ctx.used += sizeof(Dread::Val);
-    return cell;
+    m_ctx.used = sizeof(Dread::Val);
+    return 0;
 }
 
 void EventMaker::make()
 {
-    begin();
-    char const* const event = events[m_draw(static_cast<quint32>(std::size(events)))].name;
-    m_name = { event, static_cast<quint32>(strlen(event)) };
-    quint32 const cell = root();
-    putShape(cell, event);
+    Shape const& event = events[m_draw(static_cast<quint32>(std::size(events)))];
+    m_name = { event.name, static_cast<quint32>(strlen(event.name)) };
+    quint32 const cell = begin();
+    putShape(cell, event.fields);
     m_data = Dread::cellAt(&m_ctx, cell);
 }
 
 void EventMaker::makeList(char const* shape)
 {
-    begin();
-    quint32 const cell = root();
+    quint32 const cell = begin();
     putMany(cell, shape);
     m_data = Dread::cellAt(&m_ctx, cell);
 }
 
 // One field in twelve is not as it should be.
-void EventMaker::putShape(quint32 cell, std::string const& shape)
+void EventMaker::putShape(quint32 cell, char const* fields)
 {
     enum Fault { Missing = 1, Null, Wrong, Doubled };
     struct Chosen {
@@ -235,7 +243,7 @@ void EventMaker::putShape(quint32 cell, std::string const& shape)
         quint32 fault;
     };
     std::vector<Chosen> chosen;
-    for (auto const& field : fieldsOf<Field>(shape)) {
+    for (auto const& field : parsed(fields)) {
         quint32 const fault = m_draw(48);
         if (fault != Missing)
             chosen.push_back({ &field, fault });
@@ -253,21 +261,21 @@ void EventMaker::putShape(quint32 cell, std::string const& shape)
         else if (chosen[i].fault == Wrong)
             putWrong(value, 0);
         else
-            put(value, field);
+            put(value, field.what.c_str());
     }
 }
 
-void EventMaker::put(quint32 cell, Field const& field)
+void EventMaker::put(quint32 cell, char const* what)
 {
-    if (field.isList)
-        putMany(cell, field.what);
-    else if (field.what.size() == 1)
-        putScalar(cell, field.what[0]);
+    if (what[0] == '[')
+        putMany(cell, what + 1);
+    else if (what[1] == '\0')
+        putScalar(cell, what[0]);
     else
-        putShape(cell, field.what);
+        putShape(cell, fieldsOfShape(what));
 }
 
-void EventMaker::putMany(quint32 cell, std::string const& what)
+void EventMaker::putMany(quint32 cell, char const* what)
 {
     Dread::VList list;
     Dread::setList(&m_ctx, cell, m_draw(4), &list);
@@ -276,7 +284,7 @@ void EventMaker::putMany(quint32 cell, std::string const& what)
         if (m_draw(48) == 1)
             putWrong(element, 0);
         else
-            put(element, { {}, what, false });
+            put(element, what);
     }
 }
 
@@ -286,9 +294,9 @@ void EventMaker::putText(quint32 cell, std::string const& text)
     Dread::setString(&m_ctx, cell, m_texts.back().data(), static_cast<quint32>(text.size()));
 }
 
-void EventMaker::putId(quint32 cell, quint32 from, quint32 count)
+// Mostly as a text.
+void EventMaker::putId(quint32 cell, quint32 id)
 {
-    quint32 const id = from + m_draw(count);
     switch (m_draw(16)) {
     case 1:
         return putText(cell, oddIds[m_draw(static_cast<quint32>(std::size(oddIds)))]);
@@ -316,37 +324,27 @@ void EventMaker::putRange(quint32 cell)
 
 void EventMaker::putScalar(quint32 cell, char kind)
 {
-    static constexpr char const* statuses[] = { "online", "idle", "dnd", "offline", "weird" };
-    static constexpr char const* ops[] = { "SYNC", "INSERT", "UPDATE", "DELETE", "INVALIDATE" };
-    static constexpr char const* groups[] = { "online", "offline", "30", "31", "none" };
-    static constexpr char const* overwrites[] = { "role", "member", "other" };
     static constexpr qint32 numbers[] = { 0, 1, 7, 99, 100, 4000, -1, 2147483647, -2147483647 - 1 };
+    if (kind == 'a') // of any channel that holds messages
+        kind = m_draw(3) == 1 ? 'p' : 'c';
+    for (auto const& one : ids) {
+        if (one.kind == kind)
+            return putId(cell, one.from + m_draw(one.count));
+    }
+    for (auto const& one : vocabulary) {
+        if (one.kind == kind)
+            return putText(cell, one.words[m_draw(static_cast<quint32>(one.words.size()))]);
+    }
     switch (kind) {
     case 'W':
         return putText(cell, m_ownUser);
-    case 'g':
-        return putId(cell, 10, 4);
-    case 'c': // text, voice or category
-        return putId(cell, 20, 12);
-    case 'p': // private
-        return putId(cell, 50, 8);
-    case 'a': // any that holds messages
-        return m_draw(3) == 1 ? putId(cell, 50, 8) : putId(cell, 20, 12);
-    case 'r':
-        return putId(cell, 30, 10);
-    case 'u':
-        return putId(cell, 1, 12);
-    case 'e':
-        return putId(cell, 400, 12);
-    case 'm':
-        return putId(cell, 600, 60);
     case 's':
         return putText(cell, textOf(m_draw(24)));
     case 'S':
         return putText(cell, "session" + std::to_string(m_draw(8)));
     case 'b':
         return Dread::setBool(&m_ctx, cell, m_draw(2) == 1);
-    case 'f':
+    case 'f': // seldom true
         return Dread::setBool(&m_ctx, cell, m_draw(64) == 1);
     case 't':
         return Dread::setInt32(&m_ctx, cell, static_cast<qint32>(m_draw(7)));
@@ -356,18 +354,6 @@ void EventMaker::putScalar(quint32 cell, char kind)
         return Dread::setUint8(&m_ctx, cell, static_cast<quint8>(m_draw(10)));
     case 'x':
         return Dread::setInt32(&m_ctx, cell, numbers[m_draw(std::size(numbers))]);
-    case 'k':
-        return putText(cell, statuses[m_draw(std::size(statuses))]);
-    case 'o':
-        return putText(cell, overwrites[m_draw(std::size(overwrites))]);
-    case 'i':
-        return putText(cell, m_draw(2) == 1 ? "image" : "rich");
-    case 'L':
-        return putText(cell, m_draw(2) == 1 ? "everyone" : "12345");
-    case 'G':
-        return putText(cell, groups[m_draw(std::size(groups))]);
-    case 'O':
-        return putText(cell, ops[m_draw(std::size(ops))]);
     case 'R':
         return putRange(cell);
     default:

@@ -19,6 +19,7 @@ public:
     using Draw = std::function<quint32(quint32 below)>;
 
     explicit EventMaker(Draw draw);
+    explicit EventMaker(quint32 seed);
     ~EventMaker();
     EventMaker(EventMaker const&) = delete;
     EventMaker& operator=(EventMaker const&) = delete;
@@ -39,15 +40,12 @@ public:
     static std::deque<std::string> eventNames();
 
 private:
-    struct Field;
-
-    void begin();
-    quint32 root();
-    void put(quint32 cell, Field const& field);
-    void putShape(quint32 cell, std::string const& shape);
-    void putMany(quint32 cell, std::string const& shape);
+    quint32 begin();
+    void put(quint32 cell, char const* what);
+    void putShape(quint32 cell, char const* fields);
+    void putMany(quint32 cell, char const* what);
     void putScalar(quint32 cell, char kind);
-    void putId(quint32 cell, quint32 from, quint32 count);
+    void putId(quint32 cell, quint32 id);
     void putText(quint32 cell, std::string const& text);
     void putRange(quint32 cell);
     void putWrong(quint32 cell, int depth);

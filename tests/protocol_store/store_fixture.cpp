@@ -58,9 +58,22 @@ DisClientImpl::DisEventOutcome Store::dispatch(Dread::VString name, Dread::Ctx c
     return DisClientImpl::processDispatch(state, prepared, ctx, name, data);
 }
 
-void Store::exec(char const* sql)
+DisClientImpl::DisEventOutcome Store::dispatch(EventMaker const& maker)
 {
-    ASSERT_EQ(sqlite3_exec(db, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(db);
+    if (maker.data().tag != Dread::Tag::Map)
+        return {};
+    return dispatch(maker.name(), maker.ctx(), maker.data().map);
+}
+
+DisChanges Store::flushStatuses()
+{
+    return DisClientImpl::flushBatchedStatuses(state, prepared);
+}
+
+void Store::exec(std::string const& sql)
+{
+    ASSERT_EQ(sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
+        << sqlite3_errmsg(db);
 }
 
 namespace {
@@ -118,44 +131,75 @@ std::string Store::dump() const
     return text;
 }
 
+QByteArray largeGuild(char const* id, int members, char const* userName)
+{
+    QByteArrayList list;
+    for (int i = 0; i < members; ++i)
+        list.append(QByteArray(R"({"user": {"id": ")") + QByteArray::number(10'000 + i)
+                    + R"(", "username": ")" + userName + "\"}}");
+    return QByteArray(R"({"id": ")") + id + R"(", "name": "G", "members": [)" + list.join(',')
+        + "]}";
+}
+
 std::string changesText(DisChanges const& changes)
 {
-    static constexpr char const* names[] = {
-        "GuildChanged",
-        "ChannelChanged",
-        "MessageCreated",
-        "MessageChanged",
-        "MessageDeleted",
-        "UserPropertiesChanged",
-        "UserStatusChanged",
-        "UserVoiceStateChanged",
-        "UserSettingsChanged",
-        "UserGuildSettingsChanged",
-        "GuildMemberAdded",
-        "GuildMemberChanged",
-        "GuildMemberRemoved",
-        "GuildBanAdded",
-        "GuildBanRemoved",
-        "GuildRoleCreated",
-        "GuildRoleChanged",
-        "GuildRoleDeleted",
-        "GuildEmojisChanged",
-        "PrivateRecipientAdded",
-        "PrivateRecipientRemoved",
-        "RelationshipAdded",
-        "RelationshipRemoved",
-    };
+    static QStringList const names =
+        QStringLiteral(
+            "GuildChanged ChannelChanged MessageCreated MessageChanged MessageDeleted "
+            "UserPropertiesChanged UserStatusChanged UserVoiceStateChanged UserSettingsChanged "
+            "UserGuildSettingsChanged GuildMemberAdded GuildMemberChanged GuildMemberRemoved "
+            "GuildBanAdded GuildBanRemoved GuildRoleCreated GuildRoleChanged GuildRoleDeleted "
+            "GuildEmojisChanged PrivateRecipientAdded PrivateRecipientRemoved RelationshipAdded "
+            "RelationshipRemoved")
+            .split(QLatin1Char(' '));
     if (changes.isReload())
         return "reload";
     std::string text;
     for (auto const& item : changes.items) {
-        text += (text.empty() ? "" : "; ") + std::string(names[static_cast<int>(item.type)]);
+        text += (text.empty() ? "" : "; ") + names[static_cast<int>(item.type)].toStdString();
         EXPECT_TRUE(changes.has(item.type));
         for (auto const word : item.words) {
             if (word.isValid())
                 text += " " + word.toString().toStdString();
         }
     }
+    return text;
+}
+
+std::string outcomeText(DisClientImpl::DisEventOutcome const& outcome)
+{
+    std::string text = changesText(outcome.changes);
+    auto const add = [&](std::string const& what, QVector<FlakeId> const& ids) {
+        text += (text.empty() ? "" : "; ") + what;
+        for (FlakeId const id : ids)
+            text += " " + (id.isValid() ? id.toString().toStdString() : "none");
+    };
+    if (auto const& message = outcome.messageCreated) {
+        add("message",
+            { message->messageId, message->channelId, message->authorId, message->nonce });
+        if (!message->mentions.isEmpty())
+            add("mentions", message->mentions);
+    }
+    if (outcome.ready)
+        add("ready", { outcome.ready->ownUserId });
+    if (auto const& box = outcome.userMustSee)
+        add((box->title + QLatin1Char('|') + box->text).toStdString()
+                + (box->fatal ? "|fatal" : ""),
+            {});
+    if (outcome.segPackage)
+        add("list", { outcome.segPackage->guildId });
+    if (outcome.ackedChannel.isValid() || outcome.ackedMessage.isValid())
+        add("read", { outcome.ackedChannel, outcome.ackedMessage });
+    if (outcome.createdPrivateChannel.isValid())
+        add("new channel", { outcome.createdPrivateChannel });
+    if (outcome.ownVoiceState)
+        add("own voice", {});
+    if (outcome.voiceServer)
+        add("voice server", {});
+    if (outcome.statusBatchGrew)
+        add("status", {});
+    if (outcome.typingBatchGrew)
+        add("typing", {});
     return text;
 }
 

@@ -6,6 +6,7 @@
 
 #include "dis_db_prepared.h"
 #include "dis_events.h"
+#include "event_maker.h"
 
 #include <QByteArray>
 #include <QString>
@@ -23,7 +24,10 @@ public:
     // The same for a tree in hand.
     DisClientImpl::DisEventOutcome dispatch(Dread::VString name, Dread::Ctx const& ctx,
                                             Dread::VMap const& data);
-    void exec(char const* sql);
+    // The same for what was made, if it is a map.
+    DisClientImpl::DisEventOutcome dispatch(EventMaker const& maker);
+    DisChanges flushStatuses();
+    void exec(std::string const& sql);
 
     // Rows of a query, one a line, values between bars.
     std::string rows(char const* sql) const;
@@ -40,8 +44,13 @@ public:
 // Calls function(ctx, root) with the tree of a JSON document.
 void withJson(QByteArray json, std::function<void(Dread::Ctx const&, Dread::Val const&)> function);
 
+// A GUILD_CREATE with so many members, of the ids from 10,000 on.
+QByteArray largeGuild(char const* id, int members, char const* userName);
+
 // "MessageCreated 1 2 3; GuildChanged 7", with "reload" for a record that tells to reload.
 std::string changesText(DisChanges const& changes);
+// The same, and behind it whatever else the outcome tells.
+std::string outcomeText(DisClientImpl::DisEventOutcome const& outcome);
 
 // The lines that only before has, each after a minus, then those that only after has, each after a
 // plus. Empty when they hold the same lines.

@@ -1,148 +1,183 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
+
+// The rights of rights.txt, each in a store of its own rows.
+
 #include "dis_cache.h"
-#include "dis_perms.h"
+#include "dis_utils.h"
 #include "store_fixture.h"
+
+#include <QFile>
+#include <QRegularExpression>
+#include <QStringList>
 
 #include <gtest/gtest.h>
 
+#include <map>
+
 namespace {
 
-using namespace DisPerms;
+// What the letters of rights.txt stand for.
+constexpr char permissionLetters[] = "VCRXMINASKBLGEW";
+constexpr quint32 permissions[] = { 0x400, 0x10,     0x10000000, 0x40000,    0x2000,
+                                    0x1,   0x100000, 0x8,        0x800,      0x2,
+                                    0x4,   0x80,     0x20,       0x40000000, 0x8000000 };
 
-// Guild 10 of user 2 with the text channel 20 and the voice channel 21; user 3 has the role 30,
-// user 4 the roles 30 and 31, user 5 none, and user 6 is in another guild only.
-constexpr char guild[] =
+quint64 id(QString const& name)
+{
+    static std::map<std::string, quint64> const ids{
+        { "e", 10 },     { "a", 30 },
+        { "b", 31 },     { "x", 32 },
+        { "q", 33 },     { "z", 34 },
+        { "own", 2 },    { "ann", 3 },
+        { "bob", 4 },    { "cyn", 5 },
+        { "out", 6 },    { "dan", 7 },
+        { "zed", 8 },    { "zoe", 9 },
+        { "ghost", 99 }, { "text", 20 },
+        { "voice", 21 }, { "cat", 22 },
+        { "other", 24 }, { "priv", 50 },
+        { "lost", 98 },  { "nobody", ~quint64(0) },
+    };
+    return ids.at(name.toStdString());
+}
+
+quint32 bits(QString const& letters)
+{
+    quint32 all = 0;
+    for (QChar const letter : letters)
+        all |= permissions[QLatin1String(permissionLetters).indexOf(letter)];
+    return all;
+}
+
+constexpr char world[] =
     "insert into guild values (10, 'G', null, 2, null), (11, 'H', null, 6, null);"
-    "insert into any_channel values (20, 1), (21, 2), (50, 4);"
-    "insert into guild_channel values (20, 10, -1, 0, 0, 0, 'text', null, 5, 500);"
+    "insert into any_channel values (20, 1), (21, 2), (22, 3), (24, 1), (50, 4);"
+    "insert into guild_channel values (20, 10, 22, 0, 0, 0, 't', null, 5, 500), "
+    "(24, 11, -1, 0, 0, 0, 'o', null, 0, null);"
     "insert into guild_voice_channel values (21, 10, -1, 1, 0, 64000, 0, 'voice');"
+    "insert into guild_channel_category values (22, 10, -1, 2, 0, 'cat');"
     "insert into private_channel (id) values (50);"
     "insert into guild_member (guild_id, user_id) values (10, 2), (10, 3), (10, 4), (10, 5), "
-    "(11, 6);"
-    "insert into guild_member_role values (3, 30), (4, 30), (4, 31), (6, 32);";
+    "(10, 7), (10, 8), (10, 9), (11, 6);"
+    "insert into guild_member_role values (3, 30), (4, 30), (4, 31), (6, 32), (7, 30), (9, 33);";
 
-struct RightsCase {
-    quint32 everyone; // permissions of the everyone role, and of the roles 30 and 31
-    quint32 role30;
-    quint32 role31;
-    char const* overwrites; // of channel 20: target, allow, deny, type
-};
+QStringList words(QString const& text)
+{
+    return text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
 
-class Rights : public Store {
-public:
-    explicit Rights(RightsCase const& c)
-    {
-        exec(guild);
-        std::string const roles = "insert into role values (10, 10, 'e', 0, 0, 0, "
-            + std::to_string(c.everyone) + ", 0, 0), (30, 10, 'a', 0, 0, 1, "
-            + std::to_string(c.role30) + ", 0, 0), (31, 10, 'b', 0, 0, 2, "
-            + std::to_string(c.role31) + ", 0, 0), (32, 11, 'c', 0, 0, 1, 2147483647, 0, 0)";
-        exec(roles.c_str());
-        if (*c.overwrites)
-            exec(("insert into guild_channel_permission values " + std::string(c.overwrites))
-                     .c_str());
-        DisCache::createGlobalData(db);
+void insertRoles(Store& store, QString const& text)
+{
+    store.exec("insert into role values (10, 10, 'e', 0, 0, 0, 0, 0, 0), "
+               "(30, 10, 'a', 0, 0, 1, 0, 0, 0), (31, 10, 'b', 0, 0, 2, 0, 0, 0), "
+               "(32, 11, 'x', 0, 0, 3, 0, 0, 0)");
+    for (QString const& word : words(text))
+        store.exec(QStringLiteral("update role set permissions = %1 where id = %2")
+                       .arg(bits(word.section(QLatin1Char(':'), 1)))
+                       .arg(id(word.section(QLatin1Char(':'), 0, 0)))
+                       .toStdString());
+}
+
+void insertOverwrites(Store& store, QString const& text)
+{
+    for (QString const& word : words(text)) {
+        bool const ofCategory = word.startsWith(QLatin1String("cat."));
+        QString const target = word.section(QRegularExpression(QStringLiteral("[+-]")), 0, 0);
+        QString const name = target.mid(ofCategory ? 4 : 0);
+        QString const allow = word.section(QLatin1Char('+'), 1).section(QLatin1Char('-'), 0, 0);
+        store.exec(
+            QStringLiteral("insert into guild_channel_permission values (%1, %2, %3, %4, %5)")
+                .arg(ofCategory ? 22 : 20)
+                .arg(id(name))
+                .arg(bits(allow))
+                .arg(bits(word.section(QLatin1Char('-'), 1)))
+                .arg(name.size() > 1)
+                .toStdString());
     }
-    ~Rights() { DisCache::destroyGlobalData(); }
+}
+
+struct Question {
+    char letter;
+    bool (*ask)(FlakeId user, FlakeId channelOrGuild);
 };
+
+constexpr Question channelQuestions[] = {
+    { 'V', DisCache::userCanAccessGuildChannel },
+    { 'C', DisCache::userCanManageGuildChannel },
+    { 'R', DisCache::userCanEditPermissionsOnGuildChannel },
+    { 'X', DisCache::userCanUseExternalEmojiInGuildChannel },
+    { 'M', DisCache::userCanManageMessagesInGuildChannel },
+    { 'I', DisCache::userCanCreateInviteForGuildChannel },
+    { 'N', DisCache::userCanConnectVoiceForGuildChannel },
+};
+constexpr Question guildQuestions[] = {
+    { 'C', DisCache::userCanManageGuildChannels },  { 'B', DisCache::userCanUseBansInGuild },
+    { 'L', DisCache::userCanViewAuditLogInGuild },  { 'E', DisCache::userCanManageEmojisInGuild },
+    { 'G', DisCache::userCanManageInvitesInGuild },
+};
+
+template <std::size_t N> QString rights(Question const (&questions)[N], FlakeId user, FlakeId where)
+{
+    QString letters;
+    for (auto const& question : questions) {
+        if (question.ask(user, where))
+            letters += QLatin1Char(question.letter);
+    }
+    return letters.isEmpty() ? QStringLiteral("-") : letters;
+}
+
+QString channelRights(FlakeId user, FlakeId channel)
+{
+    quint32 const caps = DisCache::guildMemberChannelCaps_uncached(user, channel);
+    EXPECT_EQ(DisCache::guildMemberChannelCaps(user, channel), caps);
+    auto const letters = rights(channelQuestions, user, channel);
+    EXPECT_EQ(DisCache::userCanIgnoreRateLimitingInGuildChannel(user, channel),
+              letters.contains(QLatin1Char('C')) || letters.contains(QLatin1Char('M')));
+    return letters == QLatin1String("VCRXMIN") ? QStringLiteral("all") : letters;
+}
+
+QString answer(FlakeId user, QString const& question)
+{
+    FlakeId const guild(10);
+    if (question == QLatin1String("guild"))
+        return rights(guildQuestions, user, guild);
+    QStringList const parts = words(question);
+    FlakeId const object(id(parts.last()));
+    if (parts.size() == 1)
+        return channelRights(user, object);
+    std::map<std::string, bool (*)(FlakeId, FlakeId, FlakeId)> const acts{
+        { "kick", DisUtils::getUserCanRemoveOtherMemberInGuild },
+        { "ban", DisUtils::getUserCanBanOtherMemberInGuild },
+        { "nick", DisUtils::getUserCanChangeNickOfGuildMember },
+    };
+    bool const can = acts.at(parts[0].toStdString())(user, object, guild);
+    return can ? QStringLiteral("yes") : QStringLiteral("no");
+}
 
 } // namespace
 
-TEST(DisRights, EachQuestionAsksItsCapability)
+TEST(DisRights, AsWorkedOutByHand)
 {
-    struct Question {
-        bool (*ask)(FlakeId user, FlakeId channel);
-        quint32 caps;
-    };
-    Question const questions[] = {
-        { DisCache::userCanAccessGuildChannel, 1 },
-        { DisCache::userCanManageGuildChannel, 2 },
-        { DisCache::userCanEditPermissionsOnGuildChannel, 4 },
-        { DisCache::userCanUseExternalEmojiInGuildChannel, 8 },
-        { DisCache::userCanManageMessagesInGuildChannel, 16 },
-        { DisCache::userCanCreateInviteForGuildChannel, 32 },
-        { DisCache::userCanConnectVoiceForGuildChannel, 64 },
-        { DisCache::userCanIgnoreRateLimitingInGuildChannel, 2 | 16 },
-    };
-    for (quint32 const bit : { 0x400U, 0x10U, 0x10000000U, 0x40000U, 0x2000U, 0x1U, 0x100000U }) {
-        Rights rights({ bit, 0, 0, "" });
-        auto const caps = DisCache::guildMemberChannelCaps(FlakeId(5), FlakeId(20));
-        for (auto const& question : questions)
-            EXPECT_EQ(question.ask(FlakeId(5), FlakeId(20)), (question.caps & caps) != 0)
-                << bit << ' ' << question.caps;
+    QFile file(QStringLiteral(NAKWIRE_TEST_DATA "/rights.txt"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    Store store;
+    int cases = 0;
+    for (QString const& line : QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'))) {
+        if (line.isEmpty() || line.startsWith(QLatin1Char('#')))
+            continue;
+        QStringList const columns = line.split(QLatin1Char('|'));
+        ASSERT_EQ(columns.size(), 6) << qPrintable(line);
+        store.exec("begin");
+        store.exec(world);
+        insertRoles(store, columns[0]);
+        insertOverwrites(store, columns[1]);
+        DisCache::createGlobalData(store.db);
+        EXPECT_EQ(answer(FlakeId(id(columns[2].trimmed())), columns[3].trimmed()),
+                  columns[4].trimmed())
+            << qPrintable(line);
+        DisCache::destroyGlobalData();
+        store.exec("rollback");
+        ++cases;
     }
-}
-
-TEST(DisRights, GuildWideQuestions)
-{
-    struct Question {
-        bool (*ask)(FlakeId user, FlakeId guild);
-        quint32 mask;
-    };
-    Question const questions[] = {
-        { DisCache::userCanManageGuildChannels, 0x18 },
-        { DisCache::userCanUseBansInGuild, 0xC },
-        { DisCache::userCanViewAuditLogInGuild, 0x88 },
-        { DisCache::userCanManageEmojisInGuild, 0x40000008 },
-        { DisCache::userCanManageInvitesInGuild, 0x28 },
-    };
-    for (int shift = 0; shift < 31; ++shift) {
-        quint32 const bit = 1U << shift;
-        Rights rights({ 0, bit, 0, "" });
-        EXPECT_EQ(DisCache::userGuildPermissions(FlakeId(3), FlakeId(10)), bit);
-        for (auto const& question : questions) {
-            EXPECT_EQ(question.ask(FlakeId(3), FlakeId(10)), (bit & question.mask) != 0) << shift;
-            EXPECT_FALSE(question.ask(FlakeId(5), FlakeId(10))) << shift;
-            EXPECT_TRUE(question.ask(FlakeId(2), FlakeId(10))) << "the owner";
-            EXPECT_FALSE(question.ask(FlakeId(2), FlakeId(99))) << "an unknown guild";
-        }
-    }
-}
-
-TEST(DisRights, ChangedChannelForgetsItsCapabilitiesOnly)
-{
-    Rights rights({ 0x400, 0, 0, "" });
-    auto const mayRead = [](quint64 channel) {
-        return DisCache::userCanAccessGuildChannel(FlakeId(5), FlakeId(channel));
-    };
-    ASSERT_TRUE(mayRead(20) && mayRead(21));
-    rights.exec("insert into guild_channel_permission values (20, 10, 0, 1024, 0), "
-                "(21, 10, 0, 1024, 0)");
-    EXPECT_TRUE(mayRead(20) && mayRead(21));
-    DisChanges changes;
-    changes.add(DisChange::ChangeType::ChannelChanged, FlakeId(20));
-    DisCache::applyChanges(changes);
-    EXPECT_FALSE(mayRead(20));
-    EXPECT_TRUE(mayRead(21));
-}
-
-TEST(DisRights, OverrideOfOneTarget)
-{
-    Rights rights({ 0, 0, 0, "(20, 30, 5, 6, 0)" });
-    quint32 allow = 1;
-    quint32 deny = 2;
-    EXPECT_FALSE(DisCache::guildChannelPermissionsOverride(FlakeId(3), FlakeId(20), &allow, &deny));
-    EXPECT_EQ(allow, 1U);
-    EXPECT_TRUE(DisCache::guildChannelPermissionsOverride(FlakeId(30), FlakeId(20), &allow, &deny));
-    EXPECT_EQ(allow, 5U);
-    EXPECT_EQ(deny, 6U);
-}
-
-TEST(DisRights, FlagsHaveTheirNames)
-{
-    std::string names;
-    for (int shift = 0; shift < 32; ++shift) {
-        auto const name = flagDisplayName(static_cast<Flag>(1U << shift)).toStdString();
-        names += std::to_string(shift) + ' ' + name + '\n';
-    }
-    EXPECT_EQ(names,
-              "0 Create Instant Invite\n1 Kick Members\n2 Ban Members\n3 Administrator\n"
-              "4 Manage Channels\n5 Manage Guild\n6 Add Reactions\n7 View Audit Log\n"
-              "8 Priority Speaker\n9 \n10 Read Messages\n11 Send Messages\n12 Send TTS Messages\n"
-              "13 Manage Messages\n14 Embed Links\n15 Attach Files\n16 Read Message History\n"
-              "17 Mention Everyone\n18 Use External Emojis\n19 \n20 Connect\n21 Speak\n"
-              "22 Mute Members\n23 Deafen Members\n24 Move Members\n25 Use VAD\n"
-              "26 Change Nickname\n27 Manage Nicknames\n28 Manage Roles\n29 Manage Webhooks\n"
-              "30 Manage Emojis\n31 \n");
+    EXPECT_EQ(cases, 294);
 }
