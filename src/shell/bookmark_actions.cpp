@@ -2,11 +2,25 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "bookmark_actions.h"
 
+#include "ask_user.h"
 #include "dis_client.h"
 #include "dis_manager.h"
 #include "dis_utils.h"
 #include "saved_data.h"
-#include "sbar_menu_tools.h"
+
+#include <QInputDialog>
+
+namespace {
+
+constexpr int maxFolderNameLength = 100;
+
+// What is left of the text as a folder's name; nothing if it is none.
+QString folderNameOf(QString const& text)
+{
+    return text.trimmed().left(maxFolderNameLength);
+}
+
+} // namespace
 
 QString NakBookmarks::unnamedFolder()
 {
@@ -69,7 +83,7 @@ void NakBookmarks::addBookmark(int playlist, NakNavLoc const& place)
 
 void NakBookmarks::renameFolder(int playlist, QString const& text)
 {
-    QString const name = NakSbar::folderNameOf(text);
+    QString const name = folderNameOf(text);
     if (!name.isEmpty() && name != g_savedData->playlistName(playlist))
         g_savedData->setPlaylistName(playlist, name);
 }
@@ -80,21 +94,37 @@ void NakBookmarks::deleteFolder(QWidget* parent, int playlist)
         g_savedData->deletePlaylist(playlist);
         return;
     }
-    NakSbar::Question const question{
+    NakQuestion const question{
         QStringLiteral("Delete Folder"),
         QStringLiteral("Are you sure you want to delete %1 and the bookmarks in it?")
             .arg(folderName(playlist)),
         QStringLiteral("Delete"),
     };
-    NakSbar::ask(parent, question, [playlist] { g_savedData->deletePlaylist(playlist); });
+    NakAsk::ask(parent, question, [playlist] { g_savedData->deletePlaylist(playlist); });
 }
 
 void NakBookmarks::askNewFolder(QWidget* parent, QString const& title,
                                 std::function<void(int playlist)> const& onCreated)
 {
-    NakSbar::askFolderName(parent, title, unnamedFolder(), [onCreated](QString const& name) {
+    askFolderName(parent, title, unnamedFolder(), [onCreated](QString const& name) {
         int const playlist = g_savedData->createPlaylist(name);
         if (onCreated)
             onCreated(playlist);
     });
+}
+
+void NakBookmarks::askFolderName(QWidget* parent, QString const& title, QString const& preset,
+                                 std::function<void(QString const& name)> const& onName)
+{
+    auto* const dialog = new QInputDialog(parent);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowTitle(title);
+    dialog->setLabelText(QStringLiteral("New folder name:"));
+    dialog->setTextValue(preset);
+    QObject::connect(dialog, &QInputDialog::textValueSelected, parent,
+                     [onName, preset](QString const& text) {
+                         QString const name = folderNameOf(text);
+                         onName(name.isEmpty() ? preset : name);
+                     });
+    dialog->open();
 }

@@ -37,5 +37,8 @@ void renameFolder(int playlist, QString const& text);
 void deleteFolder(QWidget* parent, int playlist);
 void askNewFolder(QWidget* parent, QString const& title,
                   std::function<void(int playlist)> const& onCreated);
+// Asks for a folder's name. What comes is neither empty nor overlong.
+void askFolderName(QWidget* parent, QString const& title, QString const& preset,
+                   std::function<void(QString const& name)> const& onName);
 
 } // namespace NakBookmarks

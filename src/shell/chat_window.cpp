@@ -126,8 +126,9 @@ void NakChatWindow::showEvent(QShowEvent* event)
 
 void NakChatWindow::storePlacement() const
 {
-    NakSettingsFile().setGeometry(geometryName(), saveGeometry());
-    d->saveSideBar();
+    NakSettingsFile settings; // one write for all of it
+    settings.setGeometry(geometryName(), saveGeometry());
+    d->saveSideBar(&settings);
 }
 
 // Every window writes the same keys, so the last one closed decides.

@@ -276,11 +276,10 @@ void NakChatWindowPriv::restoreSideBar()
     setSideBarShown(settings.value(sideBarVisibleKey(), true).toBool());
 }
 
-void NakChatWindowPriv::saveSideBar() const
+void NakChatWindowPriv::saveSideBar(NakSettingsFile* settings) const
 {
-    NakSettingsFile settings;
-    settings.setValue(sideBarWidthKey(), m_sideBarWidth);
-    settings.setValue(sideBarVisibleKey(), m_splitter->sideBarWidth() > 0);
+    settings->setValue(sideBarWidthKey(), m_sideBarWidth);
+    settings->setValue(sideBarVisibleKey(), m_splitter->sideBarWidth() > 0);
 }
 
 void NakChatWindowPriv::takeSideBarFrom(NakChatWindowPriv const& other)

@@ -14,6 +14,7 @@ class NakChatSplitter;
 class NakChatWindow;
 class NakJumpView;
 class NakSbarView;
+class NakSettingsFile;
 class QAction;
 class QMenu;
 
@@ -44,7 +45,7 @@ public:
 
     // The side bar's width, kept while it is shut, and whether it is open.
     void restoreSideBar();
-    void saveSideBar() const;
+    void saveSideBar(NakSettingsFile* settings) const;
     void takeSideBarFrom(NakChatWindowPriv const& other);
 
     // The actions' effects.

@@ -78,8 +78,7 @@ DisServersWindow::DisServersWindow(QWidget* parent)
 
 DisServersWindow::~DisServersWindow()
 {
-    if (m_saveTimer.isActive() && g_disClient)
-        g_disClient->setUserGuildPositions(m_user, m_model->guilds());
+    sendWaitingOrder();
 }
 
 void DisServersWindow::makeList()
@@ -151,9 +150,9 @@ void DisServersWindow::reload()
     // What the user has moved stands until the service has taken or refused it.
     if (m_user == g_disManager->activeUserId() && (m_saving || m_saveTimer.isActive()))
         return;
+    sendWaitingOrder();
     FlakeId const current = currentGuild();
     m_user = g_disManager->activeUserId();
-    m_saveTimer.stop();
     m_model->load(m_user);
     setCurrentGuild(current);
     filter();
@@ -256,6 +255,14 @@ void DisServersWindow::saveOrder()
         if (!m_status->sayResult(*op, tr("The order is saved.")))
             reload();
     });
+}
+
+// Nobody waits for the answer: the list is about to show something else.
+void DisServersWindow::sendWaitingOrder()
+{
+    if (m_saveTimer.isActive() && g_disClient)
+        g_disClient->setUserGuildPositions(m_user, m_model->guilds());
+    m_saveTimer.stop();
 }
 
 // --- one server ---

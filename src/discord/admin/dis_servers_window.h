@@ -46,6 +46,7 @@ private:
     void moveDown() { moveBy(1); }
     void orderChanged();
     void saveOrder();
+    void sendWaitingOrder();
     void openSettings();
     void leave();
 
