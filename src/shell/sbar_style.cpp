@@ -68,7 +68,7 @@ void setTextColors(SbarViewStyle* style, QPalette const& palette)
     QColor const icon = NakAppTheme::getGlobalThemeColors().icon;
     at(style->icon, SbarTone::Normal) = NakColor::mix(style->background, icon, 0.75);
     at(style->icon, SbarTone::Strong) = icon;
-    at(style->icon, SbarTone::Dim) = NakColor::mix(style->background, icon, 0.5);
+    at(style->icon, SbarTone::Dim) = NakColor::mix(style->background, icon, 0.65);
     at(style->icon, SbarTone::OnActive) = palette.color(QPalette::HighlightedText);
 }
 
