@@ -153,16 +153,3 @@ TEST(OrdCache, GoesLikeAPlainList)
         }
     }
 }
-
-TEST(HandlesList, CountsUpToItsCapacity)
-{
-    HandlesList list(3);
-    for (int const capacity : { 3, 0, 1, 0xFFFF }) {
-        list.setCapacity(static_cast<quint16>(capacity));
-        for (int expected = 0; expected < capacity; ++expected)
-            ASSERT_EQ(list.takeId(), expected);
-        EXPECT_EQ(list.takeId(), HandlesList::noHandle);
-        EXPECT_TRUE(list.isFull());
-        EXPECT_EQ(list.tail(), capacity > 0 ? 0 : HandlesList::noHandle);
-    }
-}

@@ -4,7 +4,6 @@
 
 #include <QDataStream>
 #include <QJsonArray>
-#include <QJsonValue>
 
 #include <gtest/gtest.h>
 
@@ -12,61 +11,44 @@ namespace {
 
 constexpr quint64 invalid = 0xFFFFFFFFFFFFFFFFULL;
 
-struct TextCase {
-    char const* text; // null: a null string
-    quint64 value;
-};
-
-constexpr TextCase textCases[] = {
-    { nullptr, invalid },
-    { "", invalid },
-    { "0", 0 },
-    { "007", 7 },
-    { "174820236481134592", 174820236481134592ULL },
-    { "9223372036854775808", 9223372036854775808ULL },
-    { "18446744073709551614", 18446744073709551614ULL },
-    { "18446744073709551615", invalid },
-    { "18446744073709551616", invalid },
-    { "123456789012345678901", invalid },
-    { "-1", invalid },
-    { "12a4", invalid },
-    { "0x10", invalid },
-    { "1.0", invalid },
-};
-
 } // namespace
 
-TEST(FlakeId, Text)
+TEST(FlakeId, ReadFromText)
 {
-    for (TextCase const& c : textCases) {
-        QString const text = c.text ? QString::fromLatin1(c.text) : QString();
-        SCOPED_TRACE(text.toStdString());
-        EXPECT_EQ(FlakeId::fromString(text).value(), c.value);
-        EXPECT_EQ(FlakeId::fromStringRef(QStringRef(&text)).value(), c.value);
-        EXPECT_EQ(FlakeId::fromJson(QJsonValue(text)).value(), c.value);
+    struct {
+        QString text;
+        quint64 value;
+    } const cases[] = {
+        { QString(), invalid },
+        { QStringLiteral(""), invalid },
+        { QStringLiteral("0"), 0 },
+        { QStringLiteral("007"), 7 },
+        { QStringLiteral("18446744073709551614"), 18446744073709551614ULL },
+        { QStringLiteral("18446744073709551615"), invalid },
+        { QStringLiteral("18446744073709551616"), invalid },
+        { QStringLiteral("-1"), invalid },
+        { QStringLiteral("12a4"), invalid },
+        { QStringLiteral("0x10"), invalid },
+        { QStringLiteral("1.0"), invalid },
+    };
+    for (auto const& c : cases) {
+        QJsonArray array{ c.text };
+        QString const inside = u'<' + c.text + u'>';
+        EXPECT_EQ(FlakeId::fromString(c.text).value(), c.value);
+        EXPECT_EQ(FlakeId::fromStringRef(inside.midRef(1, c.text.size())).value(), c.value);
+        EXPECT_EQ(FlakeId::fromJson(array[0]).value(), c.value);
+        EXPECT_EQ(FlakeId::fromJson(array.at(0)).value(), c.value);
     }
     EXPECT_EQ(FlakeId::fromStringRef(QStringRef()).value(), invalid);
-    QString const link = QStringLiteral("<@12345>");
-    EXPECT_EQ(FlakeId::fromStringRef(link.midRef(2, 5)).value(), 12345U);
+    EXPECT_EQ(FlakeId::fromJson(QJsonValue(12345)).value(), invalid) << "a number is no id";
 }
 
-TEST(FlakeId, JsonNumbersAreNoIds)
-{
-    QJsonArray array{ QStringLiteral("5"), 5, QJsonValue(), true };
-    EXPECT_EQ(FlakeId::fromJson(array[0]).value(), 5U);
-    for (int i = 1; i < array.size(); ++i) {
-        EXPECT_FALSE(FlakeId::fromJson(array[i]).isValid()) << i;
-        EXPECT_FALSE(FlakeId::fromJson(array.at(i)).isValid()) << i;
-    }
-}
-
-TEST(FlakeId, TextOutAndTime)
+TEST(FlakeId, WrittenAsTextAndTime)
 {
     struct {
         quint64 id;
         char const* text;
     } const cases[] = {
-        { 0, "0 2015-01-01T00:00:00.000Z" },
         { (1ULL << 22) - 1, "4194303 2015-01-01T00:00:00.000Z" },
         { 1000ULL << 22, "4194304000 2015-01-01T00:00:01.000Z" },
         { 1ULL << 63, "9223372036854775808 2084-09-06T15:47:35.552Z" },
@@ -74,11 +56,11 @@ TEST(FlakeId, TextOutAndTime)
     for (auto const& c : cases) {
         FlakeId const id(c.id);
         QString const time = id.toDateTime_Discord().toUTC().toString(Qt::ISODateWithMs);
-        EXPECT_EQ((id.toString() + QLatin1Char(' ') + time).toStdString(), c.text);
+        EXPECT_EQ((id.toString() + u' ' + time).toStdString(), c.text);
     }
 }
 
-TEST(FlakeId, Stream)
+TEST(FlakeId, StreamThatMayBeCutAnywhere)
 {
     QByteArray bytes;
     QDataStream out(&bytes, QIODevice::WriteOnly);

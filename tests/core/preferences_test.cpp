@@ -127,8 +127,17 @@ QString text(char const* latin1)
     return QString::fromLatin1(latin1);
 }
 
+QFont font(int points, QFont::StyleStrategy strategy)
+{
+    QFont made(QStringLiteral("Some Family"), points);
+    made.setStyleStrategy(strategy);
+    return made;
+}
+
 class Preferences : public testing::Test {
 protected:
+    using Values = std::vector<std::pair<QByteArray, QByteArray>>;
+
     void SetUp() override
     {
         NakDataPaths::appDataPathCreated();
@@ -137,15 +146,14 @@ protected:
     void TearDown() override { QFile::remove(NakSettingsFile::settingsFilePath()); }
 
     // Replaces the file, written by hand, by sections and keys.
-    static void writeIni(std::vector<std::pair<char const*, char const*>> const& values)
+    static void writeIni(Values const& values)
     {
         // Of another size each time: QSettings does not read a file again that looks the same.
         static int writes = 0;
         QByteArray ini = ';' + QByteArray(200 * ++writes, '-') + '\n';
         for (auto const& [key, value] : values) {
-            QByteArray const whole(key);
-            int const slash = whole.indexOf('/');
-            ini += '[' + whole.left(slash) + "]\n" + whole.mid(slash + 1) + '=' + value + '\n';
+            int const slash = key.indexOf('/');
+            ini += '[' + key.left(slash) + "]\n" + key.mid(slash + 1) + '=' + value + '\n';
         }
         QFile file(NakSettingsFile::settingsFilePath());
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
@@ -159,17 +167,10 @@ protected:
         return preferences;
     }
 
-    static std::string inFile(char const* key)
+    static QByteArray inFile(char const* key)
     {
         QVariant const value = NakSettingsFile().value(text(key));
-        return value.isValid() ? value.toString().toStdString() : "absent";
-    }
-
-    static QFont font(int points, QFont::StyleStrategy strategy)
-    {
-        QFont made(QStringLiteral("Some Family"), points);
-        made.setStyleStrategy(strategy);
-        return made;
+        return value.isValid() ? value.toString().toUtf8() : QByteArray("absent");
     }
 };
 
@@ -181,6 +182,7 @@ TEST_F(Preferences, MissingFile)
     preferences.inputDevice = text("x"); // a load starts afresh
     preferences.showNotificationsInSideBar = false;
     preferences.loadFromSettingsFile();
+    EXPECT_FALSE(NakSettingsFile::hadSettingsAtLoadTime());
     EXPECT_EQ(allFields(preferences), allDefaults());
     EXPECT_EQ(preferences.themeType, NakAppTheme::Carbon);
     EXPECT_TRUE(preferences.showNotificationsInSideBar);
@@ -188,6 +190,9 @@ TEST_F(Preferences, MissingFile)
     EXPECT_EQ(preferences.sourceListFont, QFont());
     EXPECT_EQ(preferences.messageMonospaceFont, NakPreferences::defaults().messageMonospaceFont);
     EXPECT_FALSE(NakSettingsFile::settingsFileExists()); // reading makes none
+    writeIni({});
+    loaded();
+    EXPECT_TRUE(NakSettingsFile::hadSettingsAtLoadTime());
 }
 
 TEST_F(Preferences, EveryKeyIsReadIntoItsFieldAlone)
@@ -197,12 +202,16 @@ TEST_F(Preferences, EveryKeyIsReadIntoItsFieldAlone)
         std::map<QByteArray, QByteArray> expected{ { c.key, other } };
         if (qstrcmp(c.key, "misc/show_typing_indicators") == 0) // until that key is written
             expected["privacy/send_typing_indicators"] = other;
-        writeIni({ { c.key, other.constData() } });
+        writeIni({ { c.key, other } });
         EXPECT_EQ(allFields(loaded()), allDefaults(expected)) << c.key;
     }
     writeIni({ { "misc/show_typing_indicators", "false" },
                { "privacy/send_typing_indicators", "true" } });
     EXPECT_TRUE(loaded().sendTypingIndicators);
+    for (char const* const tooFew : { "-5", "2", "soon" }) {
+        writeIni({ { "privacy/inactivity_threshold_minutes", tooFew } });
+        EXPECT_EQ(loaded().inactivityThresholdMinutes, 3) << tooFew;
+    }
 }
 
 TEST_F(Preferences, EveryKeyIsWritten)
@@ -213,15 +222,15 @@ TEST_F(Preferences, EveryKeyIsWritten)
     writeIni({});
     preferences.saveToSettingsFile();
     for (KeyCase const& c : keyCases)
-        EXPECT_EQ(inFile(c.key), otherValue(c).toStdString()) << c.key;
+        EXPECT_EQ(inFile(c.key), otherValue(c)) << c.key;
     EXPECT_EQ(inFile("application/settings_version"), "1");
     EXPECT_EQ(allFields(loaded()), allFields(preferences));
 
     NakPreferences().saveToSettingsFile();
     EXPECT_EQ(allFields(loaded()), allDefaults());
-    std::string absent;
+    QByteArray absent;
     for (KeyCase const& c : keyCases)
-        absent += inFile(c.key) == "absent" ? std::string(c.key) + ' ' : "";
+        absent += inFile(c.key) == "absent" ? QByteArray(c.key) + ' ' : "";
     EXPECT_EQ(absent,
               "audio/input_encoding_force_music_signal bindings/push_to_talk "
               "bindings/toggle_mic_mute bindings/mute_mic bindings/unmute_mic "
@@ -263,34 +272,10 @@ TEST_F(Preferences, FontsThatAreMissing)
     QFont inPixels;
     inPixels.setPixelSize(20);
     for (QFont const& buffer : { font(17, QFont::PreferDefault), inPixels }) {
-        NakSettingsFile().setValue(QStringLiteral("text_style/message_buffer"), buffer);
+        NakSettingsFile().setValue(text("text_style/message_buffer"), buffer);
         int const points = buffer.pointSize() > 0 ? buffer.pointSize() : fixed.pointSize();
         EXPECT_EQ(loaded().messageMonospaceFont.pointSize(), points);
         EXPECT_EQ(loaded().messageMonospaceFont.family(), fixed.family());
-    }
-}
-
-TEST_F(Preferences, FirstRunIsThatWithoutAFile)
-{
-    for (bool const exists : { false, true, false }) {
-        if (exists)
-            writeIni({});
-        else
-            QFile::remove(NakSettingsFile::settingsFilePath());
-        loaded();
-        EXPECT_EQ(NakSettingsFile::hadSettingsAtLoadTime(), exists);
-    }
-}
-
-TEST_F(Preferences, InactivityThreshold)
-{
-    struct {
-        char const* value;
-        qint32 minutes;
-    } const cases[] = { { "-5", 3 }, { "2", 3 }, { "4", 4 }, { "soon", 3 } };
-    for (auto const& c : cases) {
-        writeIni({ { "privacy/inactivity_threshold_minutes", c.value } });
-        EXPECT_EQ(loaded().inactivityThresholdMinutes, c.minutes) << c.value;
     }
 }
 
@@ -310,47 +295,33 @@ TEST_F(Preferences, Theme)
         NakSettingsFile().setValue(text("theme/preset_name"), text(c.presetName));
         if (c.lightTheme)
             NakSettingsFile().setValue(text("theme/light_theme"), text(c.lightTheme));
-        NakPreferences const preferences = loaded();
-        preferences.saveToSettingsFile();
+        loaded().saveToSettingsFile();
         EXPECT_EQ(inFile("theme/preset_name"), c.loads);
         EXPECT_EQ(inFile("theme/light_theme"), "absent");
     }
-    std::string names;
-    for (NakAppTheme::ThemeType type : NakAppTheme::themesList())
-        names += NakAppTheme::themeDisplayName(type).toStdString() + ';';
-    EXPECT_EQ(names, "Carbon (Dark);Polar (Light);Stealth (Dark);Sakura (Light);");
 }
 
-TEST_F(Preferences, OldKeysGo)
+TEST_F(Preferences, OldKeysGoAndThoseOfAProxyThatIsOff)
 {
-    std::vector<std::pair<char const*, char const*>> const old{
-        { "misc/use_chat_icons_in_window_manager", "true" },
+    Values const old{
+        { "misc/use_chat_icons_in_window_manager", "true" }, // already when it is read
         { "misc/auto_close_accounts_window", "true" },
         { "experimental/use_system_proxy_settings", "true" },
         { "experimental_proxy/password", "secret" },
-        { "experimental_proxy/hostname", "host" },
         { "misc/somebody_elses", "1" },
     };
     writeIni(old);
-    NakPreferences const preferences = loaded();
-    EXPECT_EQ(inFile("misc/use_chat_icons_in_window_manager"), "absent");
-    EXPECT_EQ(inFile("misc/auto_close_accounts_window"), "true");
+    NakPreferences preferences = loaded();
+    for (auto const& [key, value] : old)
+        EXPECT_EQ(inFile(key), key == old[0].first ? QByteArray("absent") : value) << key.data();
     preferences.saveToSettingsFile();
     for (auto const& [key, value] : old)
-        EXPECT_EQ(inFile(key), qstrcmp(key, "misc/somebody_elses") == 0 ? "1" : "absent") << key;
-}
+        EXPECT_EQ(inFile(key), key == "misc/somebody_elses" ? "1" : "absent") << key.data();
 
-TEST_F(Preferences, ProxyGroupStaysWhileTheProxyIsOn)
-{
-    writeIni({ { "experimental_proxy/use_network_proxy", "true" },
-               { "experimental_proxy/password", "secret" } });
-    NakPreferences preferences = loaded();
+    preferences.useNetworkProxy = true;
+    writeIni(old);
     preferences.saveToSettingsFile();
     EXPECT_EQ(inFile("experimental_proxy/password"), "secret");
-    preferences.useNetworkProxy = false;
-    preferences.saveToSettingsFile();
-    EXPECT_EQ(inFile("experimental_proxy/password"), "absent");
-    EXPECT_EQ(inFile("experimental_proxy/use_network_proxy"), "absent");
 }
 
 TEST_F(Preferences, ReadProxy)
@@ -391,11 +362,11 @@ TEST_F(Preferences, WriteProxy)
 {
     struct {
         QNetworkProxy::ProxyType type;
-        char const* written; // null: the group is gone
+        char const* written;
     } const cases[] = {
-        { QNetworkProxy::Socks5Proxy, "socks5" },
-        { QNetworkProxy::HttpProxy, "http" },
-        { QNetworkProxy::HttpCachingProxy, nullptr },
+        { QNetworkProxy::Socks5Proxy, "true socks5 h 8080 u p " },
+        { QNetworkProxy::HttpProxy, "true http h 8080 u p " },
+        { QNetworkProxy::HttpCachingProxy, "absent absent absent absent absent absent " },
     };
     for (auto const& c : cases) {
         writeIni({ { "experimental_proxy/use_network_proxy", "true" } });
@@ -404,22 +375,12 @@ TEST_F(Preferences, WriteProxy)
             NakSettings::tryWriteProxySettings(
                 settings, QNetworkProxy(c.type, text("h"), 8080, text("u"), text("p")));
         }
-        std::string written;
+        QByteArray written;
         for (char const* key :
              { "use_network_proxy", "type", "hostname", "port", "user", "password" })
             written += inFile(("experimental_proxy/" + QByteArray(key)).constData()) + ' ';
-        EXPECT_EQ(written,
-                  c.written ? std::string("true ") + c.written + " h 8080 u p "
-                            : "absent absent absent absent absent absent ");
+        EXPECT_EQ(written, c.written);
     }
-}
-
-TEST_F(Preferences, Geometries)
-{
-    EXPECT_FALSE(NakSettingsFile().hasGeometry(text("chat_window")));
-    NakSettingsFile().setGeometry(text("chat_window"), QByteArray("\0,;\xff", 4));
-    EXPECT_TRUE(NakSettingsFile().hasGeometry(text("chat_window")));
-    EXPECT_EQ(NakSettingsFile().getGeometry(text("chat_window")), QByteArray("\0,;\xff", 4));
 }
 
 TEST(DataPaths, DirectoryIsForItsOwnerAlone)

@@ -20,46 +20,6 @@ ImageCreationData picture(int width)
 
 } // namespace
 
-TEST(SharedImage, DiesWithItsLastHolder)
-{
-    static int alive = 0;
-    struct Data : SharedImageData {
-        Data()
-            : SharedImageData(QPixmap(), QSize())
-        {
-            ++alive;
-        }
-        ~Data() override { --alive; }
-    };
-    {
-        SharedImage first(new Data);
-        SharedImage second = first;
-        SharedImage const third = std::move(first);
-        EXPECT_TRUE(first.isNull());
-        EXPECT_EQ(second, third);
-        second = SharedImage(new Data);
-        EXPECT_EQ(alive, 2);
-        second.reset();
-        EXPECT_EQ(alive, 1);
-        SharedImage const& same = third;
-        second = same;
-        second = second; // NOLINT: to itself on purpose
-        EXPECT_EQ(alive, 1);
-    }
-    EXPECT_EQ(alive, 0);
-}
-
-TEST(SharedImage, SizesAreZeroWithoutAPicture)
-{
-    SharedImage image = SharedImage::createPlain(QPixmap(6, 5), QSize(3, 2));
-    EXPECT_EQ(image.layoutSize(), QSize(3, 2));
-    EXPECT_EQ(image.bytesSize(), QPixmap::defaultDepth() / 8 * 30);
-    image.clear();
-    EXPECT_TRUE(image.pixmap().isNull());
-    EXPECT_EQ(image.layoutSize(), QSize(-1, -1));
-    EXPECT_EQ(image.bytesSize(), 0);
-}
-
 TEST(SharedImageWeakMap, KeepsNothingAlive)
 {
     auto map = Map::create();

@@ -4,30 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <vector>
-
-namespace {
-
-// Lowest free number by looking at each.
-quint32 lowestFree(std::vector<bool> const& taken)
-{
-    for (std::size_t i = 0; i < taken.size(); ++i) {
-        if (!taken[i]) {
-            return static_cast<quint32>(i);
-        }
-    }
-    return MakeID::none;
-}
-
-int freeRuns(std::vector<bool> const& taken)
-{
-    int runs = 0;
-    for (std::size_t i = 0; i < taken.size(); ++i) {
-        runs += !taken[i] && (i == 0 || taken[i - 1]) ? 1 : 0;
-    }
-    return runs;
-}
 
 TEST(MakeId, AgreesWithLookingAtEachNumber)
 {
@@ -36,11 +15,11 @@ TEST(MakeId, AgreesWithLookingAtEachNumber)
     MakeID ids(63);
     for (int step = 0; step < 20000; ++step) {
         if (random() % 2 == 0) {
-            quint32 const expected = lowestFree(taken);
-            ASSERT_EQ(ids.CreateID(), expected);
-            if (expected != MakeID::none) {
-                taken[expected] = true;
-            }
+            auto const lowest = std::find(taken.begin(), taken.end(), false);
+            bool const isFull = lowest == taken.end();
+            ASSERT_EQ(ids.CreateID(), isFull ? MakeID::none : quint32(lowest - taken.begin()));
+            if (!isFull)
+                *lowest = true;
         } else {
             quint32 const first = random() % 66;
             quint32 const count = random() % 6 == 0 ? random() % 8 : 1;
@@ -55,9 +34,10 @@ TEST(MakeId, AgreesWithLookingAtEachNumber)
         }
         quint32 const asked = random() % 66;
         ASSERT_EQ(ids.IsID(asked), asked < taken.size() && taken[asked]);
-        ASSERT_EQ(ids.freeRangeCount(), freeRuns(taken));
+        int freeRuns = taken[0] ? 0 : 1;
+        for (size_t i = 1; i < taken.size(); ++i)
+            freeRuns += !taken[i] && taken[i - 1] ? 1 : 0;
+        ASSERT_EQ(ids.freeRangeCount(), freeRuns);
     }
     EXPECT_FALSE(MakeID().DestroyRangeID(5, MakeID::none));
 }
-
-} // namespace
