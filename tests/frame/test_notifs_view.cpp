@@ -103,19 +103,6 @@ TEST_F(NotifsView, TheMousePicksWhatIsUnderIt)
     EXPECT_EQ(takeTold(), "dismissed d;");
 }
 
-TEST_F(NotifsView, RowsStandOneBelowAnotherAtEveryWidth)
-{
-    int const line = m_list->fontMetrics().height();
-    int const strip = line + line % 2 + 11;
-    int const text = line + 2 * (line / 3);
-    int const all = 4 * (text + 1) + 3 * strip; // each with a line below it
-    for (int width : { 640, 120, 20 }) {
-        m_view.resize(width, 300);
-        EXPECT_EQ(m_list->rowRect(3).bottom() + 1 + m_list->verticalScrollBar()->value(), all);
-        EXPECT_LT(m_list->actionRect(0, 1).left(), m_list->actionRect(0, 2).left());
-    }
-}
-
 TEST_F(NotifsView, TheCaretsRowScrollsIntoViewAndTheTabCounts)
 {
     QStringList texts;

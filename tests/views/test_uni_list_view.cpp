@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <random>
 #include <set>
 
@@ -157,29 +158,32 @@ TEST(UniListView, RandomListsOfAHundredThousandKeysMapWhatIsVisible)
 TEST(UniListView, PaintsWhatChangedOnly)
 {
     Numbers view(1000);
-    auto const painted = [&view] {
-        view.settle();
-        std::set<int> const rows = view.paintedRows;
-        view.paintedRows.clear();
-        return rows;
-    };
-    painted();
     quint64 const dirty[] = { 3, 7, 600 };
-    view.markKeysDirty(dirty, 3);
-    EXPECT_EQ(painted(), (std::set<int>{ 3, 7 }));
-    view.keys.insert(12, 5000);
-    view.listingChanged();
-    EXPECT_EQ(painted(), (std::set<int>{ 12, 13, 14 }));
-    view.keys.remove(500);
-    view.listingChanged();
-    EXPECT_EQ(painted(), std::set<int>());
-    view.verticalScrollBar()->setValue(40);
-    EXPECT_EQ(painted(), (std::set<int>{ 15, 16 }));
-    QTest::mouseMove(view.viewport(), { 50, 5 + 5 });
-    EXPECT_EQ(painted(), (std::set<int>{ 2 }));
-    EXPECT_TRUE(view.isHovered(2));
-    view.verticalScrollBar()->setValue(60);
-    EXPECT_EQ(painted(), (std::set<int>{ 2, 3, 17 })) << "another row came under the pointer";
+    struct {
+        char const* what;
+        std::function<void()> change;
+        std::set<int> painted;
+    } const steps[] = {
+        { "dirty keys", [&] { view.markKeysDirty(dirty, 3); }, { 3, 7 } },
+        { "a key comes in",
+          [&] { view.keys.insert(12, 5000), view.listingChanged(); },
+          { 12, 13, 14 } },
+        { "one goes below", [&] { view.keys.remove(500), view.listingChanged(); }, {} },
+        { "a scroll", [&] { view.verticalScrollBar()->setValue(40); }, { 15, 16 } },
+        { "the pointer",
+          [&] {
+              QTest::mouseMove(view.viewport(), { 50, 10 });
+          },
+          { 2 } },
+        { "another row below it", [&] { view.verticalScrollBar()->setValue(60); }, { 2, 3, 17 } },
+    };
+    for (auto const& step : steps) {
+        view.paintedRows.clear();
+        step.change();
+        view.settle();
+        EXPECT_EQ(view.paintedRows, step.painted) << step.what;
+    }
+    EXPECT_TRUE(view.isHovered(3));
     Vis vis;
     EXPECT_FALSE(view.itemVis(0, &vis));
     ASSERT_TRUE(view.itemVis(5, &vis));

@@ -3,29 +3,14 @@
 #include "global_events.h"
 #include "preferences.h"
 #include "zil_drag_dial.h"
-#include "zil_lock_button.h"
 
 #include <QApplication>
-#include <QPaintEvent>
 #include <QScreen>
-#include <QSignalSpy>
-#include <QTest>
 #include <QWheelEvent>
 
 #include <gtest/gtest.h>
 
 namespace {
-
-class PaintCounter : public QObject {
-public:
-    explicit PaintCounter(QWidget* widget) { widget->installEventFilter(this); }
-    bool eventFilter(QObject*, QEvent* event) override
-    {
-        paints += event->type() == QEvent::Paint ? 1 : 0;
-        return false;
-    }
-    int paints = 0;
-};
 
 class ZilDragDialTest : public testing::Test {
 protected:
@@ -135,12 +120,8 @@ TEST_F(ZilDragDialTest, DraggingReportsMotion)
     mouse(QEvent::MouseMove, { 108, 200 });
     EXPECT_EQ(take(), "");
     EXPECT_EQ(dial->cursor().shape(), Qt::ArrowCursor);
-}
-
-TEST_F(ZilDragDialTest, AReleaseForgetsTheFraction)
-{
     dial->setDragScale(0.4);
-    for (int i = 0; i < 4; ++i) {
+    for (int i = 0; i < 4; ++i) { // a release forgets the fraction
         mouse(QEvent::MouseButtonPress, { 108, 300 });
         mouse(QEvent::MouseMove, { 108, 299 });
         mouse(QEvent::MouseButtonRelease, { 108, 299 });
@@ -171,50 +152,6 @@ TEST_F(ZilDragDialTest, ALockedMouseGoesOnForEver)
     mouse(QEvent::MouseButtonRelease, QCursor::pos());
     EXPECT_EQ(QCursor::pos(), press);
     EXPECT_EQ(dial->cursor().shape(), Qt::ArrowCursor);
-}
-
-TEST_F(ZilDragDialTest, ItPaintsOnlyWhenItsLookChanges)
-{
-    QCoreApplication::processEvents();
-    PaintCounter counter(dial);
-    auto const painted = [&] {
-        QCoreApplication::processEvents();
-        return std::exchange(counter.paints, 0);
-    };
-    auto const hover = [&](QEvent::Type type) {
-        QHoverEvent event(type, QPointF(5, 50), QPointF(5, 49));
-        QCoreApplication::sendEvent(dial, &event);
-        return painted();
-    };
-    EXPECT_EQ(hover(QEvent::HoverEnter), 1);
-    EXPECT_EQ(hover(QEvent::HoverMove), 0);
-    EXPECT_EQ(hover(QEvent::HoverEnter), 0);
-    wheel(30);
-    EXPECT_EQ(painted(), 0);
-    mouse(QEvent::MouseButtonPress, { 108, 300 });
-    EXPECT_EQ(painted(), 1);
-    mouse(QEvent::MouseMove, { 108, 320 });
-    EXPECT_EQ(painted(), 0);
-    mouse(QEvent::MouseButtonRelease, { 108, 320 });
-    EXPECT_EQ(painted(), 1);
-    EXPECT_EQ(hover(QEvent::HoverLeave), 1);
-    changePreferences();
-    EXPECT_EQ(painted(), 0) << "nothing of it changed";
-    preferences.highVisibilityChatScrollbar = true;
-    changePreferences();
-    EXPECT_EQ(painted(), 1);
-}
-
-TEST(ZilLockButton, TellsWhatItIsFor)
-{
-    ZilLockButton button;
-    EXPECT_FALSE(button.toolTip().isEmpty());
-    EXPECT_EQ(button.accessibleName(), button.toolTip());
-    QSignalSpy const pressed(&button, &QAbstractButton::pressed);
-    QTest::mouseClick(&button, Qt::LeftButton);
-    button.setEnabled(false);
-    QTest::mouseClick(&button, Qt::LeftButton);
-    EXPECT_EQ(pressed.count(), 1);
 }
 
 } // namespace
