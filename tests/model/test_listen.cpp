@@ -13,9 +13,9 @@ using Type = DisChange::ChangeType;
 using namespace DisListen;
 
 // A store with a guild, three users, a channel of each kind, and the listeners' manager.
-struct ListenWorld : ModelWorld {
-    ListenWorld()
-        : manager(nullptr)
+class Listeners : public testing::Test, protected ModelWorld {
+protected:
+    Listeners()
     {
         g_disListenManager = &manager;
         manager.setClock([this] { return now; });
@@ -33,9 +33,9 @@ struct ListenWorld : ModelWorld {
         run("insert into private_channel_participant (channel_id, user_id) values (21, 10), (21, "
             "11)");
     }
-    ~ListenWorld() { g_disListenManager = nullptr; }
+    ~Listeners() override { g_disListenManager = nullptr; }
 
-    DisListenManager manager;
+    DisListenManager manager{ nullptr };
     qint64 now = 1'000;
 };
 
@@ -71,9 +71,8 @@ std::string users(DisTypingUsersListener const& listener)
 
 } // namespace
 
-TEST(Listeners, EmitWhatReallyChanged)
+TEST_F(Listeners, EmitWhatReallyChanged)
 {
-    ListenWorld world;
     DisUserListener inGuild;
     DisUserListener alone;
     DisUserListener other;
@@ -157,8 +156,8 @@ TEST(Listeners, EmitWhatReallyChanged)
     };
     for (auto const& step : steps) {
         heard.clear();
-        world.run(step.sql);
-        world.client->postLocalChanges(step.changes);
+        run(step.sql);
+        client->postLocalChanges(step.changes);
         EXPECT_EQ(sorted(heard), sorted(step.heard)) << step.what;
     }
     EXPECT_EQ(values(), "y #9  #z y wood #0000ff");
@@ -168,14 +167,13 @@ TEST(Listeners, EmitWhatReallyChanged)
     EXPECT_TRUE(inGuild.isNull() && inGuild.userName().isNull());
     EXPECT_TRUE(guild.isNull() && guild.guildName().isNull());
     heard.clear();
-    world.run("update user set name = 'w'; update guild set name = 'w'");
-    world.client->postLocalChanges(DisChanges::reload());
+    run("update user set name = 'w'; update guild set name = 'w'");
+    client->postLocalChanges(DisChanges::reload());
     EXPECT_EQ(sorted(heard), sorted("alone 1;other 1;pair 1;"));
 }
 
-TEST(Listeners, MayDieWhileOthersAreTold)
+TEST_F(Listeners, MayDieWhileOthersAreTold)
 {
-    ListenWorld world;
     for (int survivor = 0; survivor < 3; ++survivor) {
         std::vector<std::unique_ptr<DisUserListener>> listeners(3);
         int emissions = 0;
@@ -189,50 +187,46 @@ TEST(Listeners, MayDieWhileOthersAreTold)
                         listeners[i].reset();
             });
         }
-        world.run(
-            ("update user set name = 'n" + std::to_string(survivor) + "' where id = 11").c_str());
-        world.tell(Type::UserPropertiesChanged, FlakeId(11));
+        run(("update user set name = 'n" + std::to_string(survivor) + "' where id = 11").c_str());
+        tell(Type::UserPropertiesChanged, FlakeId(11));
         EXPECT_GE(emissions, 1);
         EXPECT_LE(emissions, 2);
     }
 }
 
 // A tab restored at start listens before the store knows the channel.
-TEST(Listeners, ChannelThatBecomesKnownLater)
+TEST_F(Listeners, ChannelThatBecomesKnownLater)
 {
-    ListenWorld world;
     DisChannelListener listener;
     listener.setParams({ FlakeId(30), FlakeId(10) });
     EXPECT_EQ(listener.channelType(), DisChannelType::Unknown);
     int told = 0;
     QObject::connect(&listener, &DisChannelListener::propertiesChanged, [&] { ++told; });
-    world.run("insert into any_channel (id, type) values (30, 4)");
-    world.run("insert into private_channel (id) values (30)");
-    world.run(
-        "insert into private_channel_participant (channel_id, user_id) values (30, 10), (30, 12)");
-    world.client->postLocalChanges(DisChanges::reload());
+    run("insert into any_channel (id, type) values (30, 4)");
+    run("insert into private_channel (id) values (30)");
+    run("insert into private_channel_participant (channel_id, user_id) values (30, 10), (30, 12)");
+    client->postLocalChanges(DisChanges::reload());
     EXPECT_EQ(told, 1);
     EXPECT_EQ(listener.channelName().toStdString(), "cyn");
-    world.run("update user set name = 'cynthia' where id = 12");
-    world.tell(Type::UserPropertiesChanged, FlakeId(12));
+    run("update user set name = 'cynthia' where id = 12");
+    tell(Type::UserPropertiesChanged, FlakeId(12));
     EXPECT_EQ(told, 2) << "and its other user is known too";
 }
 
-TEST(TypingListener, TracksTenInTheOrderInWhichTheyBegan)
+TEST_F(Listeners, TrackTenWhoTypeInTheOrderInWhichTheyBegan)
 {
-    ListenWorld world;
     DisTypingUsersListener listener;
     int told = 0;
     QObject::connect(&listener, &DisTypingUsersListener::typingUsersChanged, [&] { ++told; });
-    emit world.client->typingStarts(typing({ 50 })); // nobody listens yet
+    emit client->typingStarts(typing({ 50 })); // nobody listens yet
     listener.setChannelId(FlakeId(20));
     EXPECT_EQ(users(listener), "");
-    emit world.client->typingStarts(typing({ 9, 3, 5 }));
-    emit world.client->typingStarts(typing({ 3, 4 }, 21)); // another channel
-    emit world.client->typingStarts(typing({ 3, 9 }));
+    emit client->typingStarts(typing({ 9, 3, 5 }));
+    emit client->typingStarts(typing({ 3, 4 }, 21)); // another channel
+    emit client->typingStarts(typing({ 3, 9 }));
     EXPECT_EQ(users(listener), "9 3 5");
     EXPECT_EQ(told, 1);
-    emit world.client->typingStarts(typing({ 1, 2, 4, 6, 7, 8, 10, 11 }));
+    emit client->typingStarts(typing({ 1, 2, 4, 6, 7, 8, 10, 11 }));
     EXPECT_EQ(users(listener), "9 3 5 1 2 4 6 7 8 10") << "the eleventh is not tracked";
     EXPECT_EQ(told, 2);
     auto second = std::make_unique<DisTypingUsersListener>(); // shares what is known
@@ -245,25 +239,24 @@ TEST(TypingListener, TracksTenInTheOrderInWhichTheyBegan)
     EXPECT_EQ(users(listener), "") << "what nobody listened to is forgotten";
 }
 
-TEST(TypingListener, EndsAfterTenSecondsOrWithAMessage)
+TEST_F(Listeners, TypingEndsAfterTenSecondsOrWithAMessage)
 {
-    ListenWorld world;
     DisTypingUsersListener listener;
     listener.setChannelId(FlakeId(20));
     int told = 0;
     QObject::connect(&listener, &DisTypingUsersListener::typingUsersChanged, [&] { ++told; });
-    emit world.client->typingStarts(typing({ 1, 2, 3 }));
-    world.now += 5'000;
-    emit world.client->typingStarts(typing({ 2 })); // renewed
-    world.now += 4'999;
-    world.manager.typingTimeout();
+    emit client->typingStarts(typing({ 1, 2, 3 }));
+    now += 5'000;
+    emit client->typingStarts(typing({ 2 })); // renewed
+    now += 4'999;
+    manager.typingTimeout();
     EXPECT_EQ(users(listener), "1 2 3");
-    world.now += 1;
-    world.manager.typingTimeout();
+    now += 1;
+    manager.typingTimeout();
     EXPECT_EQ(users(listener), "2");
-    emit world.client->typingStarts(typing({ 4 }));
-    world.tell(Type::MessageCreated, FlakeId(100), FlakeId(20), FlakeId(2));
-    world.tell(Type::MessageCreated, FlakeId(101), FlakeId(21), FlakeId(4)); // elsewhere
+    emit client->typingStarts(typing({ 4 }));
+    tell(Type::MessageCreated, FlakeId(100), FlakeId(20), FlakeId(2));
+    tell(Type::MessageCreated, FlakeId(101), FlakeId(21), FlakeId(4)); // elsewhere
     EXPECT_EQ(users(listener), "4");
     EXPECT_EQ(told, 4);
 }

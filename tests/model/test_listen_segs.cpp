@@ -5,14 +5,12 @@
 #include "dis_listen.h"
 #include "dis_seg_list.h"
 #include "dis_session.h"
-#include "model_fixture.h"
-#include "stage.h"
+#include "manager_test.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QSignalSpy>
 #include <QStringList>
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -91,8 +89,9 @@ TEST(SegList, RowsThatOperationsLeave)
 
 namespace {
 
-struct ServedWorld : ModelWorld {
-    static stage::StageOptions options()
+class SegListener : public ManagerTest {
+protected:
+    static stage::StageOptions manyMembers()
     {
         stage::StageOptions out;
         out.world.guilds = 1;
@@ -102,56 +101,51 @@ struct ServedWorld : ModelWorld {
         return out;
     }
 
-    explicit ServedWorld(stage::Stage& service)
-        : ModelWorld(service.apiUrl())
-        , manager(nullptr)
-        , guild(service.world().guilds[0].id)
-        , channel(service.busyChannelId())
+    SegListener()
+        : ManagerTest(manyMembers())
     {
-        g_disListenManager = &manager;
-        client->addSessionWithAuthToken(QStringLiteral("token"), service.gatewayUrl());
-        waitUntil([&] { return client->hack_getDefaultUserId().isValid(); });
+        g_disListenManager = &listenManager;
+        EXPECT_TRUE(signIn(manager->createAccountWithToken(QStringLiteral("token"))));
     }
-    ~ServedWorld() { g_disListenManager = nullptr; }
+    ~SegListener() override { g_disListenManager = nullptr; }
 
-    DisListenManager manager;
-    FlakeId guild;
-    FlakeId channel;
+    // The rows of the next request, as "CHANNEL 0-99 100-199"; empty for none.
+    std::string nextAsked()
+    {
+        QJsonObject frame;
+        if (!service.expectFrame(14, &frame))
+            return "nothing";
+        QStringList shown;
+        QJsonObject const channels =
+            frame[QLatin1String("d")].toObject()[QLatin1String("channels")].toObject();
+        for (auto one = channels.begin(); one != channels.end(); ++one) {
+            shown << one.key();
+            for (QJsonValue const& range : one.value().toArray())
+                shown << QStringLiteral("%1-%2").arg(range[0].toInt()).arg(range[1].toInt());
+        }
+        return shown.join(u' ').toStdString();
+    }
+
+    DisListenManager listenManager{ nullptr };
+    FlakeId const guild{ service.world().guilds[0].id };
+    FlakeId const channel{ service.busyChannelId() };
+    DisSegListener first;
+    DisSegListener second;
 };
-
-// The rows of the next request, as "CHANNEL 0-99 100-199"; empty for none.
-std::string nextAsked(stage::Stage& service)
-{
-    QJsonObject frame;
-    if (!service.expectFrame(14, &frame))
-        return "nothing";
-    QStringList shown;
-    QJsonObject const channels =
-        frame.value(QStringLiteral("d")).toObject().value(QStringLiteral("channels")).toObject();
-    for (auto one = channels.begin(); one != channels.end(); ++one) {
-        shown << one.key();
-        for (QJsonValue const& range : one.value().toArray())
-            shown << QStringLiteral("%1-%2").arg(range[0].toInt()).arg(range[1].toInt());
-    }
-    return shown.join(QLatin1Char(' ')).toStdString();
-}
 
 } // namespace
 
-TEST(SegListener, RowsComeFromTheServiceAndGoWithTheLastListener)
+TEST_F(SegListener, RowsComeFromTheServiceAndGoWithTheLastListener)
 {
-    stage::Stage service(ServedWorld::options());
-    ServedWorld world(service);
-    DisSegListener top;
-    DisSegListener end;
-    int told = 0;
-    QObject::connect(&end, &DisSegListener::segChanged, [&] { ++told; });
-    std::string const channel = world.channel.toString().toStdString();
+    DisSegListener& top = first;
+    DisSegListener& end = second;
+    QSignalSpy const told(&end, &DisSegListener::segChanged);
+    std::string const id = channel.toString().toStdString();
     EXPECT_EQ(top.rowCount(), 0);
-    top.setParams({ world.guild, world.channel, { { 0, 20 } } });
-    end.setParams({ world.guild, world.channel, { { 205, 230 } } });
-    EXPECT_EQ(nextAsked(service), channel + " 0-99 200-299") << "one request for both";
-    ASSERT_TRUE(waitUntil([&] { return told > 0; }));
+    top.setParams({ guild, channel, { { 0, 20 } } });
+    end.setParams({ guild, channel, { { 205, 230 } } });
+    EXPECT_EQ(nextAsked(), id + " 0-99 200-299") << "one request for both";
+    ASSERT_TRUE(waitUntil([&] { return !told.isEmpty(); }));
     EXPECT_EQ(top.rowCount(), 250 + top.groups().size());
     ASSERT_NE(top.row(0), nullptr);
     EXPECT_FALSE(top.row(0)->userId.isValid()) << "a heading";
@@ -161,42 +155,38 @@ TEST(SegListener, RowsComeFromTheServiceAndGoWithTheLastListener)
 
     end.clear();
     EXPECT_EQ(end.row(205), nullptr);
-    EXPECT_EQ(nextAsked(service), channel + " 0-99");
+    EXPECT_EQ(nextAsked(), id + " 0-99");
     EXPECT_EQ(top.row(205), nullptr) << "off screen";
     EXPECT_NE(top.row(5), nullptr);
     service.invalidateSession(); // what begins anew is asked for again
-    EXPECT_EQ(nextAsked(service), channel + " 0-99");
+    EXPECT_EQ(nextAsked(), id + " 0-99");
     top.clear();
-    EXPECT_EQ(nextAsked(service), "");
-    top.setParams({ world.guild, world.channel, { { 0, 20 } } });
+    EXPECT_EQ(nextAsked(), "");
+    top.setParams({ guild, channel, { { 0, 20 } } });
     EXPECT_EQ(top.row(5), nullptr) << "what nobody listened to is forgotten";
 }
 
-TEST(SegListener, OnlyThoseOfTheListAreTold)
+TEST_F(SegListener, OnlyThoseOfTheListAreTold)
 {
-    stage::Stage service(ServedWorld::options());
-    ServedWorld world(service);
-    DisSegListener all;
-    DisSegListener few;
-    FlakeId second = world.channel;
+    FlakeId hidden = channel;
     for (stage::Channel const& one : service.world().channels)
         if (one.guild == 0 && one.type == stage::ChannelType::Text)
-            second = FlakeId(one.id);
-    ASSERT_NE(second, world.channel);
-    QByteArray const id = second.toString().toLatin1();
-    world.run("insert or replace into guild_channel_permission values (" + id + ", "
-              + world.guild.toString().toLatin1() + ", 0, 1024, 0)");
-    world.tell(DisChange::ChangeType::ChannelChanged, second);
-    QStringList told;
-    QObject::connect(&all, &DisSegListener::segChanged, [&] { told << QStringLiteral("all"); });
-    QObject::connect(&few, &DisSegListener::segChanged, [&] { told << QStringLiteral("few"); });
-    few.setParams({ world.guild, second, { { 0, 20 } } });
-    all.setParams({ world.guild, world.channel, { { 0, 20 } } });
-    ASSERT_TRUE(waitUntil([&] { return !told.isEmpty(); }));
-    EXPECT_EQ(told.join(QLatin1Char(' ')).toStdString(), "all");
+            hidden = FlakeId(one.id);
+    ASSERT_NE(hidden, channel);
+    QByteArray const id = hidden.toString().toLatin1();
+    model.run("insert or replace into guild_channel_permission values (" + id + ", "
+              + guild.toString().toLatin1() + ", 0, 1024, 0)");
+    model.tell(DisChange::ChangeType::ChannelChanged, hidden);
+    QSignalSpy const few(&first, &DisSegListener::segChanged);
+    QSignalSpy const all(&second, &DisSegListener::segChanged);
+    first.setParams({ guild, hidden, { { 0, 20 } } });
+    second.setParams({ guild, channel, { { 0, 20 } } });
+    ASSERT_TRUE(waitUntil([&] { return all.count() + few.count() > 0; }));
+    EXPECT_EQ(few.count(), 0);
     // The role that all have may read it from now on, so it moves to the list of all.
-    world.run("delete from guild_channel_permission where channel_id = " + id);
-    world.tell(DisChange::ChangeType::ChannelChanged, second);
-    EXPECT_EQ(told.join(QLatin1Char(' ')).toStdString(), "all few");
-    EXPECT_NE(few.row(1), nullptr);
+    model.run("delete from guild_channel_permission where channel_id = " + id);
+    model.tell(DisChange::ChangeType::ChannelChanged, hidden);
+    EXPECT_EQ(few.count(), 1);
+    EXPECT_EQ(all.count(), 1);
+    EXPECT_NE(first.row(1), nullptr);
 }

@@ -1,19 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What the manager makes of messages, read states, settings and people, told by the service.
-#include "dis_manager.h"
 #include "dis_manager_impl.h"
-#include "model_fixture.h"
+#include "manager_test.h"
 #include "notif_manager.h"
-#include "stage.h"
 #include "stage_world.h"
 #include "text_notif.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSignalSpy>
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -30,23 +26,16 @@ stage::StageOptions quietStage()
 
 // A connected manager. Channels have short names: a, b, c are readable text channels of the first
 // guild, dm is a private one.
-struct ChannelsWorld {
-    ChannelsWorld()
+class ManagerChannels : public ManagerTest {
+protected:
+    ManagerChannels()
+        : ManagerTest(quietStage())
     {
-        manager =
-            std::make_unique<DisManager>(model.dir.filePath(QStringLiteral("a.bin")), nullptr);
-        g_disManager = manager.get();
         manager->setForegroundChannelsProvider([this] { return foreground; });
         manager->setReadableTextProvider([](FlakeId) { return QStringLiteral("hello"); });
         QObject::connect(manager.get(), &DisManager::unreadsChanged,
                          [this](QHash<FlakeId, int> const& counts) { note(counts); });
         nameChannels();
-        account = manager->createAccountWithToken(QStringLiteral("token"));
-    }
-    ~ChannelsWorld()
-    {
-        manager.reset();
-        g_disManager = nullptr;
     }
 
     void nameChannels()
@@ -66,10 +55,7 @@ struct ChannelsWorld {
 
     bool connectAccount()
     {
-        manager->connectWithAccount(account);
-        return waitUntil([this] {
-            return account->authTokenState == DisStoredAccount::AuthTokenState::Accepted;
-        });
+        return signIn(manager->createAccountWithToken(QStringLiteral("token")));
     }
     // Everything read, nothing told yet.
     void settle()
@@ -102,7 +88,7 @@ struct ChannelsWorld {
     // Of somebody in the channel; true once the manager has seen it.
     bool say(char const* channel, int author, bool mention = false)
     {
-        QSignalSpy seen(&*model.client, &DisClient::disChanges);
+        QSignalSpy seen(&client, &DisClient::disChanges);
         dispatch(
             "MESSAGE_CREATE",
             QStringLiteral(R"({"id":"%1","channel_id":"%2","content":"hello","mentions":[%3],)"
@@ -132,10 +118,6 @@ struct ChannelsWorld {
     }
     std::string toldText() const { return told.join(QLatin1Char(' ')).toStdString(); }
 
-    stage::Stage service{ quietStage() };
-    ModelWorld model{ service.apiUrl() };
-    std::unique_ptr<DisManager> manager;
-    DisStoredAccount* account = nullptr;
     QHash<FlakeId, QString> names;
     DisForegroundChannels foreground;
     QStringList told; // of the named channels
@@ -144,117 +126,109 @@ struct ChannelsWorld {
 
 } // namespace
 
-TEST(ManagerChannels, MessagesCountWhereNobodyLooks)
+TEST_F(ManagerChannels, MessagesCountWhereNobodyLooks)
 {
-    ChannelsWorld world;
-    ASSERT_TRUE(world.connectAccount());
-    world.settle();
-    world.setForeground({ "b", "c" }, "c");
-    world.say("a", 1);
-    world.say("a", 2);
-    world.flush();
-    world.say("b", 1); // on screen, in a window that does not have the attention
-    world.say("c", 1);
-    world.say("a", 0); // one's own
-    world.flush();
-    EXPECT_EQ(world.manager->channelUnreadCount(world.id("a")), 2);
-    EXPECT_EQ(world.manager->channelUnreadCount(world.id("b")), 1);
-    EXPECT_EQ(world.manager->channelUnreadCount(world.id("c")), 0);
+    ASSERT_TRUE(connectAccount());
+    settle();
+    setForeground({ "b", "c" }, "c");
+    say("a", 1);
+    say("a", 2);
+    flush();
+    say("b", 1); // on screen, in a window that does not have the attention
+    say("c", 1);
+    say("a", 0); // one's own
+    flush();
+    EXPECT_EQ(manager->channelUnreadCount(id("a")), 2);
+    EXPECT_EQ(manager->channelUnreadCount(id("b")), 1);
+    EXPECT_EQ(manager->channelUnreadCount(id("c")), 0);
 
-    world.told.clear();
-    world.setForeground({ "b", "c" }, "b");
-    EXPECT_EQ(world.toldText(), "b=0");
+    told.clear();
+    setForeground({ "b", "c" }, "b");
+    EXPECT_EQ(toldText(), "b=0");
     // One a round: the one that was opened, and the one that was read as it came.
-    ASSERT_TRUE(waitUntil([&] { return world.acks().size() == 2; }));
-    QString const path = QStringLiteral("channels/%1/messages/%2/ack");
-    QStringList expected{ path.arg(world.id("b").toString()).arg(world.lastMessage - 2),
-                          path.arg(world.id("c").toString()).arg(world.lastMessage - 1) };
+    ASSERT_TRUE(waitUntil([&] { return acks().size() == 2; }));
+    QString const ack = QStringLiteral("channels/%1/messages/%2/ack");
+    QStringList expected{ ack.arg(id("b").toString()).arg(lastMessage - 2),
+                          ack.arg(id("c").toString()).arg(lastMessage - 1) };
     expected.sort(); // of those that wait any may be the first
-    EXPECT_EQ(world.acks().join(u' ').toStdString(), expected.join(u' ').toStdString());
+    EXPECT_EQ(acks().join(u' ').toStdString(), expected.join(u' ').toStdString());
 }
 
-TEST(ManagerChannels, ReadElsewhereAndForgotten)
+TEST_F(ManagerChannels, ReadElsewhereAndForgotten)
 {
-    ChannelsWorld world;
-    ASSERT_TRUE(world.connectAccount());
-    world.settle();
+    ASSERT_TRUE(connectAccount());
+    settle();
     for (char const* const channel : { "a", "b", "c" })
-        world.say(channel, 1);
-    world.flush();
-    world.told.clear();
-    world.dispatch("MESSAGE_ACK",
-                   QStringLiteral(R"({"channel_id":"%1","message_id":"%2"})")
-                       .arg(world.id("a").toString())
-                       .arg(world.lastMessage - 2));
-    ASSERT_TRUE(waitUntil([&] { return !world.told.isEmpty(); }));
-    world.dispatch("CHANNEL_DELETE",
-                   QStringLiteral(R"({"type":0,"id":"%1","guild_id":"%2"})")
-                       .arg(world.id("b").toString(), world.guild().toString()));
-    ASSERT_TRUE(waitUntil([&] { return !world.manager->unreadCounts().contains(world.id("b")); }));
-    world.flush();
-    world.manager->markGuildAsRead(world.guild());
-    world.flush();
-    EXPECT_EQ(world.toldText(), "a=0 b=0 c=0");
-    ASSERT_TRUE(waitUntil([&] { return !world.acks().isEmpty(); }));
-    EXPECT_EQ(world.acks().join(QLatin1Char(' ')),
-              QStringLiteral("guilds/%1/ack").arg(world.guild().toString()));
+        say(channel, 1);
+    flush();
+    told.clear();
+    dispatch("MESSAGE_ACK",
+             QStringLiteral(R"({"channel_id":"%1","message_id":"%2"})")
+                 .arg(id("a").toString())
+                 .arg(lastMessage - 2));
+    ASSERT_TRUE(waitUntil([&] { return !told.isEmpty(); }));
+    dispatch("CHANNEL_DELETE",
+             QStringLiteral(R"({"type":0,"id":"%1","guild_id":"%2"})")
+                 .arg(id("b").toString(), guild().toString()));
+    ASSERT_TRUE(waitUntil([&] { return !manager->unreadCounts().contains(id("b")); }));
+    flush();
+    manager->markGuildAsRead(guild());
+    flush();
+    EXPECT_EQ(toldText(), "a=0 b=0 c=0");
+    ASSERT_TRUE(waitUntil([&] { return !acks().isEmpty(); }));
+    EXPECT_EQ(acks().join(QLatin1Char(' ')),
+              QStringLiteral("guilds/%1/ack").arg(guild().toString()));
 }
 
 // READY tells what is unread; one that tells of nothing means that nothing is.
-TEST(ManagerChannels, CountersStartAnewWithEachReady)
+TEST_F(ManagerChannels, CountersStartAnewWithEachReady)
 {
-    ChannelsWorld world;
-    stage::Channel& dm = *stage::findChannel(world.service.world(), world.id("dm").value());
+    stage::Channel& dm = *stage::findChannel(service.world(), id("dm").value());
     dm.unread = 3;
-    ASSERT_TRUE(world.connectAccount());
-    EXPECT_EQ(world.manager->channelUnreadCount(world.id("dm")), 1);
-    for (stage::Channel& channel : world.service.world().channels)
+    ASSERT_TRUE(connectAccount());
+    EXPECT_EQ(manager->channelUnreadCount(id("dm")), 1);
+    for (stage::Channel& channel : service.world().channels)
         channel.unread = 0;
-    world.service.invalidateSession();
-    EXPECT_TRUE(waitUntil([&] { return world.manager->unreadCounts().isEmpty(); }));
+    service.invalidateSession();
+    EXPECT_TRUE(waitUntil([&] { return manager->unreadCounts().isEmpty(); }));
 }
 
-TEST(ManagerChannels, MutedChannelsKeepQuiet)
+TEST_F(ManagerChannels, MutedChannelsKeepQuiet)
 {
-    ChannelsWorld world;
-    ASSERT_TRUE(world.connectAccount());
-    world.settle();
-    world.say("a", 1);
-    world.say("b", 1);
-    world.flush();
-    QString const guild = world.guild().toString();
+    ASSERT_TRUE(connectAccount());
+    settle();
+    say("a", 1);
+    say("b", 1);
+    flush();
+    QString const guildId = guild().toString();
     QString const muteA =
-        QStringLiteral(R"({"channel_id":"%1","muted":true})").arg(world.id("a").toString());
+        QStringLiteral(R"({"channel_id":"%1","muted":true})").arg(id("a").toString());
     auto const setSettings = [&](bool guildMuted, QString const& overrides) {
-        QSignalSpy changed(world.manager.get(), &DisManager::mutedChannelsChanged);
-        world.told.clear();
-        world.dispatch("USER_GUILD_SETTINGS_UPDATE",
-                       QStringLiteral(R"({"guild_id":"%1","muted":%2,"channel_overrides":[%3]})")
-                           .arg(guild, QVariant(guildMuted).toString(), overrides));
+        QSignalSpy changed(manager.get(), &DisManager::mutedChannelsChanged);
+        told.clear();
+        dispatch("USER_GUILD_SETTINGS_UPDATE",
+                 QStringLiteral(R"({"guild_id":"%1","muted":%2,"channel_overrides":[%3]})")
+                     .arg(guildId, QVariant(guildMuted).toString(), overrides));
         EXPECT_TRUE(waitUntil([&] { return !changed.isEmpty(); }));
-        world.flush();
+        flush();
     };
     setSettings(false, muteA);
-    EXPECT_EQ(world.toldText(), "a=0");
-    EXPECT_TRUE(world.manager->mutedChannels().contains(world.id("a")));
+    EXPECT_EQ(toldText(), "a=0");
+    EXPECT_TRUE(manager->mutedChannels().contains(id("a")));
     setSettings(true, {});
-    EXPECT_EQ(world.toldText(), "b=0,c=0") << "the whole guild";
+    EXPECT_EQ(toldText(), "b=0,c=0") << "the whole guild";
     setSettings(false, {});
-    EXPECT_EQ(world.toldText(), "a=1,b=1,c=0") << "what was unread still is";
+    EXPECT_EQ(toldText(), "a=1,b=1,c=0") << "what was unread still is";
 
-    world.manager->setChannelMuted(world.id("a"), true);
-    ASSERT_TRUE(waitUntil([&] {
-        return !world.service
-                    .requests("PATCH", QStringLiteral("/users/@me/guilds/%1/settings").arg(guild))
-                    .isEmpty();
-    }));
+    manager->setChannelMuted(id("a"), true);
+    EXPECT_TRUE(
+        waitForRequest("PATCH", QStringLiteral("/users/@me/guilds/%1/settings").arg(guildId)));
 }
 
-TEST(ManagerChannels, NotificationsFollowTheConversation)
+TEST_F(ManagerChannels, NotificationsFollowTheConversation)
 {
-    ChannelsWorld world;
-    ASSERT_TRUE(world.connectAccount());
-    world.settle();
+    ASSERT_TRUE(connectAccount());
+    settle();
     auto const shown = [&] {
         QStringList texts;
         for (NakNotifItem* const item : NakNotif::g_nakNotifManager->items())
@@ -262,52 +236,46 @@ TEST(ManagerChannels, NotificationsFollowTheConversation)
                 texts << text->text();
         return texts.join(QLatin1Char('|')).toStdString();
     };
-    world.say("a", 1);
+    say("a", 1);
     EXPECT_EQ(shown(), "") << "in a guild only mentions are told";
-    world.say("dm", 1);
-    world.say("dm", 1, true);
+    say("dm", 1);
+    say("dm", 1, true);
     EXPECT_EQ(shown(), "ada: hello") << "one a conversation";
-    world.manager->addMutedUser(world.user(1));
-    world.say("a", 1, true);
+    manager->addMutedUser(user(1));
+    say("a", 1, true);
     EXPECT_EQ(shown(), "ada: hello");
-    world.manager->removeMutedUser(world.user(1));
-    world.say("a", 1, true);
+    manager->removeMutedUser(user(1));
+    say("a", 1, true);
     EXPECT_EQ(NakNotif::g_nakNotifManager->count(), 2);
-    world.setForeground({ "dm" }, "dm");
+    setForeground({ "dm" }, "dm");
     EXPECT_EQ(NakNotif::g_nakNotifManager->count(), 1) << "reading takes it away";
     NakNotif::g_nakNotifManager->dismissAll();
     EXPECT_EQ(NakNotif::g_nakNotifManager->count(), 0);
 }
 
-TEST(ManagerPeople, FriendRequestsComeAndGo)
+TEST_F(ManagerChannels, FriendRequestsComeAndGo)
 {
-    ChannelsWorld world;
-    ASSERT_TRUE(world.connectAccount());
+    ASSERT_TRUE(connectAccount());
     NakNotif::g_nakNotifManager->dismissAll();
     QString const request =
         QStringLiteral(R"({"id":"77","type":3,"user":{"id":"77","username":"bo"}})");
-    int const before = world.manager->pendingFriendRequests().size();
-    world.dispatch("RELATIONSHIP_ADD", request);
-    ASSERT_TRUE(
-        waitUntil([&] { return world.manager->pendingFriendRequests().contains(FlakeId(77)); }));
+    int const before = manager->pendingFriendRequests().size();
+    dispatch("RELATIONSHIP_ADD", request);
+    ASSERT_TRUE(waitUntil([&] { return manager->pendingFriendRequests().contains(FlakeId(77)); }));
     ASSERT_EQ(NakNotif::g_nakNotifManager->count(), 1);
     emit NakNotif::g_nakNotifManager->items().first()->actionTriggered(0, nullptr);
-    ASSERT_TRUE(waitUntil([&] {
-        return !world.service.requests("PUT", QStringLiteral("/users/@me/relationships/77"))
-                    .isEmpty();
-    }));
-    world.dispatch("RELATIONSHIP_REMOVE", request);
-    EXPECT_TRUE(waitUntil([&] { return world.manager->pendingFriendRequests().size() == before; }));
+    ASSERT_TRUE(waitForRequest("PUT", QStringLiteral("/users/@me/relationships/77")));
+    dispatch("RELATIONSHIP_REMOVE", request);
+    EXPECT_TRUE(waitUntil([&] { return manager->pendingFriendRequests().size() == before; }));
     EXPECT_EQ(NakNotif::g_nakNotifManager->count(), 0);
 }
 
-TEST(ManagerPeople, IdleTimeShowsAsIdle)
+TEST_F(ManagerChannels, IdleTimeShowsAsIdle)
 {
-    ChannelsWorld world;
-    ASSERT_TRUE(world.connectAccount());
-    auto const sent = [&world] {
+    ASSERT_TRUE(connectAccount());
+    auto const sent = [this] {
         QJsonObject frame;
-        if (!world.service.expectFrame(3, &frame))
+        if (!service.expectFrame(3, &frame))
             return std::string("nothing");
         QJsonObject const d = frame[QLatin1String("d")].toObject();
         return d[QLatin1String("status")].toString().toStdString()
@@ -324,20 +292,28 @@ TEST(ManagerPeople, IdleTimeShowsAsIdle)
         { 5, 10, "online" },
     };
     for (auto const& step : steps) {
-        world.model.preferences.inactivityThresholdMinutes = step.thresholdMinutes;
-        world.manager->idleTimeUpdated(step.idleMs);
+        model.preferences.inactivityThresholdMinutes = step.thresholdMinutes;
+        manager->idleTimeUpdated(step.idleMs);
         if (*step.sent) {
             EXPECT_EQ(sent(), step.sent) << step.idleMs;
         }
     }
-    world.manager->setPreferredUserStatus(world.me(), DisUserStatusCode::DoNotDisturb);
+    manager->setPreferredUserStatus(me(), DisUserStatusCode::DoNotDisturb);
     EXPECT_EQ(sent(), "dnd");
-    world.manager->idleTimeUpdated(300001);
+    manager->idleTimeUpdated(300001);
     EXPECT_EQ(sent(), "dnd afk");
 }
 
-TEST(ManagerPeople, MutedUsersAreKept)
+TEST_F(ManagerChannels, MutedUsersAreToldOnceAndKept)
 {
+    QSignalSpy const changed(manager.get(), &DisManager::mutedUsersChanged);
+    for (int i = 0; i < 2; ++i)
+        manager->addMutedUser(FlakeId(5));
+    EXPECT_TRUE(manager->isUserMuted(FlakeId(5)));
+    for (int i = 0; i < 2; ++i)
+        manager->removeMutedUser(FlakeId(5));
+    EXPECT_FALSE(manager->isUserMuted(FlakeId(5)));
+    EXPECT_EQ(changed.count(), 2);
     QSet<FlakeId> const users{ FlakeId(5), FlakeId(1), FlakeId() };
     QByteArray const blob = DisManagerImpl::serializeMutedUsers(users);
     EXPECT_EQ(DisManagerImpl::deserializeMutedUsers(blob), users);

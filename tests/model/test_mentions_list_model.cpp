@@ -1,11 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "dis_manager.h"
 #include "dis_mentions_list_model.h"
-#include "model_fixture.h"
-#include "stage.h"
-
-#include <gtest/gtest.h>
+#include "manager_test.h"
 
 namespace {
 
@@ -22,19 +18,16 @@ QByteArray page(int newest, int count)
 
 } // namespace
 
-TEST(MentionsListModel, PagesUntilTheOldest)
+using MentionsListModel = ManagerTest;
+
+TEST_F(MentionsListModel, PagesUntilTheOldest)
 {
-    stage::Stage service;
-    ModelWorld model(service.apiUrl());
-    DisManager manager(model.dir.filePath(QStringLiteral("a.bin")), nullptr);
-    g_disManager = &manager;
-    manager.connectWithAccount(manager.createAccountWithToken(QStringLiteral("token")));
-    ASSERT_TRUE(waitUntil([&] { return manager.activeUserId().isValid(); }));
-    auto* const list = manager.mentionsListModelForUser(manager.activeUserId());
-    EXPECT_EQ(list, manager.mentionsListModelForUser(manager.activeUserId()));
+    ASSERT_TRUE(signIn(manager->createAccountWithToken(QStringLiteral("token"))));
+    auto* const list = manager->mentionsListModelForUser(manager->activeUserId());
+    EXPECT_EQ(list, manager->mentionsListModelForUser(manager->activeUserId()));
 
     using State = DisMentionsListModel::State;
-    QString const path = QStringLiteral("/users/@me/mentions");
+    QString const mentions = QStringLiteral("/users/@me/mentions");
     struct Step {
         int status;
         QByteArray reply;
@@ -49,7 +42,7 @@ TEST(MentionsListModel, PagesUntilTheOldest)
         { 200, page(75, 2), State::Idle, 27, false, "limit=25&roles=true&everyone=true&before=76" },
     };
     for (Step const& step : steps) {
-        service.answer("GET", path, step.status, step.reply, {}, 1);
+        service.answer("GET", mentions, step.status, step.reply, {}, 1);
         if (list->canFetchMore({}) && list->rowCount() > 0)
             list->fetchMore({});
         else
@@ -59,11 +52,10 @@ TEST(MentionsListModel, PagesUntilTheOldest)
         EXPECT_EQ(list->state(), step.state);
         EXPECT_EQ(list->rowCount(), step.rows);
         EXPECT_EQ(list->canFetchMore({}), step.canFetchMore);
-        EXPECT_EQ(service.requests("GET", path).last().query.toStdString(), step.query);
+        EXPECT_EQ(service.requests("GET", mentions).last().query.toStdString(), step.query);
     }
     EXPECT_EQ(list->index(26).data().toString(), QStringLiteral("five: <@1> 74"));
     EXPECT_EQ(list->index(26).data(DisMentionsListModel::MessageIdRole).value<FlakeId>(),
               FlakeId(74));
-    EXPECT_FALSE(manager.anyCallsActive());
-    g_disManager = nullptr;
+    EXPECT_FALSE(manager->anyCallsActive());
 }
