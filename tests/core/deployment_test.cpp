@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "deployment.h"
+#include "files.h"
 
-#include <QDir>
-#include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
@@ -26,10 +25,7 @@ protected:
     {
         // A new name each time, since QSettings remembers what it read from a path.
         QString const path = m_directory.filePath(QString::number(++m_files));
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(ini);
-        file.close();
+        writeFile(path, ini);
         bool ok = false;
         NakDeployment const deployment = loadDeployment(path, &ok);
         EXPECT_TRUE(ok);
@@ -44,12 +40,11 @@ protected:
 
 TEST_F(Deployment, DocumentTellsWhatTheCodeDoes)
 {
-    QFile file(QStringLiteral(NAKWIRE_TEST_DATA "/../../docs/deployment.md"));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     QRegularExpression const row(QStringLiteral("^\\| `([^`]+)` \\| `([^`]+)` \\|"),
                                  QRegularExpression::MultilineOption);
     QString documented;
-    auto rows = row.globalMatch(QString::fromUtf8(file.readAll()));
+    auto rows = row.globalMatch(QString::fromUtf8(
+        fileBytes(QStringLiteral(NAKWIRE_TEST_DATA "/../../docs/deployment.md"))));
     while (rows.hasNext()) {
         QRegularExpressionMatch const match = rows.next();
         documented += match.captured(1) + QLatin1Char('=') + match.captured(2) + QLatin1Char('\n');

@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "data_paths.h"
+#include "files.h"
 #include "preferences.h"
 #include "settings_file.h"
 #include "theme_type.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFontDatabase>
 
 #include <gtest/gtest.h>
@@ -155,9 +155,7 @@ protected:
             int const slash = key.indexOf('/');
             ini += '[' + key.left(slash) + "]\n" + key.mid(slash + 1) + '=' + value + '\n';
         }
-        QFile file(NakSettingsFile::settingsFilePath());
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(ini);
+        writeFile(NakSettingsFile::settingsFilePath(), ini);
     }
 
     static NakPreferences loaded()

@@ -3,45 +3,28 @@
 
 // What is left of settings.ini when the file, the disk or the process fails.
 
+#include "child_process.h"
 #include "data_paths.h"
+#include "files.h"
 #include "preferences.h"
 #include "settings_file.h"
 
 #include <QDir>
-#include <QFile>
-#include <QRandomGenerator>
 
 #include <gtest/gtest.h>
 #include <linux/capability.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
-#include <functional>
 
 namespace {
 
 QByteArray bytesOfFile()
 {
-    QFile file(NakSettingsFile::settingsFilePath());
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
-}
-
-// Runs the step in a process of its own, which ends with the step.
-void inChild(std::function<void()> const& step, std::function<void(pid_t)> const& meanwhile = {})
-{
-    pid_t const child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        step();
-        _exit(0);
-    }
-    if (meanwhile)
-        meanwhile(child);
-    ASSERT_EQ(waitpid(child, nullptr, 0), child);
+    return fileBytes(NakSettingsFile::settingsFilePath());
 }
 
 NakPreferences loaded()
@@ -83,10 +66,8 @@ TEST_F(SettingsOnDisk, DamagedFileIsReadAsFarAsItGoesAndWrittenWhole)
     renamed("whole").saveToSettingsFile();
     QByteArray const whole = bytesOfFile();
     for (int cut = 0; cut < whole.size(); cut += 37) {
-        QFile file(NakSettingsFile::settingsFilePath());
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(whole.left(cut) + QByteArray("\0[\xff%%=\n]=@Variant(\0\0\x7f", 16));
-        file.close();
+        writeFile(NakSettingsFile::settingsFilePath(),
+                  whole.left(cut) + QByteArray("\0[\xff%%=\n]=@Variant(\0\0\x7f", 16));
         inChild([] { loaded().saveToSettingsFile(); }); // a process that has not read it before
         NakPreferences const read = loaded();
         read.saveToSettingsFile();
@@ -131,10 +112,7 @@ TEST_F(SettingsOnDisk, FullDiskKeepsTheOldFileWhole)
     inChild([] { renamed("new").saveToSettingsFile(); });
     int const size = bytesOfFile().size();
     for (int limit = 0; limit <= size + 50; limit += 50) {
-        QFile file(NakSettingsFile::settingsFilePath());
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(old);
-        file.close();
+        writeFile(NakSettingsFile::settingsFilePath(), old);
         inChild([limit] {
             signal(SIGXFSZ, SIG_IGN);
             rlimit const room{ static_cast<rlim_t>(limit), static_cast<rlim_t>(limit) };
@@ -156,16 +134,11 @@ TEST_F(SettingsOnDisk, KilledWhileSavingTheFileIsTheOldOrTheNewOne)
     QByteArray const fresh = bytesOfFile();
     std::string seen;
     for (int kill = 0; kill < 100; ++kill) {
-        inChild(
-            [] {
-                for (;;)
-                    for (char const* device : { "old", "new" })
-                        renamed(device).saveToSettingsFile();
-            },
-            [](pid_t child) {
-                usleep(QRandomGenerator::global()->bounded(40'000U));
-                ::kill(child, SIGKILL);
-            });
+        inKilledChild(40'000, [] {
+            for (;;)
+                for (char const* device : { "old", "new" })
+                    renamed(device).saveToSettingsFile();
+        });
         NakSettingsFileImpl::removeLeftovers();
         QByteArray const now = bytesOfFile();
         ASSERT_TRUE(now == old || now == fresh) << now.constData();

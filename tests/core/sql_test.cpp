@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "files.h"
 #include "nak_sql.h"
 #include "nak_stmt.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -15,19 +15,6 @@ namespace {
 class Sql : public testing::Test {
 protected:
     QString path() const { return m_directory.filePath(QStringLiteral("k\u00fc.db")); }
-
-    QByteArray fileBytes() const
-    {
-        QFile file(path());
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
-    }
-
-    void writeFile(QByteArray const& bytes) const
-    {
-        QFile file(path());
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-    }
 
     // "version 3: 5,6", or the error that the table's rows cannot be read.
     static std::string contents(sqlite3* db)
@@ -84,7 +71,7 @@ TEST_F(Sql, CacheOfAnotherVersionIsMadeAnew)
     EXPECT_EQ(openAndInsert(open, schema, 2, 8), "version 2: ");
     EXPECT_EQ(openAndInsert(open, schema, 2, 9), "version 2: 8");
     for (QByteArray const& bytes : { QByteArray(), QByteArray("x"), QByteArray(10000, 'x') }) {
-        writeFile(bytes);
+        writeFile(path(), bytes);
         EXPECT_EQ(openAndInsert(open, schema, 3, 5), "version 3: ") << bytes.size();
     }
 }
@@ -94,10 +81,10 @@ TEST_F(Sql, StoreOfAnotherVersionIsLeftAlone)
     Open const open = NakSql::openDbWithAppendableSchema;
     EXPECT_EQ(openAndInsert(open, appendableSchema, 3, 5), "version 3: ");
     EXPECT_EQ(openAndInsert(open, appendableSchema, 3, 6), "version 3: 5");
-    QByteArray const before = fileBytes();
+    QByteArray const before = fileBytes(path());
     EXPECT_EQ(openAndInsert(open, appendableSchema, 4, 7), "null");
     EXPECT_EQ(openAndInsert(open, appendableSchema, 2, 7), "null");
-    EXPECT_EQ(fileBytes(), before);
+    EXPECT_EQ(fileBytes(path()), before);
     sqlite3* db = open(path(), longerSchema, 3); // gains a table without a new version
     EXPECT_EQ(contents(db), "version 3: 5,6");
     int code = -1;
@@ -106,9 +93,9 @@ TEST_F(Sql, StoreOfAnotherVersionIsLeftAlone)
     }
     EXPECT_EQ(code, SQLITE_OK);
     NakSql::closeDb(db);
-    writeFile(QByteArray(10000, 'x'));
+    writeFile(path(), QByteArray(10000, 'x'));
     EXPECT_EQ(openAndInsert(open, appendableSchema, 3, 5), "null");
-    EXPECT_EQ(fileBytes(), QByteArray(10000, 'x'));
+    EXPECT_EQ(fileBytes(path()), QByteArray(10000, 'x'));
 }
 
 TEST_F(Sql, OpenOfAnExistingFileMakesNone)

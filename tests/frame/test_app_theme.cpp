@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app_theme.h"
+#include "files.h"
 
-#include <QDir>
-#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QPalette>
@@ -99,9 +98,7 @@ class CustomTheme : public testing::Test {
 protected:
     void writeTheme(QByteArray const& bytes)
     {
-        QFile file(m_directory.filePath(QStringLiteral("custom_theme.json")));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
+        writeFile(m_directory.filePath(QStringLiteral("custom_theme.json")), bytes);
     }
 
     ThemeColors read()

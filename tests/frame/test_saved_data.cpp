@@ -1,21 +1,16 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "child_process.h"
+#include "files.h"
 #include "nak_sql.h"
 #include "nak_stmt.h"
 #include "saved_data.h"
 #include "wait_until.h"
 
 #include <QDir>
-#include <QFile>
-#include <QRandomGenerator>
-#include <QSignalSpy>
 
-#include <gtest/gtest.h>
 #include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <csignal>
 #include <optional>
 
 namespace {
@@ -94,16 +89,9 @@ protected:
     std::string told;
 };
 
-QByteArray bytesOf(QString const& path)
-{
-    QFile file(path);
-    file.open(QIODevice::ReadOnly);
-    return file.readAll();
-}
-
 } // namespace
 
-TEST_F(SavedData, FoldersAndEntriesAreKept)
+TEST_F(SavedData, FoldersEntriesAndBlobsAreKept)
 {
     open();
     EXPECT_EQ(folders(), "1 Favorites[] ");
@@ -114,15 +102,22 @@ TEST_F(SavedData, FoldersAndEntriesAreKept)
     data->movePlaylistById(third, 0);
     data->movePlaylistById(third, 1);
     data->movePlaylistById(1, 99);
-    EXPECT_EQ(folders(), "3 [] 2 Work <b>[5,5,7,] 1 Mine[] ");
     EXPECT_EQ(told, "");
     ASSERT_TRUE(waitUntil([&] { return !told.empty(); }));
     EXPECT_EQ(told, "1:4 2:9 3:1 order;");
+    QByteArray const bytes("\0\xff'", 3);
+    data->storeBlob(q("k"), "old");
+    data->storeBlob(q("k"), bytes);
+    data->storeBlob(q("gone"), bytes);
+    data->deleteBlob(q("gone"));
     open();
     EXPECT_EQ(folders(), "3 [] 2 Work <b>[5,5,7,] 1 Mine[] ");
     EXPECT_EQ(data->getPlaylistEntry(work, 2), channel(7));
     for (int index : { -1, 3 })
         EXPECT_TRUE(data->getPlaylistEntry(work, index).isNone());
+    EXPECT_EQ(data->loadBlob(q("k")), bytes);
+    for (char const* const absent : { "gone", "K", "" })
+        EXPECT_EQ(data->loadBlob(q(absent)), QByteArray());
 
     data->setPlaylistOrdering({ 1, 42, 2 });
     data->deletePlaylist(work);
@@ -183,34 +178,16 @@ TEST_F(SavedData, ContentThatIsOldOrDamaged)
         R"([{"data":{"data":{"channel_id":"12","type":"channel"},"type":"discord"},"type":2}] )");
 }
 
-TEST_F(SavedData, Blobs)
-{
-    open();
-    QByteArray const bytes("\0\xff'", 3);
-    data->storeBlob(q("k"), "old");
-    data->storeBlob(q("k"), bytes);
-    data->storeBlob(q("empty"), QByteArray());
-    open();
-    EXPECT_EQ(data->loadBlob(q("k")), bytes);
-    EXPECT_EQ(data->loadBlob(q("K")), QByteArray());
-    EXPECT_EQ(data->loadBlob(q("empty")), QByteArray());
-    data->deleteBlob(q("k"));
-    EXPECT_EQ(data->loadBlob(q("k")), QByteArray());
-}
-
 TEST_F(SavedData, FileThatIsNotOursIsLeftAlone)
 {
     open();
     data->setPlaylistName(1, q("theirs"));
     data.reset();
     execute("pragma journal_mode=delete; pragma user_version = 2");
-    QByteArray const ofAnotherVersion = bytesOf(NakSavedData::dbFilePath());
+    QByteArray const ofAnotherVersion = fileBytes(NakSavedData::dbFilePath());
     ASSERT_FALSE(ofAnotherVersion.isEmpty());
     for (QByteArray const& bytes : { ofAnotherVersion, QByteArray(5000, 'x') }) {
-        QFile file(NakSavedData::dbFilePath());
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-        file.close();
+        writeFile(NakSavedData::dbFilePath(), bytes);
         open();
         EXPECT_FALSE(data->keepsChanges());
         EXPECT_EQ(data->createPlaylist(q("Work")), 2);
@@ -219,7 +196,7 @@ TEST_F(SavedData, FileThatIsNotOursIsLeftAlone)
         EXPECT_EQ(data->loadBlob(q("k")), "v");
         EXPECT_EQ(folders(), "1 Favorites[] 2 Work[3,] ");
         data.reset();
-        EXPECT_EQ(bytesOf(NakSavedData::dbFilePath()), bytes);
+        EXPECT_EQ(fileBytes(NakSavedData::dbFilePath()), bytes);
     }
     EXPECT_EQ(QDir(QFileInfo(NakSavedData::dbFilePath()).path())
                   .entryList({ q("user_data*") }, QDir::Files)
@@ -257,13 +234,7 @@ TEST_F(SavedData, KilledAtAnyMomentItKeepsWhatWasDone)
             removeFiles();
             *done = 0;
         }
-        pid_t const child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0)
-            changeUntilKilled(done);
-        usleep(QRandomGenerator::global()->bounded(12'000U));
-        ::kill(child, SIGKILL);
-        ASSERT_EQ(waitpid(child, nullptr, 0), child);
+        inKilledChild(12'000, [done] { changeUntilKilled(done); });
         open();
         ASSERT_TRUE(data->keepsChanges());
         EXPECT_EQ(inFile("pragma integrity_check"), "ok ");

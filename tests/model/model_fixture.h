@@ -26,7 +26,3 @@ public:
     NakPreferences preferences;
     std::unique_ptr<DisClient> client;
 };
-
-// The roles that this program plays when it starts itself; see main.cpp.
-constexpr char const* saveAccountsRole = "--save-accounts-until-killed";
-[[noreturn]] void saveAccountsUntilKilled(QString const& path);

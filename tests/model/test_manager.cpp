@@ -29,7 +29,9 @@ protected:
     Manager()
         : ManagerTest(smallStage())
     {
+        NakEvLog::init();
     }
+    ~Manager() override { NakEvLog::deinit(); }
     DisStoredAccount* create(QString const& token = marker)
     {
         return manager->createAccountWithToken(token);

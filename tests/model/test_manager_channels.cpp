@@ -284,19 +284,29 @@ TEST_F(ManagerChannels, IdleTimeShowsAsIdle)
     struct {
         int thresholdMinutes;
         unsigned int idleMs;
-        char const* sent; // empty for nothing
+        char const* status; // then
+        bool changes;
     } const steps[] = {
-        { 5, 299999, "" },     { 5, 300001, "idle afk" },  { 5, 400000, "" },
-        { 5, 4000, "online" }, { 1, 170000, "" },          { 1, 180001, "idle afk" },
-        { 500, 10, "online" }, { 500, 239U * 60000U, "" }, { 500, 240U * 60000U + 1, "idle afk" },
-        { 5, 10, "online" },
+        { 5, 299999, "online", false },
+        { 5, 300001, "idle afk", true },
+        { 5, 400000, "idle afk", false },
+        { 5, 4000, "online", true },
+        { 1, 179999, "online", false }, // three minutes at least, and 240 at most
+        { 1, 180001, "idle afk", true },
+        { 500, 10, "online", true },
+        { 500, 240U * 60000U, "online", false },
+        { 500, 240U * 60000U + 1, "idle afk", true },
+        { 5, 10, "online", true },
     };
     for (auto const& step : steps) {
         model.preferences.inactivityThresholdMinutes = step.thresholdMinutes;
         manager->idleTimeUpdated(step.idleMs);
-        if (*step.sent) {
-            EXPECT_EQ(sent(), step.sent) << step.idleMs;
+        if (step.changes) {
+            EXPECT_EQ(sent(), step.status) << step.idleMs;
         }
+        // A choice is always sent, so that the next frame tells whether there was one before it.
+        manager->setPreferredUserStatus(me(), DisUserStatusCode::Online);
+        EXPECT_EQ(sent(), step.status) << step.idleMs;
     }
     manager->setPreferredUserStatus(me(), DisUserStatusCode::DoNotDisturb);
     EXPECT_EQ(sent(), "dnd");
