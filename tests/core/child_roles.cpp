@@ -71,11 +71,6 @@ int twoThreadsFail()
     return QCoreApplication::exec();
 }
 
-int applicationThreadFails()
-{
-    NakSql::exitWithGenericDbError(7);
-}
-
 int violatedConstraint()
 {
     sqlite3* db = nullptr;
@@ -112,7 +107,6 @@ int runChildRole(QString const& role)
 {
     static std::map<QString, std::function<int()>> const roles{
         { QStringLiteral("two-threads-fail"), twoThreadsFail },
-        { QStringLiteral("application-thread-fails"), applicationThreadFails },
         { QStringLiteral("violated-constraint"), violatedConstraint },
         { QStringLiteral("crypto-failure"), cryptoFailure },
         { QStringLiteral("no-log-file"), noLogFile },

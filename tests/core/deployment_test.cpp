@@ -3,7 +3,6 @@
 #include "deployment.h"
 #include "files.h"
 
-#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -37,20 +36,6 @@ protected:
 };
 
 } // namespace
-
-TEST_F(Deployment, DocumentTellsWhatTheCodeDoes)
-{
-    QRegularExpression const row(QStringLiteral("^\\| `([^`]+)` \\| `([^`]+)` \\|"),
-                                 QRegularExpression::MultilineOption);
-    QString documented;
-    auto rows = row.globalMatch(QString::fromUtf8(
-        fileBytes(QStringLiteral(NAKWIRE_TEST_DATA "/../../docs/deployment.md"))));
-    while (rows.hasNext()) {
-        QRegularExpressionMatch const match = rows.next();
-        documented += match.captured(1) + QLatin1Char('=') + match.captured(2) + QLatin1Char('\n');
-    }
-    EXPECT_EQ(documented.toStdString(), all(publicDeployment()));
-}
 
 TEST_F(Deployment, EveryFieldHasAKeyOfItsOwn)
 {

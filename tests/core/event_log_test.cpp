@@ -73,18 +73,6 @@ Category all(unsigned bits)
 
 } // namespace
 
-TEST(EventLog, WordsForTheUser)
-{
-    std::string words;
-    for (unsigned const bits : { 0, 1, 2, 4, 8, 3, 15, 16, 17 })
-        words += EvLog::toString(all(bits)).toStdString() + ' ';
-    for (int severity = -1; severity <= 5; ++severity)
-        words += EvLog::toString(static_cast<Severity>(severity)).toStdString() + ' ';
-    EXPECT_EQ(words,
-              "None Application Networking Images Audio Multiple Multiple Unknown Unknown "
-              "Unknown Debug Info Warn Error Critical Unknown ");
-}
-
 TEST(EventLog, WrittenLine)
 {
     TimeZone const zone("UTC-2"); // two hours ahead

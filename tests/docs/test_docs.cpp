@@ -3,6 +3,7 @@
 
 // Lists in the documents that mirror lists in the code are held against them.
 
+#include "deployment.h"
 #include "gateway_protocol.h"
 #include "preferences.h"
 
@@ -64,13 +65,6 @@ std::string listed(QStringList names)
     return names.join(QLatin1Char('\n')).toStdString();
 }
 
-QStringList documents()
-{
-    return { QStringLiteral("HACKING.md"),         QStringLiteral("docs/map.md"),
-             QStringLiteral("docs/protocols.md"),  QStringLiteral("docs/threads.md"),
-             QStringLiteral("docs/deployment.md"), QStringLiteral("docs/settings.md") };
-}
-
 } // namespace
 
 TEST(Docs, MapNamesEveryRoom)
@@ -97,7 +91,8 @@ TEST(Docs, FilesThatAreNamedExist)
         known.insert(path.section(QLatin1Char('/'), -1));
     QStringList gone;
     int names = 0;
-    for (QString const& document : documents()) {
+    QStringList const documents = filesBelow(QStringLiteral("docs"), { QStringLiteral("*.md") });
+    for (QString const& document : documents + QStringList{ QStringLiteral("HACKING.md") }) {
         QStringList const named =
             found(textOf(document), QStringLiteral("`([A-Za-z_/]+\\.(?:h|cpp))`"));
         names += named.size();
@@ -127,14 +122,12 @@ TEST(Docs, ProtocolsListsEveryOpcode)
     };
     for (QJsonObject const& frame : sent)
         expected[frame.value(QLatin1String("op")).toInt()] = QStringLiteral("out");
-    QString lines;
+    QStringList lines;
     for (auto row = expected.cbegin(); row != expected.cend(); ++row)
-        lines += QStringLiteral("%1 | %2\n").arg(row.key()).arg(row.value());
-
+        lines << QStringLiteral("%1 | %2").arg(row.key()).arg(row.value());
     QStringList const rows = found(textOf(QStringLiteral("docs/protocols.md")),
                                    QStringLiteral("^\\| (\\d+ \\| (?:in|out|unused)) \\|"));
-    EXPECT_EQ((rows.join(QLatin1Char('\n')) + QLatin1Char('\n')).toStdString(),
-              lines.toStdString());
+    EXPECT_EQ(listed(rows), listed(lines));
 }
 
 TEST(Docs, SettingsListsEveryPreference)
@@ -142,6 +135,17 @@ TEST(Docs, SettingsListsEveryPreference)
     QStringList const rows = found(textOf(QStringLiteral("docs/settings.md")),
                                    QStringLiteral("^\\| `([a-z_]+/[a-z_]+)` \\|"));
     EXPECT_EQ(listed(rows), listed(NakPreferencesImpl::keys()));
+}
+
+TEST(Docs, DeploymentListsEveryKeyWithItsDefault)
+{
+    QStringList const rows = found(textOf(QStringLiteral("docs/deployment.md")),
+                                   QStringLiteral("^\\| (`[^`]+` \\| `[^`]+`) \\|"));
+    QStringList expected;
+    for (NakDeploymentEntry const& entry : deploymentEntries())
+        expected << QStringLiteral("`%1` | `%2`")
+                        .arg(QLatin1String(entry.key), publicDeployment().*entry.field);
+    EXPECT_EQ(listed(rows), listed(expected));
 }
 
 TEST(Docs, ThreadsNamesEveryThread)

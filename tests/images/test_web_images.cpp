@@ -21,17 +21,15 @@ QSize const place(400, 300);
 
 char const* const hillsPath = "/media/attachments/1/7/hills.jpg";
 
-struct Shown {
-    char const* path;
-    QSize maximum;
-    QSize size; // of the picture then
-};
-
 } // namespace
 
 TEST_F(WebImagesTest, everyFormatComesAtTheSizeInWhichItIsShown)
 {
-    Shown const table[] = {
+    struct {
+        char const* path;
+        QSize maximum;
+        QSize size; // of the picture then
+    } const table[] = {
         { "/media/attachments/1/7/a.png", place, { 400, 300 } },
         { "/media/attachments/1/7/a.jpg", place, { 400, 300 } },
         { "/media/attachments/1/7/a.gif", place, { 400, 300 } },
@@ -40,7 +38,7 @@ TEST_F(WebImagesTest, everyFormatComesAtTheSizeInWhichItIsShown)
         { "/media/attachments/1/7/a.jpg?width=800&height=100", place, { 400, 50 } },
         { "/media/attachments/1/7/a.jpg", QSize(), { 640, 480 } },
     };
-    for (Shown const& row : table) {
+    for (auto const& row : table) {
         NakWebImageListener listener;
         listener.setParams(QUrl(at(row.path)), row.maximum);
         ASSERT_TRUE(waitUntil([&] { return !listener.image().isNull(); })) << row.path;
@@ -67,11 +65,10 @@ TEST_F(WebImagesTest, whatABadServerSendsCostsOneLine)
     char const* const unknown = "Not a picture of a known format";
     int const good = stage::landscape(1, { 64, 48 }, stage::PictureFormat::Png).size();
     int const packed = qCompress(QByteArray(1 << 20, ' ')).size() - 4; // and stays so
-    struct Case {
+    struct {
         char const* path;
         QString line;
-    };
-    Case const table[] = {
+    } const table[] = {
         { "/cdn/broken/wide.png", notDecoded("Picture of 16385 by 1 pixels", good) },
         { "/cdn/broken/huge.png", notDecoded("Picture of 16384 by 16384 pixels", good) },
         { "/cdn/broken/beyond.png", notDecoded("Picture of -1 by -1 pixels", good) },
@@ -92,7 +89,7 @@ TEST_F(WebImagesTest, whatABadServerSendsCostsOneLine)
     stage.delay(QStringLiteral("/cdn/slow.png"), 5'000);
     stage.cut(QStringLiteral("/cdn/cut.png"), 100);
     QStringList expected;
-    for (Case const& row : table) {
+    for (auto const& row : table) {
         expected << row.line;
         NakWebImageListener listener;
         QSignalSpy const updated(&listener, &NakWebImageListener::imageUpdated);
@@ -167,12 +164,11 @@ TEST_F(WebImagesTest, aRedirectToAnotherHostCarriesNoCookies)
 
 TEST(WebImageSizes, fitTheirPlaceAndSmallOnesAreDoubledOnDenseScreens)
 {
-    struct Row {
+    struct {
         QSize own, maximum;
         double density;
         QSize target, decoded;
-    };
-    Row const table[] = {
+    } const table[] = {
         { { 800, 600 }, { 400, 300 }, 1, { 400, 300 }, { 400, 300 } },
         { { 800, 100 }, { 400, 300 }, 1, { 400, 300 }, { 400, 50 } },
         { { 100, 100 }, { 400, 300 }, 1, { 400, 300 }, { 100, 100 } },
@@ -181,7 +177,7 @@ TEST(WebImageSizes, fitTheirPlaceAndSmallOnesAreDoubledOnDenseScreens)
         { { 1600, 100 }, { 400, 300 }, 2, { 800, 600 }, { 800, 50 } },
         { { 640, 480 }, {}, 1, { 640, 480 }, { 640, 480 } },
     };
-    for (Row const& row : table) {
+    for (auto const& row : table) {
         QSize const target = NakWebImagesImpl::targetSize(row.own, row.maximum, row.density);
         EXPECT_EQ(target, row.target);
         EXPECT_EQ(NakWebImagesImpl::decodeSize(row.own, target, row.density), row.decoded);

@@ -9,8 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-
 namespace {
 
 QStyleOptionSlider verticalBar(int minimum, int maximum, int position, int page)
