@@ -12,6 +12,7 @@
 #include "dis_servers_window.h"
 #include "dis_status_line.h"
 #include "model_fixture.h"
+#include "press_keys.h"
 #include "stage.h"
 
 #include <QAbstractItemView>
@@ -71,23 +72,25 @@ protected:
     {
         QStringList lines;
         auto* const view = find<QAbstractItemView>();
-        auto const* const model_ = view->model();
-        for (int row = 0; row < model_->rowCount(); ++row) {
+        auto const index = [view](int row, int column) {
+            return view->model()->index(row, column);
+        };
+        for (int row = 0; row < view->model()->rowCount(); ++row) {
             QStringList cells;
-            for (int column = 0; column < model_->columnCount(); ++column)
-                cells << model_->index(row, column).data().toString();
-            if (view->visualRect(model_->index(row, 0)).isValid())
+            for (int column = 0; column < view->model()->columnCount(); ++column)
+                cells << index(row, column).data().toString();
+            if (view->visualRect(index(row, 0)).isValid())
                 lines << cells.join(u',');
         }
         return lines.join(u'|').toStdString();
     }
-    bool waitForRows(char const* wanted)
+    bool waitForRows(std::string const& wanted)
     {
         return waitUntil([&] { return rows() == wanted; });
     }
-    bool waitForStatus(QString const& wanted)
+    bool waitForStatus(char const* wanted)
     {
-        return waitUntil([&] { return find<DisStatusLine>()->text() == wanted; });
+        return waitUntil([&] { return find<DisStatusLine>()->text() == QLatin1String(wanted); });
     }
     void press(char const* text) // the button that is in view
     {
@@ -98,12 +101,12 @@ protected:
         }
         ADD_FAILURE() << "no button " << text;
     }
-    // Shortcuts are for the window that has the focus.
-    template <typename View> View* focused()
+    // In the list in view; shortcuts are for the window that has the focus.
+    void pressInList(char const* keys)
     {
         QApplication::setActiveWindow(find<QDialog>());
-        find<View>()->setFocus();
-        return find<View>();
+        find<QAbstractItemView>()->setFocus();
+        pressKeys(find<QAbstractItemView>(), keys);
     }
     stage::Guild& guild(size_t n) { return service.world().guilds[n]; }
     QString guildPath(size_t n, char const* rest)
@@ -122,11 +125,7 @@ protected:
 
 TEST_F(Admin, KnowsWhatAnInviteIs)
 {
-    struct Case {
-        char const* input;
-        char const* code;
-    };
-    Case const cases[] = {
+    char const* const cases[][2] = {
         { "abc-D3", "abc-D3" },
         { " https://discord.gg/abc ", "abc" },
         { "discord.com/invite/abc?event=1", "abc" },
@@ -137,49 +136,46 @@ TEST_F(Admin, KnowsWhatAnInviteIs)
         { "a", "" },
         { "", "" },
     };
-    for (Case const& one : cases)
-        EXPECT_EQ(DisAdminWords::inviteCodeOf(QString::fromUtf8(one.input)).toStdString(), one.code)
-            << one.input;
+    for (auto const& [input, code] : cases)
+        EXPECT_EQ(DisAdminWords::inviteCodeOf(QLatin1String(input)).toStdString(), code) << input;
 }
 
 TEST_F(Admin, ServersAreOrderedLeftAndJoined)
 {
     DisServersWindow::summon(&window);
     ASSERT_EQ(rows(), "Harbor Lights|The Reading Room");
-    auto* const list = focused<QListView>();
-    QTest::keyClick(list, Qt::Key_Down, Qt::AltModifier);
-    EXPECT_TRUE(waitForStatus(QStringLiteral("The order is saved.")));
+    pressInList("Alt+Down");
+    EXPECT_TRUE(waitForStatus("The order is saved."));
     EXPECT_EQ(rows(), "The Reading Room|Harbor Lights");
     EXPECT_EQ(service.world().guildPositions, (std::vector<quint64>{ guild(1).id, guild(0).id }));
 
     service.answer("PATCH", QStringLiteral("/users/@me/settings"), 400, R"({"message":"Not now"})");
-    QTest::keyClick(list, Qt::Key_Up, Qt::AltModifier);
+    pressInList("Alt+Up");
     EXPECT_EQ(rows(), "Harbor Lights|The Reading Room");
-    EXPECT_TRUE(waitForStatus(QStringLiteral("Discord refused: Not now")));
+    EXPECT_TRUE(waitForStatus("Discord refused: Not now"));
     EXPECT_EQ(rows(), "The Reading Room|Harbor Lights") << "as the service has it";
 
     QTest::keyClicks(find<QLineEdit>(), QStringLiteral("HARB"));
     EXPECT_EQ(rows(), "Harbor Lights");
-    list->setCurrentIndex(list->model()->index(1, 0));
-    QTest::keyClick(list, Qt::Key_Up, Qt::AltModifier); // nobody sees between what
+    find<QListView>()->setCurrentIndex(find<QListView>()->model()->index(1, 0));
+    pressInList("Alt+Up"); // nobody sees between what
     find<QLineEdit>()->clear();
     EXPECT_EQ(rows(), "The Reading Room|Harbor Lights");
 
-    QTest::keyClick(list, Qt::Key_Delete);
+    pressInList("Del");
     press("Leave");
     EXPECT_TRUE(waitForRows("The Reading Room"));
     EXPECT_TRUE(waitUntil([] { return !QApplication::activeModalWidget(); }));
-    focused<QListView>();
-    QTest::keyClick(list, Qt::Key_Delete); // one's own cannot be left
+    pressInList("Del"); // one's own cannot be left
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
 
     auto* const invite = window.findChildren<QLineEdit*>().last();
     QTest::keyClicks(invite, QStringLiteral("https://discord.gg/abc"));
-    QTest::keyClick(invite, Qt::Key_Return);
+    pressKeys(invite, "Return");
     EXPECT_TRUE(waitUntil([&] { return QApplication::activeModalWidget() != nullptr; }));
     press("Join");
     EXPECT_TRUE(waitForRows("The Reading Room|Harbor Lights"));
-    EXPECT_TRUE(waitForStatus(QStringLiteral("You are in Harbor Lights now.")));
+    EXPECT_TRUE(waitForStatus("You are in Harbor Lights now."));
 }
 
 TEST_F(Admin, SettingsOfOnesOwnGuild)
@@ -196,19 +192,18 @@ TEST_F(Admin, SettingsOfOnesOwnGuild)
     DisGuildSettingsWindow::summon(me, FlakeId(guild(1).id), &window);
     auto* const pages = find<QTabWidget>();
     find<QCheckBox>()->click();
-    EXPECT_TRUE(waitForStatus(QStringLiteral("Saved.")));
+    EXPECT_TRUE(waitForStatus("Saved."));
     EXPECT_TRUE(guild(1).settings.muted && find<QCheckBox>()->isChecked());
     service.answer("PATCH", QStringLiteral("/users/@me") + guildPath(1, "/settings"), 500, "");
     find<QCheckBox>()->click();
-    EXPECT_TRUE(waitForStatus(QStringLiteral("Discord did not answer the request.")));
+    EXPECT_TRUE(waitForStatus("Discord did not answer the request."));
     EXPECT_TRUE(find<QCheckBox>()->isChecked()) << "as it still is";
 
     pages->setCurrentIndex(1);
     stage::User const& own = service.world().users[0];
     EXPECT_TRUE(waitForRows(QStringLiteral("abc,#general,%1#%2,0,Never ends")
                                 .arg(own.name, own.discriminator)
-                                .toUtf8()
-                                .constData()))
+                                .toStdString()))
         << rows();
     press("Re&voke\u2026");
     press("Revoke");
@@ -221,13 +216,13 @@ TEST_F(Admin, SettingsOfOnesOwnGuild)
     EXPECT_TRUE(
         waitUntil([&] { return service.requests("GET", guildPath(1, "/bans")).size() == 1; }));
     EXPECT_TRUE(waitUntil([&] { // until the refusal is there, F5 does nothing
-        QTest::keyClick(focused<QTreeView>(), Qt::Key_F5);
+        pressInList("F5");
         return service.requests("GET", guildPath(1, "/bans")).size() == 2;
     }));
-    EXPECT_TRUE(waitForRows(bans.c_str())) << rows();
-    QTest::keyClick(focused<QTreeView>(), Qt::Key_Delete);
+    EXPECT_TRUE(waitForRows(bans)) << rows();
+    pressInList("Del");
     press("Unban");
-    EXPECT_TRUE(waitForRows(fewer.c_str())) << rows();
+    EXPECT_TRUE(waitForRows(fewer)) << rows();
     EXPECT_EQ(guild(1).bans.size(), 3U);
 
     pages->setCurrentIndex(3);
@@ -256,7 +251,7 @@ TEST_F(Admin, InvitesAreMadeAndCopied)
     QString const path = QStringLiteral("/channels/%1/invites").arg(service.busyChannelId());
     service.answer("POST", path, 403, R"({"message":"<b>Missing</b> Permissions"})", {}, 1);
     press("Create &Link");
-    EXPECT_TRUE(waitForStatus(QStringLiteral("Discord refused: <b>Missing</b> Permissions")));
+    EXPECT_TRUE(waitForStatus("Discord refused: <b>Missing</b> Permissions"));
     press("Create &Link");
     EXPECT_TRUE(waitUntil([&] { return guild(0).invites.size() == 1; }));
     EXPECT_TRUE(waitUntil(
