@@ -215,6 +215,12 @@ void DisBuffGroupWidget::resizeEvent(QResizeEvent*)
     placeParts();
 }
 
+// One that is used again and as large as before is told of no new size.
+void DisBuffGroupWidget::showEvent(QShowEvent*)
+{
+    placeParts();
+}
+
 void DisBuffGroupWidget::updateFromUserProps()
 {
     DisGroupUserLine::Params line;

@@ -132,7 +132,7 @@ private:
     static QEvent::Type resequenceEventType();
     void resequence(Refill refill);
     bool confirmInPlace(DisBuffItem const& confirmed, FlakeId nonce);
-    bool fitsAt(DisBuffGroupWidget const& group, int index, DisBuffItem const& item);
+    bool fitsAt(DisBuffItem const& held, DisBuffItem const& item);
 
     void reloadAll();
     void refreshChangedMessages(DisChanges const& changes);

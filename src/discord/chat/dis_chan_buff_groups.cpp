@@ -260,7 +260,7 @@ bool DisChanBuff::confirmInPlace(DisBuffItem const& confirmed, FlakeId nonce)
             DisBuffSpan span = group.span;
             span.first = i == 0 ? confirmed : span.first;
             span.last = i == contents.size() - 1 ? confirmed : span.last;
-            if (!fitsAt(*group.widget, i, confirmed)
+            if (!fitsAt(before, confirmed)
                 || m_priv->items.findSpanContainingItem(confirmed) != span) {
                 return false;
             }
@@ -275,13 +275,21 @@ bool DisChanBuff::confirmInPlace(DisBuffItem const& confirmed, FlakeId nonce)
     return false;
 }
 
-// Whether the item's neighbours within the group are those of the sequence.
-bool DisChanBuff::fitsAt(DisBuffGroupWidget const& group, int index, DisBuffItem const& item)
+// Whether what stands next to the held item, in groups beside its own too, are the neighbours that
+// another has in the sequence.
+bool DisChanBuff::fitsAt(DisBuffItem const& held, DisBuffItem const& item)
 {
-    auto const& contents = group.contents();
+    QVector<ZilViewItem> groups;
+    m_priv->view->items(groups);
+    QVector<DisBuffItem> shown;
+    for (ZilViewItem const& group : qAsConst(groups)) {
+        auto const* widget = static_cast<DisBuffGroupWidget const*>(group.widget);
+        for (DisBuffMsgContentWidget const* content : widget->contents()) {
+            shown.append(content->buffItem());
+        }
+    }
+    int const index = shown.indexOf(held);
     DisBuffAdjacentItems const around = m_priv->items.findAdjacentItems(item);
-    bool const before = index == 0 || contents.at(index - 1)->buffItem() == around.earlier;
-    bool const behind =
-        index == contents.size() - 1 || contents.at(index + 1)->buffItem() == around.later;
-    return before && behind;
+    return index >= 0 && shown.value(index - 1) == around.earlier
+        && shown.value(index + 1) == around.later;
 }
