@@ -5,6 +5,7 @@
 #include "accts_view.h"
 #include "app_look.h"
 #include "app_theme.h"
+#include "audio_devices.h"
 #include "boxes.h"
 #include "builtin_jump_provider.h"
 #include "chat_window.h"
@@ -157,6 +158,7 @@ NakApplication::~NakApplication()
     }
     deleteGlobal(g_savedData);
     deleteGlobal(g_idleDetection);
+    deleteGlobal(g_audioDevices);
     d->builtinJumpProvider.reset();
     deleteGlobal(NakJump::g_nakJumpManager);
     NakNotif::destroyGlobalData();
@@ -263,6 +265,7 @@ void NakApplication::createOtherSingletons()
     d->builtinJumpProvider = std::make_unique<NakBuiltinJumpProvider>();
     NakTabContents::registerFactory(NakNav::Type::Builtin, makeBuiltinContent);
     g_idleDetection = new NakIdleDetection(this);
+    g_audioDevices = new NakAudioDevices(NakAudioDevices::installedModuleFile(), this);
     g_savedData = new NakSavedData(this);
     if (!g_savedData->keepsChanges())
         QTimer::singleShot(0, this, &NakApplication::tellThatNothingIsKept); // above the window
