@@ -10,10 +10,8 @@ QVector<Group> NakSettingsRows::audioAndVoice()
     return {
         { "Devices",
           {
-              { "&Microphone", &P::inputDevice, nullptr, none, Look::Device },
-              { "&Speakers", &P::outputDevice,
-                "The name as the sound system writes it; empty for its default device.", none,
-                Look::Device },
+              { "&Microphone", &P::inputDevice, nullptr, none, Look::Microphone },
+              { "&Speakers", &P::outputDevice, nullptr, none, Look::Speakers },
               { "&Work around a device that stutters", &P::buggyAudioDevice,
                 "For speakers that report a wrong buffer size." },
           } },

@@ -3,6 +3,8 @@
 #include "settings_form.h"
 
 #include "app_theme.h"
+#include "audio_device_picker.h"
+#include "audio_door.h"
 #include "settings_file.h"
 #include "settings_font_control.h"
 
@@ -30,7 +32,6 @@ constexpr int rowGap = 6;
 constexpr int helpGap = 2; // between a control and its help
 constexpr int headingGap = 10; // above a heading, beside the gap of the rows
 constexpr double helpScale = 0.9; // of the font
-constexpr int deviceChars = 28;
 
 double decibels(double factor, double least)
 {
@@ -64,8 +65,24 @@ QWidget* withHelp(QWidget* control, QString const& help)
     auto* const layout = new QVBoxLayout(cell);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(helpGap);
-    layout->addWidget(control, 0, Qt::AlignLeft);
+    bool const isWide = control->sizePolicy().expandingDirections().testFlag(Qt::Horizontal);
+    layout->addWidget(control, 0, isWide ? Qt::Alignment() : Qt::AlignLeft);
     layout->addWidget(text);
+    return cell;
+}
+
+// The hint comes and goes with what is known of the devices.
+QWidget* withHint(NakAudioDevicePicker* picker)
+{
+    QWidget* const cell = withHelp(picker, QString());
+    auto* const text = cell->findChild<QLabel*>();
+    auto const show = [picker, text] {
+        text->setText(picker->hint());
+        text->setVisible(!picker->hint().isEmpty());
+        picker->setAccessibleDescription(picker->hint());
+    };
+    QObject::connect(picker, &NakAudioDevicePicker::hintChanged, text, show);
+    show();
     return cell;
 }
 
@@ -148,7 +165,10 @@ void NakSettingsForm::addHeading(QString const& text)
 
 QWidget* NakSettingsForm::addRow(QString const& label, QWidget* control, QString const& help)
 {
-    QWidget* const cell = help.isEmpty() ? control : withHelp(control, help);
+    auto* const picker = qobject_cast<NakAudioDevicePicker*>(control);
+    QWidget* const cell = picker ? withHint(picker)
+        : help.isEmpty()         ? control
+                                 : withHelp(control, help);
     if (qobject_cast<QCheckBox*>(control)) {
         m_layout->addRow(cell);
     } else {
@@ -238,7 +258,10 @@ QWidget* NakSettingsForm::makeControl(Row const& row, float P::*field)
 
 QWidget* NakSettingsForm::makeControl(Row const& row, QString P::*field)
 {
-    return row.look == Look::Key ? makeKeyField(field) : makeDeviceField(field);
+    if (row.look == Look::Key)
+        return makeKeyField(field);
+    return makeDeviceChoice(row.look == Look::Microphone ? NakAudio::Input : NakAudio::Output,
+                            field);
 }
 
 QWidget* NakSettingsForm::makeControl(Row const& row, QFont P::*field)
@@ -291,16 +314,13 @@ QWidget* NakSettingsForm::makeKeyField(QString P::*field)
     return edit;
 }
 
-QWidget* NakSettingsForm::makeDeviceField(QString P::*field)
+QWidget* NakSettingsForm::makeDeviceChoice(int mode, QString P::*field)
 {
-    auto* const edit = new QLineEdit;
-    edit->setPlaceholderText(tr("Default device"));
-    edit->setClearButtonEnabled(true);
-    edit->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    edit->setMinimumWidth(edit->fontMetrics().averageCharWidth() * deviceChars);
-    connect(edit, &QLineEdit::textChanged, this,
-            [this, field](QString const& text) { m_model->set(field, text); });
+    auto* const picker = new NakAudioDevicePicker(mode, this);
+    keepWheelForThePage(picker, this);
+    connect(picker, &NakAudioDevicePicker::deviceChosen, this,
+            [this, field](QString const& name) { m_model->set(field, name); });
     read<QString>(
-        edit, [edit](QString const& text) { edit->setText(text); }, field);
-    return edit;
+        picker, [picker](QString const& name) { picker->setDeviceName(name); }, field);
+    return picker;
 }

@@ -46,7 +46,7 @@ private:
     QWidget* makeControl(NakSettingsRows::Row const& row, QFont P::*field);
     QWidget* makeThemeChoice(qint32 P::*field);
     QWidget* makeKeyField(QString P::*field);
-    QWidget* makeDeviceField(QString P::*field);
+    QWidget* makeDeviceChoice(int mode, QString P::*field);
     template <typename T>
     void read(QWidget* control, std::function<void(T const&)> show, T P::*field);
 

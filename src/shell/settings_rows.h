@@ -21,7 +21,8 @@ enum class Look {
     Plain, // a check box, a spin box, a font
     Theme, // a qint32: one of the themes
     Key, // a text: one key with its modifiers
-    Device, // a text: the name of an audio device; empty is the default one
+    Microphone, // a text: the name of an audio device; empty is the default one
+    Speakers, // the same
     Decibels, // a float: a linear factor
     Monospace, // a font of a fixed width
 };

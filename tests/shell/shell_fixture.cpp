@@ -17,6 +17,7 @@ ShellTest::ShellTest()
     g_globalEvents = &m_events;
     g_preferences = &m_preferences;
     g_guiIcons = &m_icons;
+    g_audioDevices = &m_noAudioDevices;
     NakShell::setHost(&m_host);
     NakTabContents::registerFactory(NakNav::Type::Discord, [](NakNavLoc const& place, QWidget* p) {
         return new FakeContent(place, p);
@@ -30,6 +31,7 @@ ShellTest::~ShellTest()
     EXPECT_EQ(FakeContent::alive, 0);
     NakTabContents::registerFactory(NakNav::Type::Discord, {});
     NakShell::setHost(nullptr);
+    g_audioDevices = nullptr;
     g_guiIcons = nullptr;
     g_preferences = nullptr;
     g_globalEvents = nullptr;

@@ -5,6 +5,7 @@
 // The globals that windows need, and fake contents for every Discord channel. Each test starts with
 // no windows and no settings file.
 
+#include "audio_devices.h"
 #include "fake_content.h"
 #include "global_events.h"
 #include "gui_icons.h"
@@ -37,6 +38,7 @@ protected:
     NakGlobalEvents m_events;
     NakPreferences m_preferences;
     NakGuiIcons m_icons;
+    NakAudioDevices m_noAudioDevices{ QString() };
     FakeShellHost m_host;
 };
 

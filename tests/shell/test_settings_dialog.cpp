@@ -118,7 +118,7 @@ bool change(QWidget* widget)
              || qobject_cast<QKeySequenceEdit*>(widget->parent()))
         return false;
     else if (auto* const choice = qobject_cast<QComboBox*>(widget))
-        choice->setCurrentIndex(choice->count() - 1);
+        choice->setCurrentIndex(choice->currentIndex() > 0 ? 0 : choice->count() - 1);
     else if (auto* const line = qobject_cast<QLineEdit*>(widget))
         QTest::keyClicks(line, QStringLiteral("x"));
     else
@@ -131,6 +131,7 @@ bool change(QWidget* widget)
 TEST_F(SettingsDialogTest, EveryPreferenceHasOneControl)
 {
     m_preferences.useAppOverride = true; // its font is not stored otherwise
+    m_preferences.inputDevice = m_preferences.outputDevice = QStringLiteral("device");
     m_preferences.saveToSettingsFile();
     summoned();
     QStringList bound;
