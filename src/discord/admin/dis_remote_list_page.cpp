@@ -199,8 +199,7 @@ void DisRemoteListPage::receive(DisRequest* request, QString const& after)
             m_model->setRows(rows);
         else
             m_model->append(rows);
-        if (m_more)
-            m_more->setVisible(rows.size() >= m_list.pageSize);
+        m_mayHaveMore = rows.size() >= m_list.pageSize;
         for (int column = 0; first && column < m_model->columnCount(); ++column)
             if (column != m_list.wideColumn)
                 m_tree->resizeColumnToContents(column);
@@ -277,7 +276,7 @@ void DisRemoteListPage::updateState()
     if (m_copy)
         m_copy->setEnabled(hasRow);
     if (m_more)
-        m_more->setEnabled(m_fetched && !m_fetching);
+        m_more->setEnabled(m_mayHaveMore && !m_fetching);
     m_refresh->setEnabled(!m_fetching);
     bool const anyShown = m_tree->indexAt({ 0, 0 }).isValid();
     if (anyShown)

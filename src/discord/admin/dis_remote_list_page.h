@@ -101,5 +101,6 @@ private:
     QAction* m_refresh = nullptr;
     bool m_fetching = false;
     bool m_fetched = false; // at least once
+    bool m_mayHaveMore = false; // the last page was full
     QString m_problem; // with the last fetch
 };
