@@ -57,9 +57,10 @@ protected:
     {
         return signIn(manager->createAccountWithToken(QStringLiteral("token")));
     }
-    // Everything read, nothing told yet.
-    void settle()
+    // Connected, everything read, nothing told yet.
+    void begin()
     {
+        ASSERT_TRUE(connectAccount());
         manager->hack_localClearAllUnreads();
         NakNotif::g_nakNotifManager->dismissAll();
         waitUntil([this] { return manager->unreadCounts().isEmpty(); });
@@ -128,8 +129,7 @@ protected:
 
 TEST_F(ManagerChannels, MessagesCountWhereNobodyLooks)
 {
-    ASSERT_TRUE(connectAccount());
-    settle();
+    begin();
     setForeground({ "b", "c" }, "c");
     say("a", 1);
     say("a", 2);
@@ -156,8 +156,7 @@ TEST_F(ManagerChannels, MessagesCountWhereNobodyLooks)
 
 TEST_F(ManagerChannels, ReadElsewhereAndForgotten)
 {
-    ASSERT_TRUE(connectAccount());
-    settle();
+    begin();
     for (char const* const channel : { "a", "b", "c" })
         say(channel, 1);
     flush();
@@ -195,8 +194,7 @@ TEST_F(ManagerChannels, CountersStartAnewWithEachReady)
 
 TEST_F(ManagerChannels, MutedChannelsKeepQuiet)
 {
-    ASSERT_TRUE(connectAccount());
-    settle();
+    begin();
     say("a", 1);
     say("b", 1);
     flush();
@@ -227,8 +225,7 @@ TEST_F(ManagerChannels, MutedChannelsKeepQuiet)
 
 TEST_F(ManagerChannels, NotificationsFollowTheConversation)
 {
-    ASSERT_TRUE(connectAccount());
-    settle();
+    begin();
     auto const shown = [&] {
         QStringList texts;
         for (NakNotifItem* const item : NakNotif::g_nakNotifManager->items())
