@@ -62,7 +62,7 @@ TEST_F(NotifsView, KeysMoveTheCaretAndActOnIt)
         { Qt::Key_Right, "0.1", "" },
         { Qt::Key_Enter, "0.1", "action a1;" },
         { Qt::Key_Right, "0.2", "" },
-        { Qt::Key_Right, "0.2", "" },
+        { Qt::Key_Right, "0.2", "" }, // the last one
         { Qt::Key_Down, "1.0", "" }, // has the dismiss action alone
         { Qt::Key_Down, "2.-1", "" }, // has none
         { Qt::Key_Return, "2.-1", "" },

@@ -70,14 +70,14 @@ protected:
         EXPECT_EQ(sqlite3_exec(db, sql, nullptr, nullptr, nullptr), SQLITE_OK)
             << sqlite3_errmsg(db);
     }
-    QString stored(char const* sql) const
+    QString stored(char const* sql) const // in the pictures' own store
     {
         sqlite3* store = NakSql::tryOpenDbReadOnly(storePath);
         QStringList rows;
         for (NakStmt stmt(store, sql); stmt.step();)
             rows << stmt.colString(0);
         NakSql::closeDb(store);
-        return rows.join(QLatin1Char(' '));
+        return rows.join(u' ');
     }
 
     QString const storePath = dir.filePath(QStringLiteral("avatars.nakdb"));

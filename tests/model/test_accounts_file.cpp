@@ -5,6 +5,7 @@
 #include "files.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QTemporaryDir>
 
@@ -51,22 +52,16 @@ std::string const fullRecordHex = mapVariant + hex(8) + hexText("user_name") + t
     + hexText("auto_connect") + boolVariant + "01" + hexText("auth_token_state") + intVariant
     + hex(2) + hexText("auth_token") + textVariant + hexText("tok");
 
-std::string text(Record const& r)
-{
-    return QStringLiteral("%1|%2|%3|%4|%5|%6|%7|%8")
-        .arg(r.userName, r.discriminator, r.authToken, r.cachedGatewayUrl,
-             r.userId.isValid() ? r.userId.toString() : QString(), r.avatarName)
-        .arg(r.authTokenState)
-        .arg(r.autoConnect)
-        .toStdString();
-}
-
 std::string text(QVector<Record> const& records)
 {
-    std::string out;
-    for (Record const& record : records)
-        out += text(record) + "\n";
-    return out;
+    QString out;
+    for (Record const& r : records)
+        out += QStringLiteral("%1|%2|%3|%4|%5|%6|%7|%8\n")
+                   .arg(r.userName, r.discriminator, r.authToken, r.cachedGatewayUrl,
+                        r.userId.isValid() ? r.userId.toString() : QString(), r.avatarName)
+                   .arg(r.authTokenState)
+                   .arg(r.autoConnect);
+    return out.toStdString();
 }
 
 QVector<Record> manyRecords(int count, char const* name)
@@ -120,13 +115,13 @@ TEST_F(AccountsFile, MissingKeys)
     EXPECT_EQ(DisAccountsFile::encodeBody({ Record() }).toHex().toStdString(),
               hex(1) + mapVariant + hex(1) + hexText("auth_token_state") + intVariant + hex(0));
     QVariantMap map;
-    EXPECT_EQ(text(DisAccountsFile::fromVariantMap(map)), "||||||0|0");
+    EXPECT_EQ(text({ DisAccountsFile::fromVariantMap(map) }), "||||||0|0\n");
     map.insert(QStringLiteral("auth_token"), QStringLiteral("t"));
-    EXPECT_EQ(text(DisAccountsFile::fromVariantMap(map)), "||t||||1|0");
+    EXPECT_EQ(text({ DisAccountsFile::fromVariantMap(map) }), "||t||||1|0\n");
     map.insert(QStringLiteral("auth_token_state"), 3);
     map.insert(QStringLiteral("user_id"), QStringLiteral("not a number"));
     map.insert(QStringLiteral("from the future"), 7);
-    EXPECT_EQ(text(DisAccountsFile::fromVariantMap(map)), "||t||||3|0");
+    EXPECT_EQ(text({ DisAccountsFile::fromVariantMap(map) }), "||t||||3|0\n");
 }
 
 TEST_F(AccountsFile, CutOrDamagedAtEveryByte)
@@ -229,12 +224,15 @@ TEST_F(AccountsFile, LeftoversOfASaveAreRemovedAndNothingElse)
 TEST_F(AccountsFile, KilledWhileSaving)
 {
     QVector<Record> const sets[] = { manyRecords(1, "few"), manyRecords(400, "many") };
+    QElapsedTimer pair; // of saves, which take their time on a busy disk
+    pair.start();
     for (auto const& set : sets)
-        DisAccountsFile::save(path, set);
+        ASSERT_TRUE(DisAccountsFile::save(path, set));
+    auto const mostMicroseconds = static_cast<unsigned>(2 * pair.nsecsElapsed() / 1000);
     int fewSeen = 0;
     for (int round = 0; round < 200; ++round) {
-        inKilledChild(8'000, [&] {
-            for (int i = 0;; ++i)
+        inKilledChild(mostMicroseconds, [&] {
+            for (int i = round;; ++i)
                 DisAccountsFile::save(path, sets[i % 2]);
         });
         std::string const got = text(DisAccountsFile::load(path).records);
@@ -243,6 +241,6 @@ TEST_F(AccountsFile, KilledWhileSaving)
         EXPECT_EQ(entries(), "nakwire_accounts.bin");
         EXPECT_TRUE(isPrivate());
     }
-    EXPECT_GT(fewSeen, 0); // else none was killed behind its first save
+    EXPECT_GT(fewSeen, 0); // else no save came to its end
     EXPECT_LT(fewSeen, 200);
 }

@@ -20,18 +20,15 @@ TEST(AcctsComponent, TokensAreTakenWithoutQuotesAndBlanks)
 
 TEST(AcctsComponent, StatesAsWords)
 {
-    std::string words;
+    QStringList words;
     for (int state = 0; state <= 4; ++state)
-        words += DisAcctsComponentImpl::connStateDecorations(DisSessionStateType(state))
-                     .text.toStdString()
-            + '/';
+        words << DisAcctsComponentImpl::connStateDecorations(DisSessionStateType(state)).text;
     for (bool const tellAccepted : { false, true })
         for (int state = 0; state <= 3; ++state)
-            words += DisAcctsComponentImpl::tokenStateDeocrations(TokenState(state), tellAccepted)
-                         .text.toStdString()
-                + '/';
-    EXPECT_EQ(words,
+            words << DisAcctsComponentImpl::tokenStateDeocrations(TokenState(state), tellAccepted)
+                         .text;
+    EXPECT_EQ(words.join(u'/').toStdString(),
               "Offline////Online/"
               "No token/Token not yet tested//Token was rejected/"
-              "No token/Token not yet tested/Token accepted/Token was rejected/");
+              "No token/Token not yet tested/Token accepted/Token was rejected");
 }

@@ -229,8 +229,8 @@ void play(Numbers& view, std::vector<Step> const& steps)
         EXPECT_EQ(state(view), step.after);
         EXPECT_EQ(currents.count(), view.currentRow() == current ? 0 : 1);
         EXPECT_EQ(selections.count(), view.selection() == selection ? 0 : 1);
-        QRect const rect = view.rectForRow(view.currentRow());
-        EXPECT_TRUE(view.currentRow() < 0 || view.viewport()->rect().contains(rect));
+        EXPECT_TRUE(view.currentRow() < 0
+                    || view.viewport()->rect().contains(view.rectForRow(view.currentRow())));
     }
 }
 
@@ -240,8 +240,7 @@ TEST(UniListView, KeysAndClicksFollowThePlatform)
     view.takenKey = Qt::Key_F5;
     play(view,
          { { Qt::Key_Up, none, 0, "0: 0" },
-           { 0, none, 3, "3: 3" },
-           { Qt::Key_Down, none, 0, "4: 4" },
+           { 0, none, 4, "4: 4" },
            { Qt::Key_PageDown, none, 0, "19: 19" },
            { Qt::Key_PageUp, shift, 0, "4: 4" },
            { Qt::Key_Down, Qt::AltModifier, 0, "4: 4" },
