@@ -44,13 +44,6 @@ protected:
                                 QStringLiteral("message %1").arg(i) };
         });
     }
-    // Of one author, a millisecond apart.
-    void fillSpan(int count, qint64 from)
-    {
-        world.addMessages(count, [&](int i) {
-            return ChatMessage{ idAt(from + i), alice, QStringLiteral("line %1").arg(i) };
-        });
-    }
 
     void open()
     {
@@ -307,17 +300,10 @@ TEST_F(ChanBuff, TheWheelMovesByItsScaleAndStopsAtBothEnds)
     fill(40);
     open();
     wheel(2);
-    Tops const before = topsOnScreen();
+    int const before = topOf(contents().first());
+    FlakeId const first = contents().first()->buffItem().id;
     wheel(1);
-    Tops const after = topsOnScreen();
-    int compared = 0;
-    for (auto const& [id, top] : before) {
-        if (after.count(id) != 0) {
-            EXPECT_EQ(after.at(id), top + 60);
-            ++compared;
-        }
-    }
-    EXPECT_GT(compared, 3);
+    EXPECT_EQ(topsOnScreen()[first.value()], before + 60);
     wheel(3, 60);
     EXPECT_EQ(buffer->view()->itemAt(0).top, 0);
     EXPECT_EQ(shown().substr(0, 20), "message 0|message 1|");
@@ -330,7 +316,8 @@ TEST_F(ChanBuff, TheWheelMovesByItsScaleAndStopsAtBothEnds)
 TEST_F(ChanBuff, APureShiftAndARepaintReadNothing)
 {
     fill(50);
-    fillSpan(100, 50 * farApart); // one group much higher than the view
+    for (int i = 0; i < 100; ++i) // one group much higher than the view
+        world.addMessage(idAt(50 * farApart + i), alice, QStringLiteral("line"));
     open();
     wheel(1);
     quint64 const before = buffer->reads().readCount();
@@ -403,15 +390,6 @@ TEST_F(ChanBuff, APendingMessageIsConfirmedInPlace)
     EXPECT_EQ(topOf(content), top);
     EXPECT_FALSE(content->findChild<DisTextView*>()->displayAsPending());
     EXPECT_EQ(layouts.count(), 0);
-
-    world.addPending(idAt(51 * farApart), QStringLiteral("oops"));
-    world.announceReload();
-    settle();
-    ASSERT_EQ(shown(2), "mine|p:oops");
-    g_disClient->pendingMessages_hack().clear(); // cancelled
-    world.announce(DisChange::ChangeType::MessageChanged, idAt(51 * farApart));
-    settle();
-    EXPECT_EQ(shown(2), "message 49|mine");
 }
 
 TEST_F(ChanBuff, SelectionIsAToggleAndEnablesCopying)
@@ -430,17 +408,6 @@ TEST_F(ChanBuff, SelectionIsAToggleAndEnablesCopying)
     ASSERT_EQ(spy.count(), 2);
     EXPECT_EQ(spy.at(0).at(0).value<FlakeId>(), idAt(3 * farApart));
     EXPECT_FALSE(spy.at(1).at(0).value<FlakeId>().isValid());
-}
-
-TEST_F(ChanBuff, ABotsLogDoesNotBecomeOneWidget)
-{
-    fillSpan(5000, 0);
-    open();
-    for (int i = 0; i < 30; ++i) {
-        wheel(3);
-        expectCovered();
-        EXPECT_LT(buffer->findChildren<DisBuffMsgContentWidget*>().size(), 500);
-    }
 }
 
 TEST_F(ChanBuff, WhatScrollingLeavesOnTheScreenIsWhatPaintingGives)

@@ -7,53 +7,48 @@
 #include "dis_chat_input_text_edit.h"
 #include "dis_topic_line.h"
 #include "dis_typing_status.h"
-#include "vari_chat_input_handler.h"
+#include "press_keys.h"
 
 #include <QMessageBox>
 #include <QSignalSpy>
 
 namespace {
 
-struct KeyCase {
-    char const* name;
-    char const* text; // "^" is the cursor
-    Qt::Key key;
-    Qt::KeyboardModifiers modifiers;
-    bool fenceAware;
-    char const* result; // the text behind the key
-    char const* emitted; // signals in order: "s" submitted, "u" up, "e" escape, "k" scroll key
-};
-
-KeyCase const keyCases[] = {
-    { "enter sends", "hello^", Qt::Key_Return, Qt::NoModifier, false, "hello", "s" },
-    { "keypad enter sends", "hello^", Qt::Key_Enter, Qt::KeypadModifier, false, "hello", "s" },
-    { "enter in the middle sends all", "he^llo", Qt::Key_Return, Qt::NoModifier, true, "hello",
-      "s" },
-    { "shift and enter is a line", "he^llo", Qt::Key_Return, Qt::ShiftModifier, false, "he\nllo",
-      "" },
-    { "enter with nothing", "^", Qt::Key_Return, Qt::NoModifier, false, "", "" },
-    { "shift and enter with nothing", "^", Qt::Key_Return, Qt::ShiftModifier, false, "\n", "" },
-    { "open fence", "```a^", Qt::Key_Return, Qt::NoModifier, true, "```a\n", "" },
-    { "open fence, not aware", "```a^", Qt::Key_Return, Qt::NoModifier, false, "```a", "s" },
-    { "closed fence", "```a```^", Qt::Key_Return, Qt::NoModifier, true, "```a```", "s" },
-    { "third fence", "```a``` ```^", Qt::Key_Return, Qt::NoModifier, true, "```a``` ```\n", "" },
-    { "cursor before the fence", "a^```b", Qt::Key_Return, Qt::NoModifier, true, "a```b", "s" },
-    { "cursor between", "```a^```", Qt::Key_Return, Qt::NoModifier, true, "```a\n```", "" },
-    { "escaped fence", "\\```a^", Qt::Key_Return, Qt::NoModifier, true, "\\```a", "s" },
-    { "fence on an earlier line", "```\na^", Qt::Key_Return, Qt::NoModifier, true, "```\na\n", "" },
-    { "tab inserts nothing", "a^", Qt::Key_Tab, Qt::NoModifier, false, "a", "" },
-    { "up with nothing", "^", Qt::Key_Up, Qt::NoModifier, false, "", "u" },
-    { "up with text", "a^", Qt::Key_Up, Qt::NoModifier, false, "a", "" },
-    { "escape", "a^", Qt::Key_Escape, Qt::NoModifier, false, "a", "e" },
-    { "page up with nothing", "^", Qt::Key_PageUp, Qt::NoModifier, false, "", "k" },
-    { "page up with text", "a^", Qt::Key_PageUp, Qt::NoModifier, false, "a", "" },
-    { "end with nothing", "^", Qt::Key_End, Qt::NoModifier, false, "", "k" },
-};
-
 TEST(ChatInput, KeysDoWhatTheTableSays)
 {
+    constexpr bool aware = true; // of open code fences
+    struct {
+        char const* text; // "^" is the cursor
+        char const* key;
+        bool fenceAware;
+        char const* result; // the text behind the key
+        char const* emitted; // in order: "s" submitted, "u" up, "e" escape, "k" scroll key
+    } const cases[] = {
+        { "hello^", "Return", !aware, "hello", "s" },
+        { "hello^", "Num+Enter", !aware, "hello", "s" },
+        { "he^llo", "Return", aware, "hello", "s" },
+        { "he^llo", "Shift+Return", !aware, "he\nllo", "" },
+        { "^", "Return", !aware, "", "" },
+        { "^", "Shift+Return", !aware, "\n", "" },
+        { "```a^", "Return", aware, "```a\n", "" },
+        { "```a^", "Return", !aware, "```a", "s" },
+        { "```a```^", "Return", aware, "```a```", "s" },
+        { "```a``` ```^", "Return", aware, "```a``` ```\n", "" },
+        { "a^```b", "Return", aware, "a```b", "s" },
+        { "```a^```", "Return", aware, "```a\n```", "" },
+        { "\\```a^", "Return", aware, "\\```a", "s" },
+        { "```\na^", "Return", aware, "```\na\n", "" },
+        { "a^", "Tab", !aware, "a", "" },
+        { "^", "Up", !aware, "", "u" },
+        { "a^", "Up", !aware, "a", "" },
+        { "a^", "Esc", !aware, "a", "e" },
+        { "^", "PgUp", !aware, "", "k" },
+        { "a^", "PgUp", !aware, "a", "" },
+        { "^", "End", !aware, "", "k" },
+    };
     using Input = DisChatInputTextEdit;
-    for (KeyCase const& c : keyCases) {
+    for (auto const& c : cases) {
+        SCOPED_TRACE(std::string(c.key) + " at " + c.text);
         Input input;
         input.setFenceAwareEnter(c.fenceAware);
         QString text = QString::fromUtf8(c.text);
@@ -70,54 +65,24 @@ TEST(ChatInput, KeysDoWhatTheTableSays)
         QObject::connect(&input, &Input::pressedUpWithNoContent, [&] { emitted += 'u'; });
         QObject::connect(&input, &Input::pressedEscape, [&] { emitted += 'e'; });
         QObject::connect(&input, &Input::scrollKeyPressed, [&] { emitted += 'k'; });
-        QTest::keyClick(&input, c.key, c.modifiers);
-        EXPECT_EQ(input.toPlainText(), QString::fromUtf8(c.result)) << c.name;
-        EXPECT_EQ(emitted, c.emitted) << c.name;
+        pressKeys(&input, c.key);
+        EXPECT_EQ(input.toPlainText().toStdString(), c.result);
+        EXPECT_EQ(emitted, c.emitted);
     }
 }
 
-TEST(ChatInput, BoxGrowsFromOneLineToFive)
+TEST(TypingStatus, NamesThreeAtMost)
 {
-    DisChatInputTextEdit input;
-    auto* handler = new VariChatInputHandler(&input);
-    input.resize(300, 20);
-    input.show();
-    handler->setMetrics(20, 3);
-    int const expected[] = { 23, 43, 63, 83, 103, 103, 103 };
-    for (int breaks = 0; breaks < 7; ++breaks) {
-        input.setPlainText(QString(breaks, QLatin1Char('\n')));
-        handler->updateHeight();
-        EXPECT_EQ(input.minimumHeight(), expected[breaks]) << breaks;
-        EXPECT_EQ(input.verticalScrollBarPolicy(),
-                  breaks > 4 ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff)
-            << breaks;
+    QStringList names;
+    QStringList said;
+    for (char const* name : { "A", "B", "C", "D", "E" }) {
+        said << DisTypingStatus::text(names, 5);
+        names << QLatin1String(name);
     }
-    input.setPlainText(QStringLiteral("word ").repeated(30));
-    handler->updateHeight();
-    EXPECT_GT(input.minimumHeight(), 23) << "wrapped lines count";
-}
-
-TEST(TypingStatus, WordsOfTheTable)
-{
-    struct {
-        int count, limit;
-        char const* text;
-    } const cases[] = {
-        { 0, 10, "" },
-        { 1, 10, "A is typing…" },
-        { 2, 10, "A and B are typing…" },
-        { 3, 10, "A, B, and C are typing…" },
-        { 4, 10, "4 users are typing…" },
-        { 9, 10, "9 users are typing…" },
-        { 10, 10, "Many users are typing…" },
-        { 2, 2, "Many users are typing…" },
-    };
-    for (auto const& c : cases) {
-        QStringList names;
-        for (int i = 0; i < c.count; ++i)
-            names.append(QString(QChar('A' + i)));
-        EXPECT_EQ(DisTypingStatus::text(names, c.limit).toStdString(), c.text) << c.count;
-    }
+    said << DisTypingStatus::text(names, 5);
+    EXPECT_EQ(said.join(u'|').toStdString(),
+              "|A is typing…|A and B are typing…|A, B, and C are typing…|4 users are typing…|"
+              "Many users are typing…");
 }
 
 TEST(ChannelState, SaysTheFirstThingThatIsMissing)
@@ -163,9 +128,9 @@ protected:
     {
         view->input()->setPlainText(text);
         view->input()->moveCursor(QTextCursor::End);
-        press(Qt::Key_Return);
+        press("Return");
     }
-    void press(Qt::Key key) { QTest::keyClick(view->input(), key); }
+    void press(char const* keys) { pressKeys(view->input(), keys); }
     QString typed() const { return view->input()->toPlainText(); }
 
     bool waitForRequest(char const* part)
@@ -200,16 +165,16 @@ TEST_F(ChannelView, UpEditsTheNewestOwnMessageUntilItIsLeft)
     world.addMessage(idAt(1000), world.ownUser, QStringLiteral("newest"));
     world.addMessage(idAt(2000), FlakeId(9), QStringLiteral("of another"));
     view->input()->setPlainText(QStringLiteral("draft"));
-    press(Qt::Key_Escape);
+    press("Esc");
     EXPECT_EQ(typed(), QStringLiteral("draft"));
     view->input()->clear();
     for (bool byEscape : { true, false }) {
-        press(Qt::Key_Up);
+        press("Up");
         EXPECT_EQ(typed(), QStringLiteral("newest"));
         EXPECT_EQ(view->input()->visualHintMode(), HintMode::EditingMessage);
         EXPECT_EQ(view->buffer()->highlightedMessage().type, DisBuffHighlightType::Editing);
         EXPECT_EQ(view->buffer()->highlightedMessage().messageId, idAt(1000));
-        byEscape ? press(Qt::Key_Escape) : view->setChannelId(FlakeId(61));
+        byEscape ? press("Esc") : view->setChannelId(FlakeId(61));
         EXPECT_EQ(typed(), QString());
         EXPECT_EQ(view->input()->visualHintMode(), HintMode::Normal);
         EXPECT_EQ(view->buffer()->highlightedMessage().type, DisBuffHighlightType::None);
@@ -219,14 +184,13 @@ TEST_F(ChannelView, UpEditsTheNewestOwnMessageUntilItIsLeft)
 TEST_F(ChannelView, AnEditIsSentOnlyIfItChangesSomething)
 {
     world.addMessage(idAt(1000), world.ownUser, QStringLiteral("text"));
-    press(Qt::Key_Up);
-    press(Qt::Key_Return);
+    press("Up, Return");
     EXPECT_EQ(typed(), QString());
     EXPECT_EQ(view->input()->visualHintMode(), HintMode::Normal);
 
-    press(Qt::Key_Up);
+    press("Up");
     QTest::keyClicks(view->input(), QStringLiteral("!"));
-    press(Qt::Key_Return);
+    press("Return");
     EXPECT_TRUE(waitForRequest("text!"));
     // By the time the second edit's has come, the first's would have too.
     EXPECT_EQ(world.requests().count("PATCH "), 1);
