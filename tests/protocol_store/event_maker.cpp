@@ -122,31 +122,14 @@ Words const vocabulary[] = {
     { 'L', { "12345", "everyone" } }, // member lists
     { 'G', { "online", "offline", "30", "31", "none" } }, // groups of such a list
     { 'O', { "SYNC", "INSERT", "UPDATE", "DELETE", "INVALIDATE" } }, // operations on it
-};
-
-// Ids that are none, or that are hardly one.
-constexpr char const* oddIds[] = {
-    "0",
-    "-1",
-    "18446744073709551615",
-    "9223372036854775808",
-    " 20",
-    "2e1",
-    "123456789012345678901",
-    "20x",
-    "+20",
-    "18446744073709551614",
-    "00000000000000000020",
+    // Ids that are none, or that are hardly one.
+    { '?',
+      { "0", "-1", " 20", "2e1", "20x", "+20", "00000000000000000020", "9223372036854775808",
+        "18446744073709551614", "18446744073709551615", "123456789012345678901" } },
 };
 
 std::string const oddTexts[] = { "", std::string("nul\0in it", 9), "bytes \xff\xc3 of none",
                                  std::string(300, 'x'), "\xf0\x9f\x98\x80" };
-
-std::string textOf(quint32 which)
-{
-    return which < std::size(oddTexts) ? oddTexts[which]
-                                       : std::string(1, static_cast<char>('a' + which % 8));
-}
 
 char const* fieldsOfShape(std::string const& name)
 {
@@ -294,12 +277,20 @@ void EventMaker::putText(quint32 cell, std::string const& text)
     Dread::setString(&m_ctx, cell, m_texts.back().data(), static_cast<quint32>(text.size()));
 }
 
+// Mostly a letter.
+void EventMaker::putName(quint32 cell, quint32 which)
+{
+    putText(cell,
+            which < std::size(oddTexts) ? oddTexts[which]
+                                        : std::string(1, static_cast<char>('a' + which % 8)));
+}
+
 // Mostly as a text.
 void EventMaker::putId(quint32 cell, quint32 id)
 {
     switch (m_draw(16)) {
     case 1:
-        return putText(cell, oddIds[m_draw(static_cast<quint32>(std::size(oddIds)))]);
+        return putScalar(cell, '?');
     case 2:
         return Dread::setInt32(&m_ctx, cell, static_cast<qint32>(id));
     case 3:
@@ -339,7 +330,7 @@ void EventMaker::putScalar(quint32 cell, char kind)
     case 'W':
         return putText(cell, m_ownUser);
     case 's':
-        return putText(cell, textOf(m_draw(24)));
+        return putName(cell, m_draw(24));
     case 'S':
         return putText(cell, "session" + std::to_string(m_draw(8)));
     case 'b':
@@ -382,7 +373,7 @@ void EventMaker::putWrong(quint32 cell, int depth)
     case 6:
         return Dread::setFloat64(&m_ctx, cell, m_draw(2) == 1 ? std::nan("") : floats[m_draw(4)]);
     case 7:
-        return putText(cell, m_draw(2) == 1 ? textOf(m_draw(24)) : oddIds[m_draw(11)]);
+        return putScalar(cell, m_draw(2) == 1 ? 's' : '?');
     case 8:
         Dread::setList(&m_ctx, cell, m_draw(3), &list);
         for (quint32 i = 0; i < list.count; ++i)

@@ -47,6 +47,7 @@ private:
     void putScalar(quint32 cell, char kind);
     void putId(quint32 cell, quint32 id);
     void putText(quint32 cell, std::string const& text);
+    void putName(quint32 cell, quint32 which);
     void putRange(quint32 cell);
     void putWrong(quint32 cell, int depth);
 

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "store_fixture.h"
 
+#include "dis_cache.h"
 #include "dis_store.h"
 #include "dread_json.h"
 #include "nak_sql.h"
@@ -14,13 +15,21 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <set>
 #include <sstream>
 #include <vector>
 
 Store::Store()
     : path(directory.filePath(QStringLiteral("discord_client.nakdb")))
+    , db(createDisStore(path))
 {
-    db = createDisStore(path);
+    initializeDbPrepStmts(prepared, db);
+}
+
+Store::Store(QString const& otherPath)
+    : path(otherPath)
+    , db(openDisStore(path))
+{
     initializeDbPrepStmts(prepared, db);
 }
 
@@ -28,6 +37,17 @@ Store::~Store()
 {
     finalizeDbPrepStmts(prepared);
     NakSql::closeDb(db);
+}
+
+CachedStore::CachedStore(char const* sql)
+{
+    exec(sql);
+    DisCache::createGlobalData(db);
+}
+
+CachedStore::~CachedStore()
+{
+    DisCache::destroyGlobalData();
 }
 
 void withJson(QByteArray json, std::function<void(Dread::Ctx const&, Dread::Val const&)> function)
@@ -109,7 +129,7 @@ std::vector<std::string> queryLines(sqlite3* db, std::string const& sql)
 
 } // namespace
 
-std::string Store::rows(char const* sql) const
+std::string Store::rows(std::string const& sql) const
 {
     std::string text;
     for (auto const& line : queryLines(db, sql))
@@ -117,7 +137,7 @@ std::string Store::rows(char const* sql) const
     return text;
 }
 
-std::string Store::dump() const
+std::string Store::dump(sqlite3* db)
 {
     std::string text;
     for (auto const& quoted :
@@ -205,24 +225,24 @@ std::string outcomeText(DisClientImpl::DisEventOutcome const& outcome)
 
 std::string lineDifference(std::string const& before, std::string const& after)
 {
+    using Lines = std::multiset<std::string>;
     auto const split = [](std::string const& text) {
-        std::vector<std::string> lines;
+        Lines lines;
         std::istringstream stream(text);
         for (std::string line; std::getline(stream, line);)
-            lines.push_back(line);
-        std::sort(lines.begin(), lines.end());
+            lines.insert(line);
         return lines;
     };
-    auto const b = split(before);
-    auto const a = split(after);
-    std::vector<std::string> gone;
-    std::vector<std::string> come;
-    std::set_difference(b.begin(), b.end(), a.begin(), a.end(), std::back_inserter(gone));
-    std::set_difference(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(come));
-    std::string text;
-    for (auto const& line : gone)
-        text += "-" + line + "\n";
-    for (auto const& line : come)
-        text += "+" + line + "\n";
-    return text;
+    auto const onlyIn = [](char const* mark, Lines const& one, Lines const& other) {
+        Lines lines;
+        std::set_difference(one.begin(), one.end(), other.begin(), other.end(),
+                            std::inserter(lines, lines.end()));
+        std::string text;
+        for (auto const& line : lines)
+            text += mark + line + "\n";
+        return text;
+    };
+    auto const old = split(before);
+    auto const now = split(after);
+    return onlyIn("-", old, now) + onlyIn("+", now, old);
 }

@@ -18,7 +18,11 @@
 class Store {
 public:
     Store();
+    // One more connection to another's file.
+    explicit Store(QString const& otherPath);
     ~Store();
+    Store(Store const&) = delete;
+    Store& operator=(Store const&) = delete;
 
     DisClientImpl::DisEventOutcome dispatch(char const* name, QByteArray json);
     // The same for a tree in hand.
@@ -30,15 +34,23 @@ public:
     void exec(std::string const& sql);
 
     // Rows of a query, one a line, values between bars.
-    std::string rows(char const* sql) const;
+    std::string rows(std::string const& sql) const;
     // Every row of every table that is not empty, in the order of names and values.
-    std::string dump() const;
+    std::string dump() const { return dump(db); }
+    static std::string dump(sqlite3* db);
 
     QTemporaryDir directory;
     QString path;
     sqlite3* db = nullptr;
     DisDbPrepared prepared;
     DisClientImpl::DisEventState state;
+};
+
+// A store that holds such rows from the start, with the cache over it.
+class CachedStore : public Store {
+public:
+    explicit CachedStore(char const* sql);
+    ~CachedStore();
 };
 
 // Calls function(ctx, root) with the tree of a JSON document.

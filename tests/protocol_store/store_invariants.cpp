@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "store_invariants.h"
 
-#include "nak_stmt.h"
-
 #include <sqlite3.h>
 
 #include <cstdlib>
@@ -162,24 +160,18 @@ std::string schemaText(sqlite3* db)
 
 } // namespace
 
-struct StoreInvariants::Statement {
-    NakStmt stmt;
-};
-
 StoreInvariants::StoreInvariants(sqlite3* db)
     : m_db(db)
     , m_schema(schemaText(db))
 {
     require(sqlite3_exec(db, watch, nullptr, nullptr, nullptr) == SQLITE_OK, sqlite3_errmsg(db));
-    m_statement = std::make_unique<Statement>(Statement{ { db, allQuestions(db).c_str() } });
+    m_questions = std::make_unique<NakStmt>(db, allQuestions(db).c_str());
 }
-
-StoreInvariants::~StoreInvariants() = default;
 
 std::string StoreInvariants::broken()
 {
     require(sqlite3_get_autocommit(m_db) == 1, "a transaction was left open");
-    return texts(m_statement->stmt);
+    return texts(*m_questions);
 }
 
 std::string StoreInvariants::brokenFile() const

@@ -7,20 +7,16 @@
 // embeds of a message that is not loaded, are rows without their owner and no fault.
 
 #include "dis_events.h"
+#include "nak_stmt.h"
 
 #include <memory>
 #include <string>
-
-struct sqlite3;
 
 class StoreInvariants {
 public:
     // Also watches the updates that come through this connection from now on. The store was made by
     // createDisStore, and its own users come from READY alone.
     explicit StoreInvariants(sqlite3* db);
-    ~StoreInvariants();
-    StoreInvariants(StoreInvariants const&) = delete;
-    StoreInvariants& operator=(StoreInvariants const&) = delete;
 
     // A line each that does not hold; empty if all do.
     std::string broken();
@@ -32,9 +28,7 @@ public:
     static std::string broken(DisChanges const& changes);
 
 private:
-    struct Statement;
-
     sqlite3* m_db;
     std::string m_schema;
-    std::unique_ptr<Statement> m_statement;
+    std::unique_ptr<NakStmt> m_questions;
 };

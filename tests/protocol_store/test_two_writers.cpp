@@ -18,48 +18,24 @@ namespace {
 
 constexpr int eventsOfAWriter = 1'500;
 
-struct Connection {
-    sqlite3* db;
-    explicit Connection(QString const& path)
-        : db(openDisStore(path))
-    {
-    }
-    ~Connection() { NakSql::closeDb(db); }
-};
-
-void dispatch(DisClientImpl::DisEventState& state, DisDbPrepared& prepared, char const* name,
-              QByteArray const& json)
-{
-    withJson(json, [&](Dread::Ctx const& ctx, Dread::Val const& root) {
-        Dread::VString const text{ name, static_cast<quint32>(qstrlen(name)) };
-        (void)DisClientImpl::processDispatch(state, prepared, ctx, text, root.map);
-    });
-}
-
 // Any events, and between them messages of one channel with ids that rise over both writers.
 void write(QString const& path, quint32 seed, std::atomic<int>& lastMessage)
 {
-    Connection const connection(path);
-    DisDbPrepared prepared;
-    initializeDbPrepStmts(prepared, connection.db);
-    DisClientImpl::DisEventState state;
+    Store store(path);
     EventMaker maker(seed);
     maker.setOwnUser(seed % 2 == 0 ? "90" : "91");
     // Enough for a guild to be written without its indexes, which are made anew.
-    dispatch(state, prepared, "GUILD_CREATE", largeGuild("9", 2'500, "u"));
+    store.dispatch("GUILD_CREATE", largeGuild("9", 2'500, "u"));
     for (int i = 0; i < eventsOfAWriter; ++i) {
         QByteArray const id = QByteArray::number(++lastMessage);
-        dispatch(state, prepared, "MESSAGE_CREATE",
-                 R"({"channel_id": "900", "author": {"id": "5"}, "content": "text", "id": ")" + id
-                     + "\"}");
+        store.dispatch("MESSAGE_CREATE",
+                       R"({"channel_id": "900", "author": {"id": "5"}, "content": "text", "id": ")"
+                           + id + "\"}");
         maker.make();
-        if (maker.data().tag == Dread::Tag::Map)
-            (void)DisClientImpl::processDispatch(state, prepared, maker.ctx(), maker.name(),
-                                                 maker.data().map);
+        store.dispatch(maker);
         if (i % 4 == 0)
-            (void)DisClientImpl::flushBatchedStatuses(state, prepared);
+            store.flushStatuses();
     }
-    finalizeDbPrepStmts(prepared);
 }
 
 qint64 number(sqlite3* db, char const* sql)
@@ -86,11 +62,11 @@ std::string lookOnce(sqlite3* db, StoreInvariants& invariants, qint64* seen)
 
 void read(QString const& path, std::atomic<int>& writers, std::string* wrong, int* looks)
 {
-    Connection const connection(path);
-    StoreInvariants invariants(connection.db);
+    Store const store(path);
+    StoreInvariants invariants(store.db);
     qint64 seen = 0;
     while (writers > 0 && wrong->empty()) {
-        *wrong = lookOnce(connection.db, invariants, &seen);
+        *wrong = lookOnce(store.db, invariants, &seen);
         ++*looks;
     }
 }
