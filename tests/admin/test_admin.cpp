@@ -12,8 +12,8 @@
 #include "dis_servers_window.h"
 #include "dis_status_line.h"
 #include "model_fixture.h"
-#include "press_keys.h"
 #include "stage.h"
+#include "widget_acts.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -92,15 +92,7 @@ protected:
     {
         return waitUntil([&] { return find<DisStatusLine>()->text() == QLatin1String(wanted); });
     }
-    void press(char const* text) // the button that is in view
-    {
-        for (auto* button : window.findChildren<QPushButton*>()) {
-            if (button->isVisible() && button->isEnabled()
-                && button->text() == QString::fromUtf8(text))
-                return button->click();
-        }
-        ADD_FAILURE() << "no button " << text;
-    }
+    void press(char const* text) { EXPECT_TRUE(clickButton(&window, text)) << text; }
     // In the list in view; shortcuts are for the window that has the focus.
     void pressInList(char const* keys)
     {
@@ -205,7 +197,7 @@ TEST_F(Admin, SettingsOfOnesOwnGuild)
                                 .arg(own.name, own.discriminator)
                                 .toStdString()))
         << rows();
-    press("Re&voke\u2026");
+    press("Revoke\u2026");
     press("Revoke");
     EXPECT_TRUE(waitForRows(""));
     EXPECT_TRUE(guild(1).invites.empty());
@@ -229,7 +221,7 @@ TEST_F(Admin, SettingsOfOnesOwnGuild)
     auto const count = [this] { return find<QTreeView>()->model()->rowCount(); };
     EXPECT_TRUE(waitUntil([&] { return count() == 50; }));
     for (int const more : { 100, 130 }) {
-        press("Show &Older");
+        press("Show Older");
         EXPECT_TRUE(waitUntil([&] { return count() == more; })) << count();
     }
 }
@@ -250,12 +242,12 @@ TEST_F(Admin, InvitesAreMadeAndCopied)
     dialog->show();
     QString const path = QStringLiteral("/channels/%1/invites").arg(service.busyChannelId());
     service.answer("POST", path, 403, R"({"message":"<b>Missing</b> Permissions"})", {}, 1);
-    press("Create &Link");
+    press("Create Link");
     EXPECT_TRUE(waitForStatus("Discord refused: <b>Missing</b> Permissions"));
-    press("Create &Link");
+    press("Create Link");
     EXPECT_TRUE(waitUntil([&] { return guild(0).invites.size() == 1; }));
     EXPECT_TRUE(waitUntil(
         [&] { return find<QLineEdit>()->selectedText() == u'/' + guild(0).invites.front().code; }));
-    press("Cop&y");
+    press("Copy");
     EXPECT_EQ(QApplication::clipboard()->text(), find<QLineEdit>()->text());
 }

@@ -7,7 +7,7 @@
 #include "dis_chat_input_text_edit.h"
 #include "dis_topic_line.h"
 #include "dis_typing_status.h"
-#include "press_keys.h"
+#include "widget_acts.h"
 
 #include <QMessageBox>
 #include <QSignalSpy>

@@ -5,8 +5,8 @@
 #include "bookmarks_editor.h"
 #include "bookmarks_model.h"
 #include "nak_go.h"
-#include "press_keys.h"
 #include "sbar_world.h"
+#include "widget_acts.h"
 
 #include <QApplication>
 #include <QInputDialog>
@@ -163,12 +163,8 @@ TEST_F(BookmarksEditor, FoldersAreMadeRenamedAndDeleted)
     EXPECT_EQ(shown(), "Favorites: #c1 #c2 #c3 | *B: #c4 ?");
     press("Home, Del");
     EXPECT_EQ(shown(), "*Favorites: #c1 #c2 #c3 | B: #c4 ?");
-    auto* const box = editor->findChild<QMessageBox*>();
-    ASSERT_NE(box, nullptr);
-    for (QAbstractButton* const button : box->buttons()) {
-        if (button->text() == QLatin1String("Delete"))
-            button->click();
-    }
+    ASSERT_NE(editor->findChild<QMessageBox*>(), nullptr);
+    EXPECT_TRUE(clickButton(editor->findChild<QMessageBox*>(), "Delete"));
     EXPECT_EQ(shown(), "*B: #c4 ?");
 }
 

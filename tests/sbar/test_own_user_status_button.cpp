@@ -5,6 +5,7 @@
 #include "dis_listen.h"
 #include "own_user_status_button.h"
 #include "sbar_world.h"
+#include "widget_acts.h"
 
 #include <QMenu>
 #include <QSignalSpy>
@@ -37,23 +38,15 @@ protected:
         QString said = m_button->text() + u'|' + m_button->accessibleName();
         return said.replace(u'\n', u'|').toStdString();
     }
-    // The menu that Return opens, those of its entries in brackets that cannot be chosen; chooses
-    // the one with the text.
+    // The menu that Return opens, of which the entry with the text is chosen.
     std::string choose(char const* text)
     {
-        QTest::keyClick(m_button.get(), Qt::Key_Return);
+        pressKeys(m_button.get(), "Return");
         std::unique_ptr<QMenu> const menu(m_button->findChild<QMenu*>());
-        QStringList texts;
-        for (QAction* const action : menu->actions()) {
-            QString const entry = action->isChecked() ? action->text() + u'*' : action->text();
-            if (!action->isSeparator())
-                texts << (action->isEnabled() ? entry : u'(' + entry + u')');
-        }
-        for (QAction* const action : menu->actions()) {
-            if (action->text() == QLatin1String(text))
-                action->trigger();
-        }
-        return texts.join(u'|').toStdString();
+        std::string const texts = textsOf(menu->actions());
+        if (QAction* const action = findByText<QAction>(menu.get(), text))
+            action->trigger();
+        return texts;
     }
     // The status and the game of the next frame.
     std::string sent()
@@ -76,13 +69,13 @@ TEST_F(OwnUserStatus, IsShownAndTold)
 {
     EXPECT_EQ(shown(), "a && <b>|a & <b>#0007|Online");
     EXPECT_EQ(choose(""),
-              "&Online*|&Idle|&Do Not Disturb|In&visible|Set Playing &Game...|&Accounts");
+              "&Online*|&Idle|&Do Not Disturb|In&visible|-|Set Playing &Game...|-|&Accounts");
     std::string const name = "a && <b>|a & <b>#0007|";
     char const* const rows[][3] = {
-        { "&Idle", "idle ", "Idle" },
-        { "In&visible", "invisible ", "Invisible" },
-        { "&Online", "online ", "Online" },
-        { "&Do Not Disturb", "dnd ", "Do Not Disturb" },
+        { "Idle", "idle ", "Idle" },
+        { "Invisible", "invisible ", "Invisible" },
+        { "Online", "online ", "Online" },
+        { "Do Not Disturb", "dnd ", "Do Not Disturb" },
     };
     for (auto const& [entry, frame, words] : rows) {
         choose(entry);
@@ -97,7 +90,7 @@ TEST_F(OwnUserStatus, IsShownAndTold)
     world.sql(QStringLiteral("update user set status = 4 where id = %1").arg(world.me.value()));
     world.tell(DisChange::ChangeType::UserStatusChanged, world.me);
     EXPECT_EQ(shown(), name + "Online, playing chess");
-    choose("&Do Not Disturb");
+    choose("Do Not Disturb");
     EXPECT_EQ(sent(), "dnd chess");
     EXPECT_EQ(shown(), name + "Do Not Disturb, playing chess");
 }
@@ -109,7 +102,7 @@ TEST_F(OwnUserStatus, OutlastsInterruptions)
     auto const waitFor = [this](char const* part, bool wanted) {
         return waitUntil([&] { return (shown().find(part) != std::string::npos) == wanted; });
     };
-    choose("&Do Not Disturb");
+    choose("Do Not Disturb");
     EXPECT_EQ(sent(), "dnd ");
     world.service.requestReconnect();
     ASSERT_TRUE(waitFor("(offline)", true));
@@ -120,8 +113,9 @@ TEST_F(OwnUserStatus, OutlastsInterruptions)
     world.manager->disconnectAccount(account);
     ASSERT_TRUE(waitUntil([&] { return !world.manager->activeUserId().isValid(); }));
     EXPECT_EQ(shown(), name + " (offline)|" + name + "|Offline");
-    EXPECT_EQ(choose(""),
-              "(&Online)|(&Idle)|(&Do Not Disturb*)|(In&visible)|(Set Playing &Game...)|&Accounts");
+    EXPECT_EQ(
+        choose(""),
+        "(&Online)|(&Idle)|(&Do Not Disturb*)|(In&visible)|-|(Set Playing &Game...)|-|&Accounts");
     account->authTokenState = DisStoredAccount::AuthTokenState::Rejected;
     emit account->authTokenStateChanged();
     EXPECT_EQ(shown(),
@@ -133,7 +127,7 @@ TEST_F(OwnUserStatus, OutlastsInterruptions)
     QSignalSpy const accounts(m_button.get(), &NakOwnUserStatusButton::accountsWanted);
     world.manager->removeAccount(account);
     EXPECT_EQ(shown(), "No account|No Discord account");
-    choose("&Accounts");
+    choose("Accounts");
     EXPECT_EQ(accounts.count(), 1);
 }
 

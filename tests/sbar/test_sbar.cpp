@@ -3,12 +3,12 @@
 
 // The side bar's rows beside what a naive reading of the store says they should be.
 #include "notif_manager.h"
-#include "press_keys.h"
 #include "sbar_discord.h"
 #include "sbar_input.h"
 #include "sbar_tree.h"
 #include "sbar_vis.h"
 #include "sbar_world.h"
+#include "widget_acts.h"
 
 #include <QScrollBar>
 

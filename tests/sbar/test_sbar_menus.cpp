@@ -7,6 +7,7 @@
 #include "sbar_menus.h"
 #include "sbar_tree.h"
 #include "sbar_world.h"
+#include "widget_acts.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -41,38 +42,25 @@ protected:
 
     static NakNavLoc place(quint64 id) { return NakNavLoc::discordChannel(FlakeId(id)); }
 
-    // What can be chosen, and in brackets what cannot.
     std::string menuOf(Item item)
     {
         QMenu menu(&*world.view);
         if (auto const fill = traitsOf(infoOf(world.priv(), item)).fillMenu)
             fill(world.priv(), item, &menu);
-        QStringList texts;
-        for (QAction const* action : menu.actions()) {
-            QString const text = action->isSeparator() ? QStringLiteral("-") : action->text();
-            texts << (action->isEnabled() ? text : u'(' + text + u')');
-        }
-        return texts.join(QLatin1Char('|')).toStdString();
+        return textsOf(menu.actions());
     }
     // By keys alone: the menu at the caret's row, down to the entry, Return.
     void choose(Item item, char const* text)
     {
         setCaret(world.priv(), item);
-        QTest::keyClick(&*world.view, Qt::Key_F10, Qt::ShiftModifier);
+        pressKeys(&*world.view, "Shift+F10");
         auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
         ASSERT_NE(menu, nullptr) << text;
         for (int left = menu->actions().size();
              left > 0 && menu->activeAction()->text() != QLatin1String(text); --left)
-            QTest::keyClick(menu, Qt::Key_Down);
+            pressKeys(menu, "Down");
         ASSERT_EQ(menu->activeAction()->text().toStdString(), text);
-        QTest::keyClick(menu, Qt::Key_Return);
-    }
-    void press(char const* text) // in a box or dialog
-    {
-        for (auto* button : world.view->findChildren<QAbstractButton*>()) {
-            if (button->text() == QLatin1String(text))
-                button->click();
-        }
+        pressKeys(menu, "Return");
     }
     Item entry(int index)
     {
@@ -167,7 +155,7 @@ TEST_F(SbarMenus, TellTheServiceWhatWasChosen)
         { Kind::TextChannel, 101, "Mute",
           R"(PATCH /users/@me/guilds/100/settings {"channel_overrides":{"101":{"muted":true}}})" },
         { Kind::TextChannel, 101, "Invite to #c101...",
-          R"(POST /channels/101/invites {"max_age":"86400","validate":null})", "Create &Link" },
+          R"(POST /channels/101/invites {"max_age":"86400","validate":null})", "Create Link" },
         { Kind::PrivChannel, 103, "Close Direct Message", "DELETE /channels/103" },
         { Kind::PrivChannel, 104, "Leave Group Chat", "DELETE /channels/104" },
     };
@@ -177,7 +165,7 @@ TEST_F(SbarMenus, TellTheServiceWhatWasChosen)
         choose(world.itemOf(one.kind, one.id), one.entry);
         if (one.button) {
             EXPECT_EQ(world.service.requests().size(), before);
-            press(one.button);
+            EXPECT_TRUE(clickButton(&*world.view, one.button));
         }
         ASSERT_TRUE(waitUntil([&] { return world.service.requests().size() > before; }));
         stage::StageRequest const last = world.service.requests().last();
@@ -204,7 +192,7 @@ TEST_F(SbarMenus, AskBeforeLeavingAndSayWhyItFailed)
     };
     choose(world.itemOf(Kind::Guild, 100), "Leave a && b");
     EXPECT_EQ(shown(), "Leave Server|Are you sure you want to leave a & b?");
-    press("Leave");
+    EXPECT_TRUE(clickButton(&*world.view, "Leave"));
     EXPECT_TRUE(waitUntil([&] { return !shown().empty(); }));
     // The stage knows no such guild.
     EXPECT_EQ(shown(), "Leave Server|Discord refused: Unknown Guild");

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "chat_window.h"
-#include "press_keys.h"
 #include "sbar_view.h"
 #include "shell_fixture.h"
+#include "widget_acts.h"
 #include "window_host.h"
 
 #include <QAction>
@@ -44,12 +44,10 @@ protected:
 
     static QAction* action(NakChatWindow* window, char const* text)
     {
-        auto const menus = window->menuBar()->actions();
-        for (QAction* menu : menus) {
-            auto const actions = menu->menu()->actions();
-            for (QAction* action : actions) {
-                if (action->text() == QString::fromUtf8(text))
-                    return action;
+        for (QMenu const* menu : window->menuBar()->findChildren<QMenu*>()) {
+            for (QAction* one : menu->actions()) {
+                if (one->text() == QString::fromUtf8(text))
+                    return one;
             }
         }
         return nullptr;
@@ -57,11 +55,7 @@ protected:
 
     static std::string menus(NakChatWindow* window)
     {
-        QStringList list;
-        auto const actions = window->menuBar()->actions();
-        for (QAction* a : actions)
-            list.append(a->text());
-        return list.join(QLatin1Char(',')).toStdString();
+        return textsOf(window->menuBar()->actions());
     }
 
     static std::string savedTabs() { return readSetting(tabsKey).toString().toStdString(); }
@@ -77,7 +71,7 @@ TEST_F(ChatWindow, StartsAsTheyAllDo)
     EXPECT_EQ(window->size(), QSize(640, 420));
     EXPECT_EQ(window->windowTitle(), QStringLiteral("Nakwire"));
     EXPECT_EQ(window->tabbedWidgetCount(), 0);
-    EXPECT_EQ(menus(window), "&View,&Tools");
+    EXPECT_EQ(menus(window), "&View|&Tools");
     EXPECT_EQ(m_host.shown, 0);
     window->show();
     EXPECT_EQ(m_host.shown, 1);
@@ -193,12 +187,12 @@ TEST_F(ChatWindow, MenusOfTheCurrentTabStandBehindTheFixedOnes)
     QMenu first(QStringLiteral("First"));
     QMenu second(QStringLiteral("Second"));
     contentAt(*window->mainTabs(), 0)->setMenus({ first.menuAction() });
-    EXPECT_EQ(menus(window), "&View,&Tools,First");
+    EXPECT_EQ(menus(window), "&View|&Tools|First");
     window->setCurrentTabIndex(1);
-    EXPECT_EQ(menus(window), "&View,&Tools");
+    EXPECT_EQ(menus(window), "&View|&Tools");
     contentAt(*window->mainTabs(), 0)->setMenus({ second.menuAction(), first.menuAction() });
     window->setCurrentTabIndex(0);
-    EXPECT_EQ(menus(window), "&View,&Tools,Second,First");
+    EXPECT_EQ(menus(window), "&View|&Tools|Second|First");
 }
 
 TEST_F(ChatWindow, TheStatusBarComesAndGoesInEveryWindow)

@@ -3,9 +3,9 @@
 #include "event_log_view.h"
 #include "event_log_window.h"
 #include "nak_event_log.h"
-#include "press_keys.h"
 #include "shell_fixture.h"
 #include "wait_until.h"
+#include "widget_acts.h"
 
 #include <QAction>
 #include <QBuffer>
@@ -107,15 +107,7 @@ protected:
         return waitUntil([&] { return label(name) == text; });
     }
     bool waitForStatus(char const* text) { return waitFor("status", text); }
-    QAction* action(char const* text) const
-    {
-        auto const actions = m_window->findChildren<QAction*>();
-        for (QAction* action : actions) {
-            if (action->text().remove(QLatin1Char('&')) == QLatin1String(text))
-                return action;
-        }
-        return nullptr;
-    }
+    QAction* action(char const* text) const { return findByText<QAction>(m_window.data(), text); }
     // What of each line follows its last tab.
     std::string copied()
     {

@@ -1,13 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell_fixture.h"
+#include "widget_acts.h"
 
-#include <QAbstractButton>
-#include <QAction>
 #include <QApplication>
 #include <QSignalSpy>
 #include <QTabBar>
-#include <QTest>
 #include <QToolBar>
 
 #include <functional>
@@ -164,11 +162,7 @@ TEST_F(MainTabs, ContentThatCannotMoveIsReplacedWithItsToolBarItems)
     EXPECT_EQ(old->parentWidget(), nullptr);
     EXPECT_FALSE(page->testAttribute(Qt::WA_SetCursor));
     EXPECT_TRUE(contentAt(m_tabs, 0)->isVisible());
-    QStringList items;
-    auto const actions = page->findChild<QToolBar*>()->actions();
-    for (QAction* action : actions)
-        items.append(action->text());
-    EXPECT_EQ(items.join(QLatin1Char(' ')).toStdString(), "Back Forward of tab 2");
+    EXPECT_EQ(textsOf(page->findChild<QToolBar*>()->actions()), "Back|(Forward)|of tab 2");
     settle();
     EXPECT_TRUE(old.isNull());
 }
@@ -299,10 +293,7 @@ TEST_F(MainTabs, TheMouseClosesTabsAndAsksForMore)
     EXPECT_EQ(asked.at(0).at(0).toInt(), 0);
     EXPECT_EQ(m_tabs.count(), 2); // it only asks
     QSignalSpy const wanted(&m_tabs, &NakMainTabs::newTabRequested);
-    for (QAbstractButton* button : m_tabs.findChildren<QAbstractButton*>()) {
-        if (button->text() == QLatin1String("New Tab"))
-            button->click();
-    }
+    EXPECT_TRUE(clickButton(&m_tabs, "New Tab"));
     EXPECT_EQ(wanted.size(), 1);
 }
 

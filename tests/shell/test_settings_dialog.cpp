@@ -6,6 +6,7 @@
 #include "settings_font_control.h"
 #include "settings_form.h"
 #include "shell_fixture.h"
+#include "widget_acts.h"
 
 #include <QAction>
 #include <QApplication>
@@ -86,9 +87,7 @@ protected:
 
     static void press(char const* button)
     {
-        for (QPushButton* each : dialogs().first()->findChildren<QPushButton*>())
-            if (each->text().remove(QLatin1Char('&')) == QLatin1String(button))
-                each->click();
+        EXPECT_TRUE(clickButton(dialogs().first(), button)) << button;
         settle();
     }
 
@@ -266,15 +265,10 @@ TEST_F(SettingsDialogTest, LooksOnlyRoundWhatTheUserTouches)
 
 TEST_F(SettingsDialogTest, MenuAndMnemonics)
 {
-    QStringList entries;
-    auto const menus = summoned()->menuBar()->actions();
-    for (QAction* action : menus.first()->menu()->actions()) {
-        entries << action->text();
-        if (action->text().startsWith(QLatin1String("Copy")))
-            action->trigger();
-    }
-    EXPECT_EQ(entries.join(QLatin1Char('|')).toStdString(),
-              "Open Settings && Data Path|Copy Settings && Data Path to Clipboard||Close Window");
+    auto const entries = summoned()->menuBar()->actions().first()->menu()->actions();
+    EXPECT_EQ(textsOf(entries),
+              "Open Settings && Data Path|Copy Settings && Data Path to Clipboard|-|Close Window");
+    entries.at(1)->trigger();
     EXPECT_EQ(QApplication::clipboard()->text(),
               QDir::toNativeSeparators(NakDataPaths::appDataPath()));
     for (int index = 0; index < 5; ++index) {
