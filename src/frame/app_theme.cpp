@@ -117,12 +117,12 @@ ThemeColors sakura()
     return colors;
 }
 
-// True if the file holds a JSON object, which is then the theme.
 QString customThemePath(QSettings const& settings)
 {
     return QFileInfo(settings.fileName()).dir().filePath(QStringLiteral("custom_theme.json"));
 }
 
+// True if the file holds a JSON object, which is then the theme.
 bool loadCustomTheme(QString const& path, ThemeColors* out)
 {
     QFile file(path);
