@@ -148,7 +148,8 @@ struct Field {
 
 std::vector<Field> const& parsed(char const* fieldsText)
 {
-    static std::map<char const*, std::vector<Field>> known;
+    // Two writers make events at once.
+    thread_local std::map<char const*, std::vector<Field>> known;
     auto& fields = known[fieldsText];
     if (!fields.empty())
         return fields;

@@ -105,15 +105,14 @@ TEST(DisMembers, VoiceStatesFollowTheChanges)
             changes = {};
             changes.add(step.type, FlakeId(3));
         }
-        std::string text;
+        std::string text = "-";
         if (DisCache::applyChangesToVoiceStatesModel(&model, changes)) {
+            text.clear();
             for (auto it = model.users.cbegin(); it != model.users.cend(); ++it)
                 text += it.key().toString().toStdString()
                     + (it->guildId.isValid() ? " guild" : " call") + (it->deaf ? " deaf" : "")
                     + (it->mute ? " mute" : "") + (it->selfDeaf ? " selfdeaf" : "")
                     + (it->selfMute ? " selfmute" : "") + "; ";
-        } else {
-            text = "-";
         }
         EXPECT_EQ(text, step.states) << step.sql;
     }
