@@ -67,7 +67,7 @@ function(nakwire_test name)
   if(TEST_DISPLAY)
     find_program(XVFB_RUN xvfb-run REQUIRED)
     set(platform xcb)
-    set(display ${XVFB_RUN} -a -s "-screen 0 1400x900x24 -nolisten tcp")
+    set(display ${XVFB_RUN} -a -s "-screen 0 1400x900x24 -nolisten tcp -noreset")
   endif()
   add_test(NAME ${name} COMMAND ${display} $<TARGET_FILE:${name}>)
   set_tests_properties(${name} PROPERTIES

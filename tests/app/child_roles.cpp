@@ -4,10 +4,8 @@
 
 #include "chat_window.h"
 #include "global_events.h"
-#include "gui_icons.h"
 #include "i_nak_service.h"
 #include "nak_application.h"
-#include "preferences.h"
 #include "startup.h"
 #include "text_notif.h"
 
@@ -78,19 +76,6 @@ template <typename Function> int runApplication(Function&& prepare)
     return status;
 }
 
-int quitWithService(bool hangs)
-{
-    return runApplication([hangs](NakApplication& app) {
-        app.addService(new FakeService(hangs));
-        app.showFirstWindow();
-        QTimer::singleShot(0, &app, [&app] {
-            app.beginQuit();
-            say(app.didBeginQuit() ? "quit has begun" : "quit has not begun");
-            app.beginQuit(); // idle
-        });
-    });
-}
-
 int printStyle()
 {
     return runApplication([](NakApplication& app) {
@@ -99,46 +84,11 @@ int printStyle()
     });
 }
 
-// Two windows come on screen; accounts may connect by themselves, once.
-int showTwoWindows()
+// A window with one of its own below it, and one of another kind: all go before the service.
+int quitWithWindows(bool hangingService)
 {
-    return runApplication([](NakApplication& app) {
-        QObject::connect(g_globalEvents, &NakGlobalEvents::accountAutoOnlineBecameOk,
-                         [] { say("accounts may connect"); });
-        app.showFirstWindow();
-        app.showFirstWindow();
-        say("windows are shown");
-        QTimer::singleShot(100, &app, &NakApplication::beginQuit);
-    });
-}
-
-// The last window is closed under these two preferences.
-int closeLastWindow(bool tray, bool stay)
-{
-    return runApplication([tray, stay](NakApplication& app) {
-        g_preferences->showSystemTrayIcon = tray;
-        g_preferences->stayRunningWithNoWindows = stay;
-        app.showFirstWindow();
-        app.showFirstWindow();
-        QTimer::singleShot(0, &app, [&app] {
-            NakChatWindow::chatWindows().at(0)->close();
-            QTimer::singleShot(100, &app, [&app] {
-                say(app.didBeginQuit() ? "quits too early" : "one window is left");
-                NakChatWindow::chatWindows().at(0)->close();
-                QTimer::singleShot(200, &app, [&app] {
-                    say("stays");
-                    app.beginQuit();
-                });
-            });
-        });
-    });
-}
-
-// A window with one of its own below it, and one of another kind: all go before the services.
-int quitWithWindows()
-{
-    return runApplication([](NakApplication& app) {
-        app.addService(new FakeService(false));
+    return runApplication([hangingService](NakApplication& app) {
+        app.addService(new FakeService(hangingService));
         app.showFirstWindow();
         QPointer<QWidget> const window = NakChatWindow::chatWindows().at(0);
         auto* child = new QWidget(window, Qt::Window);
@@ -148,51 +98,11 @@ int quitWithWindows()
         QObject::connect(window, &QObject::destroyed, [] { say("window is gone"); });
         QObject::connect(child, &QObject::destroyed, [] { say("its child is gone"); });
         QObject::connect(other, &QObject::destroyed, [] { say("other window is gone"); });
-        QTimer::singleShot(0, &app, &NakApplication::beginQuit);
-    });
-}
-
-// Notifications of several kinds in a window that shows their tab; quits by a signal.
-int showNotifications()
-{
-    return runApplication([](NakApplication& app) {
-        struct {
-            char const* text;
-            bool multiline;
-            bool dismissable;
-            QVector<NakNotifAction> actions;
-        } const kinds[] = {
-            { "Ann: are you there?", false, true, { NakNotifAction(QStringLiteral("Open")) } },
-            { "Nakwire 0.5.0 is available.\n\nIt mends reconnecting after the machine slept, and a "
-              "long paragraph like this one is wrapped at the edge of the list, wherever that is.",
-              true,
-              true,
-              { NakNotifAction(g_guiIcons->iconForCode(QChar(61612)),
-                               QStringLiteral("Open Website")),
-                NakNotifAction(QStringLiteral("Remind Me Tomorrow")) } },
-            { "A notice that cannot be dismissed and asks for nothing", false, false, {} },
-            { "One long line without breaks, of a message that goes on and on and on until nobody "
-              "could possibly read all of it, and then it is cut",
-              false,
-              true,
-              {} },
-            { "Accept?",
-              false,
-              false,
-              { NakNotifAction(QStringLiteral("Yes")), NakNotifAction(QStringLiteral("No")) } },
-        };
-        for (auto const& kind : kinds) {
-            auto* const notif = new NakTextNotif(&app);
-            notif->setText(QString::fromUtf8(kind.text));
-            notif->setMultiline(kind.multiline);
-            notif->setDismissable(kind.dismissable);
-            notif->setActions(kind.actions);
-            notif->setEnabled(true);
-            QObject::connect(notif, &NakTextNotif::dismissed, notif, &QObject::deleteLater);
-        }
-        app.showFirstWindow();
-        NakChatWindow::chatWindows().at(0)->openTabWithNavLoc(
-            NakNavLoc::builtin(NakNav::BuiltinView::Type::Notifications));
+        QTimer::singleShot(0, &app, [&app] {
+            app.beginQuit();
+            say(app.didBeginQuit() ? "quit has begun" : "quit has not begun");
+            app.beginQuit(); // idle
+        });
     });
 }
 
@@ -258,16 +168,9 @@ int useTray()
 int runChildRole(char const* role)
 {
     static std::map<std::string, int (*)()> const roles{
-        { "hanging-service", [] { return quitWithService(true); } },
-        { "good-service", [] { return quitWithService(false); } },
         { "print-style", printStyle },
-        { "two-windows", showTwoWindows },
-        { "close-last", [] { return closeLastWindow(false, false); } },
-        { "close-last-tray", [] { return closeLastWindow(true, false); } },
-        { "close-last-stay", [] { return closeLastWindow(false, true); } },
-        { "close-last-tray-stay", [] { return closeLastWindow(true, true); } },
-        { "quit-with-windows", quitWithWindows },
-        { "notifications", showNotifications },
+        { "good-service", [] { return quitWithWindows(false); } },
+        { "hanging-service", [] { return quitWithWindows(true); } },
         { "tray", useTray },
     };
     auto const it = roles.find(role);

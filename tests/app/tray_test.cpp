@@ -6,17 +6,18 @@
 
 namespace {
 
+QPoint const inside(20, 20);
+
 class Tray : public Program {
 protected:
     void SetUp() override
     {
-        Program::SetUp();
         // A bus that nobody answers on.
-        m_surroundings.environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
-                                          QStringLiteral("unix:path=/nonexistent"));
-        m_surroundings.writeSettings("[application]\nshow_system_tray_icon=true\n"
-                                     "stay_running_with_no_windows=true\n"
-                                     "[notifications]\nuse_system_tray_messages=true\n");
+        m_surroundings.set("DBUS_SESSION_BUS_ADDRESS", QStringLiteral("unix:path=/nonexistent"));
+        m_surroundings.writeData("settings.ini",
+                                 "[application]\nshow_system_tray_icon=true\n"
+                                 "stay_running_with_no_windows=true\n"
+                                 "[notifications]\nuse_system_tray_messages=true\n");
         m_host.setProcessEnvironment(m_surroundings.environment);
     }
     void TearDown() override
@@ -59,7 +60,7 @@ protected:
     {
         QString other;
         waitUntil([&] {
-            for (QString const& window : s_display->windowsOf(process.processId()))
+            for (QString const& window : Windows::of(process.processId()))
                 other = known.contains(window) ? other : window;
             return !other.isEmpty();
         });
@@ -78,28 +79,28 @@ TEST_F(Tray, KeepsTheProgramWithoutWindowsAndEndsIt)
     QString window = waitForOtherWindow(*program, { icon });
     for (int button : { 1, 3 }) {
         ASSERT_FALSE(window.isEmpty());
-        s_display->pressKeys(window, QStringLiteral("ctrl+shift+w"));
-        EXPECT_TRUE(waitUntil(
-            [&] { return s_display->windowsOf(program->processId()) == QStringList(icon); }));
-        s_display->click(icon, button);
+        Windows::pressKeys(window, QStringLiteral("ctrl+shift+w"));
+        EXPECT_TRUE(
+            waitUntil([&] { return Windows::of(program->processId()) == QStringList(icon); }));
+        Windows::click(icon, inside, button);
         window = waitForOtherWindow(*program, { icon });
     }
-    s_display->pressKeys(window, QStringLiteral("Up")); // a menu, whose last entry quits
-    s_display->pressKeys(window, QStringLiteral("Return"));
+    Windows::pressKeys(window, QStringLiteral("Up")); // a menu, whose last entry quits
+    Windows::pressKeys(window, QStringLiteral("Return"));
     expectOrderlyEnd(*program);
     EXPECT_TRUE(hostSays("gone " + icon.toLatin1()));
 }
 
 TEST_F(Tray, ShowsMessagesWhileNoChatWindowIsLookedAt)
 {
-    auto program = start(QStringLiteral("tray"));
+    auto program = start("tray");
     QByteArray said;
     EXPECT_TRUE(says(*program, said, "messages: no\n")); // there is no tray
     ASSERT_TRUE(startHost()); // a tray that comes late is taken
     QString const icon = dockedIcon();
     EXPECT_TRUE(says(*program, said, "messages: yes\n"));
     QString const window = waitForOtherWindow(*program, { icon });
-    s_display->pressKeys(window, QStringLiteral("Home")); // gives it the focus
+    Windows::pressKeys(window, QStringLiteral("Home")); // gives it the focus
     EXPECT_TRUE(says(*program, said, "messages: no\n"));
     program->write("i");
     EXPECT_TRUE(says(*program, said, "messages: yes\n"));
@@ -115,10 +116,10 @@ TEST_F(Tray, ShowsMessagesWhileNoChatWindowIsLookedAt)
         program->write(c.commands);
         program->waitForBytesWritten();
         QString const message = waitForOtherWindow(*program, { icon, window });
-        s_display->click(message, 1);
+        Windows::click(message, inside);
         EXPECT_TRUE(says(*program, said, c.clickSays)) << c.commands;
-        EXPECT_TRUE(waitUntil(
-            [&] { return !s_display->windowsOf(program->processId()).contains(message); }));
+        EXPECT_TRUE(
+            waitUntil([&] { return !Windows::of(program->processId()).contains(message); }));
     }
     program->write("q");
     EXPECT_EQ(waitForEnd(*program).status, 0);

@@ -6,15 +6,12 @@
 // event loop goes on while it waits, since the stage lives in it.
 
 #include "stage.h"
+#include "wait_until.h"
+#include "windows.h"
 
 #include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
-
-#include <functional>
-
-// Waits for the condition with a bound; false if it never came true.
-bool waitFor(std::function<bool()> const& condition, int limitMSecs = 20000);
 
 class Client {
 public:
@@ -24,7 +21,8 @@ public:
     explicit Client(stage::Stage& stage, QString const& token);
     ~Client(); // ends the program in an orderly way, or kills it
 
-    bool start(); // true once its window is on screen
+    bool start(); // true once its window is on screen, with the focus
+    bool showsConversation() const; // waits for it
     bool quit(); // by SIGTERM; true if it ended with status 0
 
     qint64 processId() const { return m_process.processId(); }
@@ -34,23 +32,21 @@ public:
     QString folder() const { return m_folder.path(); } // holds data, log and everything it writes
     QByteArray output() const { return m_output; } // standard output and error so far
 
-    // Lines that xdotool understands, such as "Return" or "ctrl+t".
-    void key(QString const& keys);
+    // Into the window that has the focus.
+    void key(QString const& keys); // as xdotool has them, such as "Return" or "ctrl+t"
     void type(QString const& text);
     void xdo(QString const& command); // any command of xdotool, words apart by blanks
-    void dismissBox(); // Return in the newest window, then back to the first
-    QStringList windows() const; // X11 ids of all its visible windows
-    QString nameOf(QString const& window) const;
-    QString title() const; // of the first window
+
+    QString window() const { return m_window; } // the first one
+    QString title() const { return Windows::nameOf(m_window); } // of that
+    QStringList otherWindows() const;
     // Gives the focus to a window by (a part of) its title once there is one; false if never.
     bool focusWindow(QString const& title);
-    QImage picture() const; // of the first window
+    // Of the first window.
+    QImage picture() const;
     QImage stillPicture() const; // once it has stopped changing
-    int textLines() const; // in the middle of the window
 
 private:
-    QString xdotool(QStringList const& arguments) const;
-
     QTemporaryDir m_folder;
     QProcess m_process;
     QByteArray m_output;

@@ -27,7 +27,7 @@ TEST(Accounts, FromNothingToAConversationAndBack)
     stage::Stage stage(smallStage());
     Client client(stage, QString());
     ASSERT_TRUE(client.start()) << client.output().toStdString();
-    ASSERT_TRUE(waitFor([&] { return client.title() == QLatin1String("Accounts - Nakwire"); }));
+    ASSERT_TRUE(waitUntil([&] { return client.title() == QLatin1String("Accounts - Nakwire"); }));
 
     // By keys alone: the menu's first entry is a menu with the one thing to add.
     client.key(QStringLiteral("alt+a"));
@@ -36,11 +36,11 @@ TEST(Accounts, FromNothingToAConversationAndBack)
     ASSERT_TRUE(client.focusWindow(QStringLiteral("Add Discord Account")));
     client.type(QStringLiteral(" \"wrong\" "));
     client.key(QStringLiteral("Return"));
-    ASSERT_TRUE(waitFor([&] {
+    ASSERT_TRUE(waitUntil([&] {
         return !stage.requests("GET", QStringLiteral("/gateway")).isEmpty();
     })) << "the first account connects by itself";
     ASSERT_TRUE(client.focusWindow(QStringLiteral("Accounts - Nakwire")));
-    ASSERT_TRUE(waitFor([&] { return stage.connectionCount() == 0; }));
+    ASSERT_TRUE(waitUntil([&] { return stage.connectionCount() == 0; }));
 
     client.key(QStringLiteral("alt+c"));
     ASSERT_TRUE(client.focusWindow(QStringLiteral("Change Token")));
@@ -51,14 +51,14 @@ TEST(Accounts, FromNothingToAConversationAndBack)
 
     // A row of the side bar, by one click.
     client.stillPicture();
-    client.xdo(
-        QStringLiteral("mousemove --window %1 60 250 click 1").arg(client.windows().value(0)));
-    EXPECT_TRUE(waitFor([&] { return !client.title().startsWith(QLatin1String("Accounts")); }));
-    EXPECT_TRUE(waitFor([&] { return client.textLines() >= 8; })) << "the conversation is there";
+    Windows::click(client.window(), { 60, 250 });
+    EXPECT_TRUE(waitUntil([&] { return !client.title().startsWith(QLatin1String("Accounts")); }));
+    EXPECT_TRUE(client.showsConversation());
     QString const before = client.title();
 
     EXPECT_TRUE(client.quit());
     ASSERT_TRUE(client.start());
     EXPECT_TRUE(stage.expectFrame(2)) << "by itself after a restart";
-    EXPECT_TRUE(waitFor([&] { return client.title() == before; })) << client.title().toStdString();
+    EXPECT_TRUE(waitUntil([&] { return client.title() == before; }))
+        << client.title().toStdString();
 }

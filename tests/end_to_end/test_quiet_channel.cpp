@@ -44,24 +44,7 @@ public:
                     QStringLiteral("MESSAGE%1").arg(index));
     }
 
-    // Sorted: they go out on several connections at a time.
-    QStringList requests() const
-    {
-        QStringList lines = requests(false);
-        lines.sort();
-        return lines;
-    }
-    QStringList pictures() const { return requests(true); }
-    QStringList frames() const
-    {
-        QStringList lines;
-        for (QJsonObject const& frame : m_stage.frames())
-            lines << worded(QJsonDocument(frame).toJson(QJsonDocument::Compact));
-        return lines;
-    }
-
-private:
-    QStringList requests(bool ofPictures) const
+    QStringList requests(bool ofPictures = false) const
     {
         QStringList lines;
         for (stage::StageRequest const& one : m_stage.requests()) {
@@ -72,8 +55,18 @@ private:
             if (isPicture == ofPictures)
                 lines << worded(one.method + ' ' + address.toUtf8() + ' ' + one.body);
         }
+        lines.sort(); // they go out on several connections at a time
         return lines;
     }
+    QStringList frames() const
+    {
+        QStringList lines;
+        for (QJsonObject const& frame : m_stage.frames())
+            lines << worded(QJsonDocument(frame).toJson(QJsonDocument::Compact));
+        return lines;
+    }
+
+private:
     void addWord(quint64 id, QString const& word) { m_words.append({ QString::number(id), word }); }
     QString worded(QByteArray const& line) const
     {
@@ -101,7 +94,7 @@ TEST(QuietChannel, IsReadInThreePagesAndAcknowledgedOnce)
     Heard const heard(stage);
     Client client(stage, token);
     ASSERT_TRUE(client.start());
-    ASSERT_TRUE(waitFor([&] { return client.textLines() >= 8; })) << client.output().toStdString();
+    ASSERT_TRUE(client.showsConversation()) << client.output().toStdString();
 
     // Up until nothing moves any more, then further.
     client.xdo(QStringLiteral("mousemove 400 300"));
@@ -110,12 +103,12 @@ TEST(QuietChannel, IsReadInThreePagesAndAcknowledgedOnce)
         last = client.stillPicture();
         client.xdo(QStringLiteral("key --delay 5 --repeat 10 Page_Up"));
     }
-    waitFor([] { return false; }, longRead);
+    waitUntil([] { return false; }, longRead);
     client.key(QStringLiteral("End"));
     client.key(QStringLiteral("ctrl+w"));
-    waitFor([] { return false; }, afterClosing);
+    waitUntil([] { return false; }, afterClosing);
 
-    QStringList pictures = heard.pictures();
+    QStringList pictures = heard.requests(true);
     std::cout << linesOf(heard.requests() + heard.frames() + pictures) << '\n';
     EXPECT_EQ(linesOf(heard.requests()),
               "GET /channels/CHANNEL/messages?limit=100\n"

@@ -7,7 +7,7 @@
 #include <functional>
 
 // Runs the event loop until the condition holds; only a failing test waits the whole time.
-inline bool waitUntil(std::function<bool()> const& condition)
+inline bool waitUntil(std::function<bool()> const& condition, int limitMSecs = 20'000)
 {
-    return QTest::qWaitFor(condition, 20'000);
+    return QTest::qWaitFor(condition, limitMSecs);
 }
