@@ -269,10 +269,7 @@ void Stage::cut(QString const& path, int times)
 {
     m_priv->cuts.insert(path, times);
 }
-void Stage::cutHttpConnections()
-{
-    m_priv->http.cutConnections();
-}
+
 int Stage::connectionCount() const
 {
     return m_priv->gateway.connectionCount();
@@ -323,12 +320,6 @@ void Stage::sendRawMessage(QByteArray const& bytes)
     m_priv->gateway.sendRaw(bytes);
 }
 
-void Stage::sendUncompressed(QJsonObject const& frame)
-{
-    EncodeOptions const encode{ m_priv->options.idsAsIntegers, m_priv->options.atomKeys };
-    m_priv->gateway.sendRaw(encodeTerm(fromJson(frame), encode));
-}
-
 void Stage::sendGarbage()
 {
     m_priv->gateway.sendPayload(QByteArray(64, '\x07'));
@@ -355,19 +346,6 @@ void Stage::invalidateSession()
 {
     m_priv->gateway.sendFrame(map().set("op", integer(9)).set("d", boolean(false)));
     m_priv->gateway.forgetSessions();
-}
-
-void Stage::forgetSessions()
-{
-    m_priv->gateway.forgetSessions();
-}
-void Stage::setHelloInterval(int ms)
-{
-    m_priv->gateway.setHelloInterval(ms);
-}
-void Stage::refuseConnections(bool refuse)
-{
-    m_priv->gateway.refuseConnections(refuse);
 }
 
 } // namespace stage

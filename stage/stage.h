@@ -79,7 +79,6 @@ public:
     void delay(QString const& path, int ms);
     // The connection of the next requests to that path is cut instead of answering.
     void cut(QString const& path, int times = 1);
-    void cutHttpConnections();
 
     // Gateway. These go to every open connection.
     int connectionCount() const;
@@ -91,8 +90,6 @@ public:
     void sendFrame(QJsonObject const& frame);
     // The bytes of a web socket message as they are, past the deflate stream.
     void sendRawMessage(QByteArray const& bytes);
-    // A frame that is not deflated although the stream was asked for.
-    void sendUncompressed(QJsonObject const& frame);
     // A message that inflates well into bytes that are no term.
     void sendGarbage();
     // Any bytes through the deflate stream.
@@ -101,9 +98,6 @@ public:
     void closeWith(int code, QString const& reason);
     void requestReconnect(); // op 7
     void invalidateSession(); // op 9; the sessions are forgotten
-    void forgetSessions(); // the next resume gets op 9
-    void setHelloInterval(int ms);
-    void refuseConnections(bool refuse);
 
 signals:
     void requestReceived(QByteArray const& method, QString const& path);

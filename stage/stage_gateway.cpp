@@ -143,17 +143,7 @@ Gateway::~Gateway()
 
 bool Gateway::listen()
 {
-    bool const ok = m_server.listen(QHostAddress::LocalHost, m_port);
-    m_port = ok ? m_server.serverPort() : m_port;
-    return ok;
-}
-
-void Gateway::refuseConnections(bool refuse)
-{
-    if (refuse)
-        m_server.close();
-    else if (!m_server.isListening() && !listen())
-        qWarning("stage: the gateway's port was taken meanwhile");
+    return m_server.listen(QHostAddress::LocalHost);
 }
 
 std::vector<GatewayConnection*> Gateway::open() const

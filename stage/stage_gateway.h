@@ -36,10 +36,7 @@ public:
     ~Gateway() override;
 
     [[nodiscard]] bool listen();
-    quint16 port() const { return m_port; }
-    // While refusing nobody listens on the port; open connections stay.
-    void refuseConnections(bool refuse);
-    void setHelloInterval(int ms) { m_options.helloIntervalMs = ms; }
+    quint16 port() const { return m_server.serverPort(); }
 
     int connectionCount() const { return int(open().size()); }
     int identifiedCount() const;
@@ -93,7 +90,6 @@ private:
     World const& m_world;
     GatewayOptions m_options;
     QWebSocketServer m_server;
-    quint16 m_port = 0;
     std::vector<std::unique_ptr<GatewayConnection>> m_connections;
     std::deque<std::shared_ptr<GatewaySession>> m_sessions;
     quint64 m_sessionsMade = 0;

@@ -209,21 +209,16 @@ HttpServer::HttpServer(Handler handler, QObject* parent)
 
 HttpServer::~HttpServer()
 {
-    cutConnections();
-}
-
-bool HttpServer::listen()
-{
-    return m_server.listen(QHostAddress::LocalHost, 0);
-}
-
-void HttpServer::cutConnections()
-{
     auto const sockets = m_server.findChildren<QTcpSocket*>();
     for (QTcpSocket* socket : sockets) {
         socket->abort();
         socket->deleteLater();
     }
+}
+
+bool HttpServer::listen()
+{
+    return m_server.listen(QHostAddress::LocalHost, 0);
 }
 
 void HttpServer::accept()

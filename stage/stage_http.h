@@ -76,8 +76,6 @@ public:
 
     [[nodiscard]] bool listen();
     quint16 port() const { return m_server.serverPort(); }
-    // Aborts every open connection.
-    void cutConnections();
 
 private:
     struct Connection;

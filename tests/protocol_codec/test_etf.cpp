@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "dump.h"
 #include "etf_agree.h"
-#include "packed_session.h"
+#include "inflated_session.h"
 
 #include <sys/mman.h>
 #include <zlib.h>

@@ -5,7 +5,7 @@
 // by a plain model that shared nothing with the client.
 
 #include "dread_etf.h"
-#include "packed_session.h"
+#include "inflated_session.h"
 #include "store_fixture.h"
 
 #include <QStringList>

@@ -3,6 +3,7 @@
 #include "stage_http.h"
 #include "wire_client.h"
 
+#include <QRegularExpression>
 #include <QTcpSocket>
 #include <QUrl>
 
@@ -32,7 +33,6 @@ TEST(StageHttp, Requests)
     QByteArray const manyHeaders = "GET / HTTP/1.1\r\n" + QByteArray("a: b\r\n").repeated(101);
     Case const cases[] = {
         { "", "incomplete" },
-        { "GET /a HTTP/1.1\r\n\r\n", "GET /a? [] of 19" },
         { "GET /a HTTP/1.0\r\n\r\n", "GET /a? [] close of 19" },
         { "GET /a HTTP/1.1\r\nConnection: Close\r\n\r\n", "GET /a? [] close of 38" },
         { "GET /a?b=1&c=%20 HTTP/1.1\r\nHost: x\r\n\r\nNEXT", "GET /a?b=1&c=%20 [] of 38" },
@@ -46,11 +46,9 @@ TEST(StageHttp, Requests)
         { "POST /a HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n", "501" },
         { "GET /a HTTP/2.0\r\n\r\n", "505" },
         { "GET /a\r\n\r\n", "400" },
-        { "GET  /a HTTP/1.1\r\n\r\n", "400" },
         { "G T /a HTTP/1.1\r\n\r\n", "400" },
         { "GET a HTTP/1.1\r\n\r\n", "400" },
         { "\r\n\r\n", "400" },
-        { "GET /a HTTP/1.1\r\nno colon\r\n\r\n", "400" },
         { "GET /a HTTP/1.1\r\nbad name: x\r\n\r\n", "400" },
         { manyHeaders + "\r\n", "431" },
         { "GET /" + QByteArray(70000, 'x'), "431" },
@@ -58,96 +56,37 @@ TEST(StageHttp, Requests)
     };
     for (Case const& c : cases)
         EXPECT_EQ(parsed(c.bytes), c.result) << c.bytes.left(60).toStdString();
+    QByteArray const whole = "POST /p HTTP/1.1\r\nContent-Length: 4\r\n\r\nbody";
+    for (int cut = 0; cut < whole.size(); ++cut)
+        EXPECT_EQ(parsed(whole.left(cut)), "incomplete") << cut;
 }
 
-// A server that says what it was asked, on a plain socket.
-struct Talk {
-    stage::HttpServer server;
+TEST(StageHttp, PipelinedRequestsAreAnsweredInOrderUntilABadOne)
+{
+    int delayMs = 30; // of the first reply; the others wait behind it
+    stage::HttpServer server([&delayMs](stage::HttpRequest const& request) {
+        stage::HttpReply reply;
+        reply.contentType = "text/plain";
+        reply.body = request.path.toUtf8() + ' ' + QByteArray::number(request.body.size());
+        reply.delayMs = std::exchange(delayMs, 0);
+        return reply;
+    });
+    ASSERT_TRUE(server.listen());
     QTcpSocket socket;
-    QByteArray got;
-    int delayMs = 0;
-    bool cut = false;
-
-    Talk()
-        : server([this](stage::HttpRequest const& request) {
-            stage::HttpReply reply;
-            reply.contentType = "text/plain";
-            reply.body = request.path.toUtf8() + ':' + QByteArray::number(request.body.size());
-            reply.delayMs = delayMs;
-            reply.cut = cut;
-            delayMs = 0;
-            return reply;
-        })
-    {
-        EXPECT_TRUE(server.listen());
-        QObject::connect(&socket, &QTcpSocket::readyRead, &socket,
-                         [this] { got += socket.readAll(); });
-        socket.connectToHost(QStringLiteral("127.0.0.1"), server.port());
-        EXPECT_TRUE(
-            waitUntil([this] { return socket.state() == QAbstractSocket::ConnectedState; }));
-    }
-    ~Talk() { socket.disconnect(&socket); }
-
-    // Waits until that many replies have come and gives their bodies.
-    std::string bodies(int count)
-    {
-        waitUntil([&] { return got.count("HTTP/1.1 ") >= count && got.count(':') >= count * 2; });
-        QByteArray out;
-        for (QByteArray const& part : got.replace("HTTP/1.1 ", "\x01").split('\x01'))
-            out += part.mid(part.indexOf("\r\n\r\n") + 4) + ' ';
-        return out.trimmed().toStdString();
-    }
-};
-
-TEST(StageHttp, EveryPacketBoundary)
-{
-    QByteArray const request = "POST /p HTTP/1.1\r\nContent-Length: 4\r\n\r\nbody";
-    Talk talk;
-    for (int cut = 1; cut < request.size(); ++cut) {
-        talk.got.clear();
-        talk.socket.write(request.left(cut));
-        talk.socket.flush();
-        // The first half has arrived once the event loop has turned with nothing left to write.
-        EXPECT_TRUE(waitUntil([&] { return talk.socket.bytesToWrite() == 0; }));
-        talk.socket.write(request.mid(cut));
-        EXPECT_EQ(talk.bodies(1), "/p:4") << "cut at " << cut;
-    }
-}
-
-TEST(StageHttp, PipelinedRequestsAreAnsweredInOrder)
-{
-    Talk talk;
-    talk.delayMs = 30; // of the first reply; the others wait behind it
-    talk.socket.write("GET /1 HTTP/1.1\r\n\r\nGET /2 HTTP/1.1\r\n\r\nGET /3 HTTP/1.1\r\n\r\n");
-    EXPECT_EQ(talk.bodies(3), "/1:0 /2:0 /3:0");
-}
-
-TEST(StageHttp, BadRequestsEndTheirConnectionOnly)
-{
-    Talk talk;
-    talk.socket.write("NONSENSE\r\n\r\nGET /2 HTTP/1.1\r\n\r\n");
-    EXPECT_TRUE(
-        waitUntil([&] { return talk.socket.state() == QAbstractSocket::UnconnectedState; }));
-    EXPECT_TRUE(talk.got.startsWith("HTTP/1.1 400 Bad Request\r\n"));
-    EXPECT_EQ(talk.got.count("HTTP/1.1"), 1);
-    talk.got.clear();
-    talk.socket.connectToHost(QStringLiteral("127.0.0.1"), talk.server.port());
-    talk.socket.write("GET /3 HTTP/1.1\r\n\r\n");
-    EXPECT_EQ(talk.bodies(1), "/3:0");
-    talk.cut = true;
-    talk.got.clear();
-    talk.socket.write("GET /4 HTTP/1.1\r\n\r\n");
-    EXPECT_TRUE(
-        waitUntil([&] { return talk.socket.state() == QAbstractSocket::UnconnectedState; }));
-    EXPECT_EQ(talk.got.toStdString(), "");
-}
-
-TEST(StageHttp, BigBodiesPassUpToTheBound)
-{
-    Talk talk;
-    talk.socket.write("POST /big HTTP/1.1\r\nContent-Length: 8388608\r\n\r\n");
-    talk.socket.write(QByteArray(8388608, 'x'));
-    EXPECT_EQ(talk.bodies(1), "/big:8388608");
+    socket.connectToHost(QStringLiteral("127.0.0.1"), server.port());
+    socket.write("GET /1 HTTP/1.1\r\n\r\nPOST /2 HTTP/1.1\r\nContent-Length: 8388608\r\n\r\n");
+    socket.write(QByteArray(8'388'608, 'x'));
+    socket.write("GET /3 HTTP/1.1\r\n\r\nNONSENSE\r\n\r\nGET /4 HTTP/1.1\r\n\r\n");
+    ASSERT_TRUE(waitUntil([&] {
+        return socket.state() == QAbstractSocket::UnconnectedState && socket.bytesAvailable() > 0;
+    }));
+    QByteArray const got = socket.readAll();
+    static QRegularExpression const told(QStringLiteral("HTTP/1.1 (\\d+)|/\\d \\d+"));
+    QStringList seen;
+    for (auto it = told.globalMatch(QString::fromLatin1(got)); it.hasNext();)
+        seen << it.next().captured();
+    EXPECT_EQ(seen.join(QLatin1Char('|')).toStdString(),
+              "HTTP/1.1 200|/1 0|HTTP/1.1 200|/2 8388608|HTTP/1.1 200|/3 0|HTTP/1.1 400");
 }
 
 } // namespace

@@ -38,19 +38,6 @@ struct Program {
     bool ended() const { return process.state() == QProcess::NotRunning; }
 };
 
-QString tokenIn(QString const& path)
-{
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-    QDataStream stream(&file);
-    stream.setVersion(QDataStream::Qt_5_9);
-    qint32 format = 0;
-    qint32 count = 0;
-    QVariant account;
-    stream >> format >> count >> account;
-    return account.toMap().value(QStringLiteral("auth_token")).toString();
-}
-
 TEST(StageProgram, TalksToItsOwnAccountUntilItIsTold)
 {
     QTemporaryDir home;
@@ -59,14 +46,18 @@ TEST(StageProgram, TalksToItsOwnAccountUntilItIsTold)
                       QStringLiteral("--write-deployment"),
                       home.filePath(QStringLiteral("deployment.ini")) });
     ASSERT_TRUE(program.ready.hasMatch());
-    QString const token = tokenIn(home.filePath(QStringLiteral("Nakwire/nakwire_accounts.bin")));
+    QFile file(home.filePath(QStringLiteral("Nakwire/nakwire_accounts.bin")));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    QDataStream stream(&file);
+    stream.setVersion(QDataStream::Qt_5_9);
+    qint32 format = 0;
+    qint32 count = 0;
+    QVariant account;
+    stream >> format >> count >> account;
+    QByteArray const token = account.toMap().value(QStringLiteral("auth_token")).toByteArray();
     ASSERT_GE(token.size(), 16);
-    EXPECT_FALSE(program.ready.captured().contains(token));
     WireClient client;
-    client.open(program.ready.captured(2));
-    client.waitFor(10);
-    client.identify(token.toLatin1().constData());
-    EXPECT_FALSE(client.waitFor(0, "READY").isEmpty());
+    EXPECT_FALSE(client.enter(program.ready.captured(2), token.constData()).isEmpty());
     QJsonObject const said =
         client.waitFor(0, "MESSAGE_CREATE").value(QStringLiteral("d")).toObject();
     EXPECT_EQ(said.value(QStringLiteral("channel_id")).toString(), program.ready.captured(3));
@@ -74,7 +65,8 @@ TEST(StageProgram, TalksToItsOwnAccountUntilItIsTold)
     ASSERT_TRUE(waitUntil([&] { return program.ended(); }));
     EXPECT_EQ(program.process.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(program.process.exitCode(), 0);
-    EXPECT_FALSE(program.process.readAllStandardError().contains(token.toLatin1()));
+    EXPECT_FALSE(program.ready.captured().toUtf8().contains(token));
+    EXPECT_FALSE(program.process.readAllStandardError().contains(token));
 }
 
 TEST(StageProgram, EndsByItselfAndWithItsParent)

@@ -74,28 +74,36 @@ struct WireClient {
                  QJsonObject{ { QStringLiteral("token"), QString::fromLatin1(token) } } } });
     }
 
-    void resume(QString const& session, int seq, char const* token = "secret")
+    void resume(QString const& session, int seq)
     {
         send({ { QStringLiteral("op"), 6 },
                { QStringLiteral("d"),
-                 QJsonObject{ { QStringLiteral("token"), QString::fromLatin1(token) },
+                 QJsonObject{ { QStringLiteral("token"), QStringLiteral("secret") },
                               { QStringLiteral("session_id"), session },
                               { QStringLiteral("seq"), seq } } } });
     }
 
-    // The first frame with that opcode or event name, or an empty one; waits for it.
+    // Opens, signs in and gives what READY says; what came until then is forgotten.
+    QJsonObject enter(QString const& url, char const* token = "secret")
+    {
+        open(url);
+        waitFor(10);
+        identify(token);
+        QJsonObject const ready = waitFor(0, "READY");
+        frames.clear();
+        return ready.value(QStringLiteral("d")).toObject();
+    }
+
+    // The last frame with that opcode or event name, or an empty one; waits for it.
     QJsonObject waitFor(int op, char const* name = "")
     {
         QJsonObject found;
         waitUntil([&] {
-            for (QJsonObject const& frame : frames) {
+            for (QJsonObject const& frame : frames)
                 if (frame.value(QStringLiteral("op")).toInt(-1) == op
-                    && frame.value(QStringLiteral("t")).toString() == QLatin1String(name)) {
+                    && frame.value(QStringLiteral("t")).toString() == QLatin1String(name))
                     found = frame;
-                    return true;
-                }
-            }
-            return false;
+            return !found.isEmpty();
         });
         return found;
     }

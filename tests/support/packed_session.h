@@ -2,9 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// The gateway session of tests/data, as it came over the wire and as its frames.
-
-#include "gateway_inflater.h"
+// The gateway session of tests/data as it came over the wire.
 
 #include <QByteArray>
 #include <QFile>
@@ -24,18 +22,4 @@ inline QVector<QByteArray> packedSession()
         messages.append(file.read(size));
     }
     return messages;
-}
-
-inline QVector<QByteArray> inflatedSession()
-{
-    QVector<QByteArray> frames;
-    DisGatewayInflater inflater(64U << 20);
-    for (QByteArray const& message : packedSession()) {
-        auto const frame =
-            inflater.inflateMessage(message.constData(), static_cast<quint32>(message.size()));
-        EXPECT_EQ(frame.status, DisGatewayInflater::Status::Frame);
-        frames.append(QByteArray(frame.data, static_cast<int>(frame.size)));
-        inflater.release();
-    }
-    return frames;
 }
