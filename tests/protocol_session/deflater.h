@@ -10,7 +10,13 @@
 
 class Deflater {
 public:
-    Deflater() { deflateInit(&m_stream, Z_DEFAULT_COMPRESSION); }
+    static constexpr int gzip = 16 + MAX_WBITS; // as REST replies come
+
+    explicit Deflater(int windowBits = MAX_WBITS)
+    {
+        deflateInit2(&m_stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, windowBits, MAX_MEM_LEVEL,
+                     Z_DEFAULT_STRATEGY);
+    }
     ~Deflater() { deflateEnd(&m_stream); }
     Deflater(Deflater const&) = delete;
     Deflater& operator=(Deflater const&) = delete;

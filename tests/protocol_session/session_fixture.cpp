@@ -53,21 +53,6 @@ QStringList LogLines::all()
     return messages;
 }
 
-bool LogLines::has(char const* text)
-{
-    return all().join(QLatin1Char('\n')).contains(QString::fromUtf8(text));
-}
-
-bool LogLines::waitFor(char const* text)
-{
-    return waitUntil([&] { return has(text); });
-}
-
-std::string LogLines::joined()
-{
-    return all().join(QLatin1Char('\n')).toStdString();
-}
-
 // --- TestClient ---
 
 DisSessionTimings quickTimings()
@@ -165,20 +150,10 @@ BareGateway::BareGateway()
     });
 }
 
-QString BareGateway::url() const
-{
-    return QStringLiteral("ws://127.0.0.1:%1").arg(server.serverPort());
-}
-
 bool BareGateway::waitForConnection()
 {
     int const before = connections;
     return waitUntil([this, before] { return connections > before; });
-}
-
-void BareGateway::sendBytes(QByteArray const& message)
-{
-    socket->sendBinaryMessage(message);
 }
 
 void BareGateway::send(QJsonObject const& frame, int flush)
@@ -198,11 +173,6 @@ QJsonObject BareGateway::take()
     return received.isEmpty() ? QJsonObject() : received.takeFirst();
 }
 
-void BareGateway::close(int code, QString const& reason)
-{
-    socket->close(static_cast<QWebSocketProtocol::CloseCode>(code), reason);
-}
-
 // --- a session against it ---
 
 void BareSession::SetUp()
@@ -215,6 +185,16 @@ void BareSession::greet(QJsonValue const& interval)
 {
     gateway.sendHello(interval);
     EXPECT_EQ(gateway.take()[QLatin1String("op")].toInt(), 2);
+}
+
+void BareSession::becomeReady(QJsonArray const& guilds)
+{
+    greet();
+    QJsonObject ready = object(R"({"session_id":"0123456789abcdef","user":{"id":"100",
+                                   "username":"ada","discriminator":"0001"}})");
+    ready.insert(QStringLiteral("guilds"), guilds);
+    gateway.send(dispatch("READY", ready, 1));
+    EXPECT_TRUE(waitUntil([this] { return test.userId.isValid(); }));
 }
 
 // --- JSON ---

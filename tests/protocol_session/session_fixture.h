@@ -11,6 +11,7 @@
 #include "global_events.h"
 #include "wait_until.h"
 
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -29,9 +30,12 @@ public:
 
     // Messages up to now, one per line, with the names of sessions written as SESS.
     QStringList all();
-    bool has(char const* text); // in any line
-    bool waitFor(char const* text);
-    std::string joined();
+    std::string joined() { return all().join(QLatin1Char('\n')).toStdString(); }
+    bool has(std::string const& text) { return joined().find(text) != std::string::npos; }
+    bool waitFor(std::string const& text)
+    {
+        return waitUntil([&] { return has(text); });
+    }
 
 private:
     QByteArray readNew();
@@ -74,14 +78,14 @@ class BareGateway {
 public:
     BareGateway();
 
-    QString url() const;
+    QString url() const { return server.serverUrl().toString(); }
     bool waitForConnection();
-    void sendBytes(QByteArray const& message); // past the stream
+    // Past the stream.
+    void sendBytes(QByteArray const& message) { socket->sendBinaryMessage(message); }
     void send(QJsonObject const& frame, int flush = Z_SYNC_FLUSH);
     void sendHello(QJsonValue const& interval = 41'250);
     // Takes the next frame from the client: waits for it; empty if none comes.
     QJsonObject take();
-    void close(int code, QString const& reason);
 
     QWebSocketServer server;
     QWebSocket* socket = nullptr;
@@ -95,6 +99,7 @@ class BareSession : public testing::Test {
 protected:
     void SetUp() override;
     void greet(QJsonValue const& interval = 41'250); // hello, and identify in return
+    void becomeReady(QJsonArray const& guilds = {}); // and is told of them
 
     BareGateway gateway;
     TestClient test{ QStringLiteral("http://127.0.0.1:1/api/v6") };

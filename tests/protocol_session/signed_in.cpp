@@ -27,6 +27,7 @@ SignedIn::SignedIn(DisSessionTimings const& timings)
     , test(service.apiUrl(), timings)
 {
     session = test.connectUntilReady(service.gatewayUrl());
+    me = test.userId;
     channel = FlakeId(service.busyChannelId());
 }
 

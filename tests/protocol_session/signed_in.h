@@ -18,9 +18,17 @@ struct SignedIn {
 
     stage::Stage service;
     TestClient test;
+    DisClient& client = *test.client;
     DisSession* session = nullptr;
+    FlakeId me;
     FlakeId channel;
-    int seen = 0;
+    int seen = 0; // requests
+};
+
+class SignedInTest : public testing::Test, protected SignedIn {
+protected:
+    void SetUp() override { ASSERT_NE(session, nullptr); }
+    LogLines log; // since then
 };
 
 extern std::string const commonHeaders;

@@ -5,28 +5,9 @@
 #include "session_fixture.h"
 #include "stage.h"
 
-#include <gtest/gtest.h>
-
-namespace {
-
-QJsonObject memberListReady()
+TEST_F(BareSession, MemberListsAreAskedForInTurnAndOnlyWhenSomethingChanged)
 {
-    return object(R"({"session_id":"0123456789abcdef","user":{"id":"100","username":"ada",
-                      "discriminator":"0001"}})");
-}
-
-} // namespace
-
-TEST(MemberList, GuildsAreAskedForInTurnAndOnlyWhenSomethingChanged)
-{
-    BareGateway gateway;
-    TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
-    test.connectTo(gateway.url());
-    ASSERT_TRUE(gateway.waitForConnection());
-    gateway.sendHello();
-    gateway.take(); // identify
-    gateway.send(dispatch("READY", memberListReady(), 1));
-    ASSERT_TRUE(waitUntil([&] { return test.userId.isValid(); }));
+    becomeReady();
     auto const update = [&](quint64 guild, QVector<DisClientChanSegs> const& channels) {
         test.client->updateChanSegs(test.userId, FlakeId(guild), channels);
     };
@@ -62,9 +43,6 @@ TEST(MemberList, ServiceAnswersWithTheSegment)
     stage::StageOptions options;
     options.world.guilds = 1;
     options.world.membersPerGuild = 150;
-    options.world.messagesPerChannel = 2;
-    options.world.messagesInBusyChannel = 2;
-    options.token = TestClient::defaultToken();
     stage::Stage service(options);
     TestClient test(service.apiUrl());
     QVector<DisSeg::Package> packages;
@@ -79,7 +57,6 @@ TEST(MemberList, ServiceAnswersWithTheSegment)
     EXPECT_EQ(package.guildId, guild);
     EXPECT_TRUE(package.isEveryone);
     ASSERT_EQ(package.ops.size(), 2);
-    EXPECT_EQ(package.ops[0].index, 0);
     EXPECT_EQ(package.ops[0].last, 99);
     EXPECT_EQ(package.ops[0].items.size(), 100);
     EXPECT_FALSE(package.ops[0].items[0].userId.isValid()) << "a heading";

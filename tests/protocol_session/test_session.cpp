@@ -2,8 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The life of a connection, over real sockets.
 
-#include "session_fixture.h"
-#include "stage.h"
+#include "signed_in.h"
 
 #include <QDir>
 #include <QFile>
@@ -11,20 +10,11 @@
 #include <QJsonArray>
 #include <QTcpServer>
 
-#include <gtest/gtest.h>
+#include <limits>
 
 namespace {
 
-stage::StageOptions smallStage()
-{
-    stage::StageOptions options;
-    options.world.guilds = 2;
-    options.world.membersPerGuild = 5;
-    options.world.messagesPerChannel = 120;
-    options.world.messagesInBusyChannel = 250;
-    options.token = TestClient::defaultToken();
-    return options;
-}
+using Session = SignedInTest;
 
 // A port on which nobody listens.
 QString deadPort()
@@ -46,127 +36,119 @@ QStringList threadNames()
     return names;
 }
 
-QJsonObject readyData(char const* userId)
-{
-    QJsonObject const user{ { QStringLiteral("id"), QLatin1String(userId) },
-                            { QStringLiteral("username"), QStringLiteral("ada") },
-                            { QStringLiteral("discriminator"), QStringLiteral("0001") } };
-    return { { QStringLiteral("session_id"), QStringLiteral("0123456789abcdef") },
-             { QStringLiteral("user"), user } };
-}
-
 } // namespace
 
-TEST(Session, FromTokenToReady)
+TEST(FirstSession, FromTokenToReadyAndThroughAReconnectRequest)
 {
-    stage::Stage service(smallStage());
+    stage::Stage service;
     TestClient test(service.apiUrl());
     LogLines log;
     ASSERT_NE(test.connectTo(QString()), nullptr);
     ASSERT_TRUE(waitUntil([&] { return test.userId.isValid(); })) << log.joined();
     EXPECT_EQ(test.userId.value(), service.ownUserId());
-    EXPECT_EQ(test.states.join(QLatin1Char(' ')).toStdString(), "Connecting Connected");
-    EXPECT_EQ(test.gatewayUrls.join(QLatin1Char(' ')).toStdString(),
-              service.gatewayUrl().toStdString());
-    QStringList lines = log.all();
-    QString const ready = lines.takeLast(); // its identifier is the stage's
-    EXPECT_TRUE(ready.startsWith(QLatin1String("Acquired Discord session ID ")))
-        << ready.toStdString();
-    EXPECT_EQ(ready.size(), 39) << "six characters are shown of the identifier";
-    // The worker enters it while the request is on its way.
-    EXPECT_EQ(lines.removeAll(QStringLiteral("Entering state type Connecting for worker SESS")), 1);
-    std::string const gateway = service.gatewayUrl().toStdString();
-    EXPECT_EQ(lines.join(QLatin1Char('\n')).toStdString(),
-              "GET to Discord API at " + service.apiUrl().toStdString()
-                  + "/gateway\n"
-                    "Received WebSocket gateway reply from Discord: "
-                  + gateway
-                  + "\n"
-                    "Starting WebSocket connection for session SESS with gateway URL "
-                  + gateway
-                  + "\n"
-                    "Opening WebSocket connection for session SESS\n"
-                    "WebSocket connected to gateway for session SESS\n"
-                    "Entering state type Connected for worker SESS\n"
-                    "Received Hello from Discord gateway\n"
-                    "Sending identify message to Discord gateway");
+    EXPECT_EQ(test.gatewayUrls, QStringList(service.gatewayUrl()));
+    QString const guilds = test.value("select count(*) from guild");
+    EXPECT_NE(guilds.toInt(), 0);
+    service.requestReconnect();
     QJsonObject frame;
-    ASSERT_TRUE(service.expectFrame(2, &frame));
+    ASSERT_TRUE(service.expectFrame(6, &frame));
+    ASSERT_TRUE(log.waitFor("Finished resuming with Discord gateway"));
     QJsonObject const d = frame[QLatin1String("d")].toObject();
     EXPECT_EQ(d[QLatin1String("token")].toString(), TestClient::defaultToken());
-    EXPECT_FALSE(d.contains(QLatin1String("compress")));
-    EXPECT_NE(test.value("select count(*) from guild").toInt(), 0);
+    EXPECT_EQ(d[QLatin1String("seq")].toInt(), 1);
+    EXPECT_EQ(test.states.join(QLatin1Char(' ')).toStdString(),
+              "Connecting Connected Reconnecting Connected");
+    EXPECT_EQ(test.value("select count(*) from guild"), guilds) << "the store is kept";
+
+    QString lines = QString::fromStdString(log.joined());
+    // The worker enters it while the request is on its way.
+    lines.remove(QStringLiteral("Entering state type Connecting for worker SESS\n"));
+    lines.replace(service.gatewayUrl(), QLatin1String("URL"));
+    lines.replace(service.apiUrl(), QLatin1String("API"));
+    QString const id = d[QLatin1String("session_id")].toString();
+    EXPECT_FALSE(lines.contains(id)) << "only six of its characters are shown";
+    lines.replace(id.left(6), QLatin1String("ID"));
+    EXPECT_EQ(lines.toStdString(),
+              "GET to Discord API at API/gateway\n"
+              "Received WebSocket gateway reply from Discord: URL\n"
+              "Starting WebSocket connection for session SESS with gateway URL URL\n"
+              "Opening WebSocket connection for session SESS\n"
+              "WebSocket connected to gateway for session SESS\n"
+              "Entering state type Connected for worker SESS\n"
+              "Received Hello from Discord gateway\n"
+              "Sending identify message to Discord gateway\n"
+              "Acquired Discord session ID ID[...]\n"
+              "Received Reconnect request from Discord gateway for session SESS. Reconnection will "
+              "be attempted.\n"
+              "Closing websocket after reconnect request for session SESS\n"
+              "Stopping heartbeat timer for session SESS\n"
+              "WebSocket disconnected from gateway for session SESS with reason  (code 1000)\n"
+              "Entering state type Reconnecting for worker SESS\n"
+              "Starting reconnect timer for session SESS\n"
+              "Reconnecting WebSocket for session SESS with cached gateway URL URL\n"
+              "Opening WebSocket connection for session SESS\n"
+              "WebSocket connected to gateway for session SESS\n"
+              "Entering state type Connected for worker SESS\n"
+              "Received Hello from Discord gateway\n"
+              "Sending resume message to Discord gateway\n"
+              "Finished resuming with Discord gateway");
 }
 
-TEST(Session, CachedGatewayUrlIsUsedWithoutAskingTheApi)
+TEST_F(Session, OneTokenGivesOneWithoutAskingTheApi)
 {
-    stage::Stage service(smallStage());
-    TestClient test(service.apiUrl());
-    ASSERT_NE(test.connectUntilReady(service.gatewayUrl()), nullptr);
-    EXPECT_TRUE(service.requests().isEmpty());
+    EXPECT_TRUE(service.requests().isEmpty()) << "the gateway's address was known";
     EXPECT_TRUE(test.gatewayUrls.isEmpty());
-}
-
-TEST(Session, OneTokenGivesOneSession)
-{
-    stage::Stage service(smallStage());
-    TestClient test(service.apiUrl());
-    EXPECT_NE(test.connectTo(service.gatewayUrl()), nullptr);
     EXPECT_EQ(test.connectTo(service.gatewayUrl()), nullptr);
-    EXPECT_EQ(test.client->addSessionWithAuthToken(QString(), service.gatewayUrl()), nullptr);
-    EXPECT_EQ(test.client->sessions().size(), 1);
+    EXPECT_EQ(client.addSessionWithAuthToken(QString(), service.gatewayUrl()), nullptr);
+    EXPECT_EQ(client.sessions().size(), 1);
 }
 
-TEST(Session, UnreachableApiEndsTheSession)
+TEST(FirstSession, EndsWhereNoGatewayIs)
 {
-    TestClient test(QStringLiteral("http://127.0.0.1:%1/api/v6").arg(deadPort()));
-    LogLines log;
-    test.connectTo(QString());
-    ASSERT_TRUE(test.waitForState("Disconnected"));
-    EXPECT_TRUE(log.has("Failed to locate WebSocket gateway when querying Discord API: "));
-    EXPECT_EQ(test.gatewayUrls, QStringList{ QString() });
-    EXPECT_TRUE(test.client->sessions().isEmpty());
-}
-
-TEST(Session, GatewayReplyWithoutUrlDoesNotConnect)
-{
-    for (char const* const body : { "{}", "", "[]", "{\"url\":7}", "\xff\xfe", "{\"url\":\"\"}" }) {
-        stage::Stage service(smallStage());
-        service.answer("GET", QStringLiteral("/gateway"), 200, body);
-        TestClient test(service.apiUrl());
+    char const* const emptyUrl =
+        "Received empty WebSocket gateway URL in response from Discord gateway query";
+    struct Case {
+        char const* reply; // of the API; null: it cannot be reached
+        QString url; // known from before; empty: the API is asked
+        char const* logged;
+    };
+    Case const cases[] = {
+        { nullptr, {}, "Failed to locate WebSocket gateway when querying Discord API: " },
+        { "{}", {}, emptyUrl },
+        { "[]", {}, emptyUrl },
+        { R"({"url":7})", {}, emptyUrl },
+        { "\xff\xfe", {}, emptyUrl },
+        { R"({"url":""})", {}, emptyUrl },
+        { nullptr, QStringLiteral("ws://127.0.0.1:%1").arg(deadPort()),
+          "Aborting WebSocket for session SESS with error code 0\n"
+          "WebSocket connected to Discord signaled an error: ConnectionRefusedError" },
+        { nullptr, QStringLiteral("http://127.0.0.1"), "" },
+        { nullptr, QStringLiteral("ws://"), "" },
+        { nullptr, QStringLiteral("nonsense"), "" },
+        { nullptr, QStringLiteral("ws://127.0.0.1:99999"), "" },
+        { nullptr, QStringLiteral("ws://\r\nX: y"), "" },
+        { nullptr, QStringLiteral("file:///etc/passwd"), "" },
+    };
+    for (Case const& one : cases) {
+        stage::Stage service;
+        service.answer("GET", QStringLiteral("/gateway"), 200, one.reply);
+        TestClient test(one.reply ? service.apiUrl()
+                                  : QStringLiteral("http://127.0.0.1:%1/api/v6").arg(deadPort()));
         LogLines log;
-        test.connectTo(QString());
-        ASSERT_TRUE(test.waitForState("Disconnected"));
-        EXPECT_TRUE(log.has("Received empty WebSocket gateway URL in response from Discord gateway "
-                            "query"));
+        test.connectTo(one.url);
+        ASSERT_TRUE(test.waitForState("Disconnected")) << log.joined();
+        EXPECT_TRUE(log.has(one.logged)) << log.joined();
+        EXPECT_TRUE(test.client->sessions().isEmpty());
         EXPECT_EQ(service.connectionCount(), 0);
+        if (*one.logged && !one.reply) {
+            EXPECT_EQ(test.gatewayUrls, QStringList{ QString() }) << "forgotten";
+        }
+        EXPECT_TRUE(one.url.isEmpty()
+                    || waitUntil([&] { return test.events.anyAccountConnectionProblem(); }));
     }
 }
 
-TEST(Session, CachedGatewayUrlThatHasDiedIsForgotten)
-{
-    TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
-    LogLines log;
-    test.connectTo(QStringLiteral("ws://127.0.0.1:%1").arg(deadPort()));
-    ASSERT_TRUE(test.waitForState("Disconnected"));
-    EXPECT_TRUE(
-        log.has("Aborting WebSocket for session SESS with error code 0\n"
-                "WebSocket connected to Discord signaled an error: ConnectionRefusedError"));
-    EXPECT_EQ(test.gatewayUrls, QStringList{ QString() });
-    EXPECT_TRUE(waitUntil([&] { return test.events.anyAccountConnectionProblem(); }));
-}
-
-TEST(Session, UselessGatewayUrls)
-{
-    for (char const* const url : { "http://127.0.0.1", "ws://", "nonsense", "ws://127.0.0.1:99999",
-                                   "ws://\r\nX: y", "file:///etc/passwd" }) {
-        TestClient test(QStringLiteral("http://127.0.0.1:1/api/v6"));
-        test.connectTo(QString::fromLatin1(url));
-        EXPECT_TRUE(test.waitForState("Disconnected")) << url;
-    }
-}
-
-TEST(Session, HelloIntervals)
+TEST(FirstSession, HelloIntervals)
 {
     struct Case {
         QJsonValue interval;
@@ -219,18 +201,16 @@ TEST_F(BareSession, HeartbeatsCarryTheLastSequenceNumber)
 
 TEST_F(BareSession, OddFramesAreToldAndIgnored)
 {
-    gateway.send(object(R"({"op":"10"})"));
-    gateway.send(object(R"({"op":null})"));
-    gateway.send(object(R"({})"));
-    gateway.send(object(R"({"op":3})"));
-    gateway.send(object(R"({"op":15})"));
-    gateway.send(object(R"({"op":0,"t":"READY"})"));
-    gateway.send(object(R"({"op":0,"t":5,"d":{}})"));
-    gateway.send(object(R"({"op":0,"t":"","d":{},"s":9})"));
-    gateway.sendBytes(gateway.deflater.message("\x83j")); // the empty list
-    gateway.sendBytes(gateway.deflater.message("\x83")); // nothing behind the version
-    gateway.sendBytes(gateway.deflater.message("no term"));
-    gateway.sendBytes(gateway.deflater.message("\x83\xfe"));
+    for (char const* const frame : { R"({"op":"10"})", R"({"op":null})", "{}", R"({"op":3})" })
+        gateway.send(object(frame));
+    for (qint32 const code : { 15, -1, std::numeric_limits<qint32>::max() })
+        gateway.send({ { QStringLiteral("op"), code } });
+    for (char const* const frame : { R"({"op":0,"t":"READY"})", R"({"op":0,"t":5,"d":{}})",
+                                     R"({"op":0,"t":"","d":{},"s":9})" })
+        gateway.send(object(frame));
+    // The empty list, nothing behind the version, no version, no such tag.
+    for (char const* const bytes : { "\x83j", "\x83", "no term", "\x83\xfe" })
+        gateway.sendBytes(gateway.deflater.message(bytes));
     gateway.sendBytes(QByteArray());
     greet();
     QStringList lines = log.all();
@@ -242,6 +222,8 @@ TEST_F(BareSession, OddFramesAreToldAndIgnored)
               "Received WebSocket message from Discord gateway without an opcode int\n"
               "Unexpected WebSocket message from Discord gateway. Opcode was: 3\n"
               "Unrecognized WebSocket message opcode from Discord gateway. Opcode was: 15\n"
+              "Unrecognized WebSocket message opcode from Discord gateway. Opcode was: -1\n"
+              "Unrecognized WebSocket message opcode from Discord gateway. Opcode was: 2147483647\n"
               "Invalid dispatch event from server: 'd' is missing\n"
               "Invalid dispatch event from server: 't' is missing or not a string\n"
               "Invalid event name when handling dispatch from Discord gateway. Event name was: \n"
@@ -254,49 +236,10 @@ TEST_F(BareSession, OddFramesAreToldAndIgnored)
               "Sending identify message to Discord gateway");
 }
 
-TEST(Session, ReconnectRequestResumes)
+TEST_F(Session, VanishedPeerAndGoingAwayResumeAndReplayWhatWasMissed)
 {
-    stage::Stage service(smallStage());
-    TestClient test(service.apiUrl());
-    ASSERT_NE(test.connectUntilReady(service.gatewayUrl()), nullptr);
-    QString const guilds = test.value("select count(*) from guild");
-    LogLines log;
-    service.requestReconnect();
-    QJsonObject frame;
-    ASSERT_TRUE(service.expectFrame(6, &frame));
-    ASSERT_TRUE(log.waitFor("Finished resuming with Discord gateway"));
-    EXPECT_EQ(log.joined(),
-              "Received Reconnect request from Discord gateway for session SESS. Reconnection will "
-              "be attempted.\n"
-              "Closing websocket after reconnect request for session SESS\n"
-              "Stopping heartbeat timer for session SESS\n"
-              "WebSocket disconnected from gateway for session SESS with reason  (code 1000)\n"
-              "Entering state type Reconnecting for worker SESS\n"
-              "Starting reconnect timer for session SESS\n"
-              "Reconnecting WebSocket for session SESS with cached gateway URL "
-                  + service.gatewayUrl().toStdString()
-                  + "\n"
-                    "Opening WebSocket connection for session SESS\n"
-                    "WebSocket connected to gateway for session SESS\n"
-                    "Entering state type Connected for worker SESS\n"
-                    "Received Hello from Discord gateway\n"
-                    "Sending resume message to Discord gateway\n"
-                    "Finished resuming with Discord gateway");
-    QJsonObject const d = frame[QLatin1String("d")].toObject();
-    EXPECT_EQ(d[QLatin1String("token")].toString(), TestClient::defaultToken());
-    EXPECT_EQ(d[QLatin1String("seq")].toInt(), 1);
-    EXPECT_EQ(test.states.join(QLatin1Char(' ')).toStdString(),
-              "Connecting Connected Reconnecting Connected");
-    EXPECT_EQ(test.value("select count(*) from guild"), guilds) << "the store is kept";
-}
-
-TEST(Session, VanishedPeerAndGoingAwayResumeAndReplayWhatWasMissed)
-{
-    stage::Stage service(smallStage());
-    TestClient test(service.apiUrl());
-    ASSERT_NE(test.connectUntilReady(service.gatewayUrl()), nullptr);
     for (int round = 0; round < 3; ++round) {
-        LogLines log;
+        LogLines lines;
         if (round == 0)
             service.dropConnection();
         else
@@ -307,29 +250,25 @@ TEST(Session, VanishedPeerAndGoingAwayResumeAndReplayWhatWasMissed)
         service.sendDispatch(QStringLiteral("GUILD_UPDATE"),
                              { { QStringLiteral("id"), guild }, { QStringLiteral("name"), name } });
         ASSERT_TRUE(service.expectFrame(6));
-        ASSERT_TRUE(log.waitFor("Finished resuming with Discord gateway")) << round;
+        ASSERT_TRUE(lines.waitFor("Finished resuming with Discord gateway")) << round;
         QString const query = QStringLiteral("select name from guild where id = %1").arg(guild);
         EXPECT_EQ(test.value(query.toLatin1().constData()), name);
     }
 }
 
-TEST(Session, InvalidSessionIdentifiesAnewAndEmptiesTheStore)
+TEST_F(Session, InvalidSessionIdentifiesAnewAndEmptiesTheStore)
 {
-    stage::Stage service(smallStage());
-    TestClient test(service.apiUrl());
-    ASSERT_NE(test.connectUntilReady(service.gatewayUrl()), nullptr);
+    char const* const content = "select content from message where id = 11";
     ASSERT_TRUE(service.expectFrame(2));
     ASSERT_TRUE(waitUntil([&] { return test.reloads == 1; }));
-    LogLines log;
     service.sendDispatch(QStringLiteral("MESSAGE_CREATE"),
                          object(R"({"id":"11","channel_id":"12","content":"old",
                                     "author":{"id":"13","username":"u"}})"));
-    ASSERT_TRUE(waitUntil(
-        [&] { return !test.value("select content from message where id = 11").isEmpty(); }));
+    ASSERT_TRUE(waitUntil([&] { return !test.value(content).isEmpty(); }));
     service.invalidateSession();
     ASSERT_TRUE(service.expectFrame(2));
     ASSERT_TRUE(waitUntil([&] { return test.reloads == 3; })) << "emptied, then filled by READY";
-    EXPECT_EQ(test.value("select content from message where id = 11").toStdString(), "");
+    EXPECT_EQ(test.value(content).toStdString(), "");
     EXPECT_NE(test.value("select count(*) from guild").toInt(), 0);
     EXPECT_TRUE(log.has("Discord gateway indicated session ID is invalid for session SESS. "
                         "Re-identification will be attempted.\n"
@@ -350,54 +289,34 @@ TEST_F(BareSession, InvalidSessionWithoutAHeldOneKeepsTheStore)
     EXPECT_EQ(test.reloads, 0);
 }
 
-TEST(Session, CloseCodesThatEndIt)
+TEST(FirstSession, CloseCodesThatEndIt)
 {
     struct Case {
         int code;
         char const* reason;
         bool rejected;
     };
-    Case const cases[] = {
-        { 4004, "Authentication failed.", true },
-        { 4004, "", false },
-        { 4000, "Unknown error.", false },
-        { 4009, "Session timed out.", false },
-        { 1011, "oops", false },
-    };
-    for (Case const& one : cases) {
-        stage::Stage service(smallStage());
-        TestClient test(service.apiUrl());
-        ASSERT_NE(test.connectUntilReady(service.gatewayUrl()), nullptr);
+    for (Case const& one :
+         { Case{ 4004, "Authentication failed.", true }, Case{ 4004, "", false },
+           Case{ 4009, "Session timed out.", false }, Case{ 1011, "oops", false } }) {
+        SignedIn on;
         LogLines log;
-        service.closeWith(one.code, QString::fromLatin1(one.reason));
-        ASSERT_TRUE(test.waitForState("Disconnected"));
-        EXPECT_EQ(!test.rejectedTokens.isEmpty(), one.rejected) << one.code << one.reason;
+        on.service.closeWith(one.code, QString::fromLatin1(one.reason));
+        ASSERT_TRUE(on.test.waitForState("Disconnected"));
+        EXPECT_EQ(on.test.rejectedTokens.size(), one.rejected ? 1 : 0) << one.code << one.reason;
         EXPECT_EQ(log.has("Authentication failed for session SESS\n"), one.rejected);
         EXPECT_TRUE(log.has("WebSocket disconnected from gateway for session SESS with reason "));
         EXPECT_FALSE(log.has("Starting reconnect timer"));
-        EXPECT_TRUE(test.client->sessions().isEmpty());
-        EXPECT_EQ(test.value("select count(*) from guild").toStdString(), "0")
+        EXPECT_TRUE(on.client.sessions().isEmpty());
+        EXPECT_EQ(on.test.value("select count(*) from guild").toStdString(), "0")
             << "the store is a cache of the connection";
-        EXPECT_FALSE(test.events.anyAccountConnectionProblem());
+        EXPECT_FALSE(on.test.events.anyAccountConnectionProblem());
     }
 }
 
-TEST(Session, WrongTokenIsRejected)
+TEST_F(Session, ClosedByTheUser)
 {
-    stage::Stage service(smallStage());
-    TestClient test(service.apiUrl());
-    test.connectTo(QString(), QStringLiteral("wrong"));
-    ASSERT_TRUE(test.waitForState("Disconnected"));
-    EXPECT_EQ(test.rejectedTokens, QStringList{ QStringLiteral("wrong") });
-}
-
-TEST(Session, ClosedByTheUser)
-{
-    stage::Stage service(smallStage());
-    TestClient test(service.apiUrl());
-    DisSession* const session = test.connectUntilReady(service.gatewayUrl());
-    ASSERT_NE(session, nullptr);
-    test.client->disconnectSession(session);
+    client.disconnectSession(session);
     ASSERT_TRUE(test.waitForState("Disconnected"));
     EXPECT_EQ(test.states.join(QLatin1Char(' ')).toStdString(),
               "Connecting Connected Disconnecting Disconnected");
@@ -407,17 +326,15 @@ TEST(Session, ClosedByTheUser)
     EXPECT_NE(test.connectUntilReady(service.gatewayUrl()), nullptr);
 }
 
-TEST(Session, ClosedByTheUserWhileItWaitsToReconnect)
+TEST(FirstSession, ClosedByTheUserWhileItWaitsToReconnect)
 {
-    stage::Stage service(smallStage());
     DisSessionTimings timings = quickTimings();
     timings.reconnectFirst = 1'000'000;
-    TestClient test(service.apiUrl(), timings);
-    DisSession* const session = test.connectUntilReady(service.gatewayUrl());
-    service.dropConnection();
-    ASSERT_TRUE(test.waitForState("Reconnecting"));
-    test.client->disconnectSession(session);
-    EXPECT_TRUE(test.waitForState("Disconnected"));
+    SignedIn on(timings);
+    on.service.dropConnection();
+    ASSERT_TRUE(on.test.waitForState("Reconnecting"));
+    on.client.disconnectSession(on.session);
+    EXPECT_TRUE(on.test.waitForState("Disconnected"));
 }
 
 TEST_F(BareSession, FrameThatNeedsThreeGrowthStepsArrivesWhole)
@@ -429,39 +346,26 @@ TEST_F(BareSession, FrameThatNeedsThreeGrowthStepsArrivesWhole)
                             { QStringLiteral("channel_id"), QStringLiteral("22") },
                             { QStringLiteral("content"), content } },
                           1));
-    ASSERT_TRUE(waitUntil(
-        [&] { return !test.value("select content from message where id = 21").isEmpty(); }));
-    EXPECT_EQ(test.value("select content from message where id = 21"), content);
+    EXPECT_TRUE(waitUntil(
+        [&] { return test.value("select content from message where id = 21") == content; }));
 }
 
-TEST(Session, GarbageInTheStream)
+TEST_F(Session, GarbageInTheStream)
 {
-    stage::Stage service(smallStage());
-    TestClient test(service.apiUrl());
-    ASSERT_NE(test.connectUntilReady(service.gatewayUrl()), nullptr);
-    {
-        // Bytes that inflate, but are no term: the stream goes on.
-        LogLines log;
-        service.sendGarbage();
-        service.sendFrame(object(R"({"op":8})"));
-        ASSERT_TRUE(log.waitFor("Opcode was: 8"));
-        EXPECT_TRUE(log.has("From ETF build error\n * Build Error\n   Init error\n"));
-    }
-    {
-        // Bytes that do not inflate: the stream is lost, the connection stays up.
-        LogLines log;
-        service.sendRawMessage(QByteArray(100, '\xff'));
-        service.sendFrame(object(R"({"op":8})"));
-        ASSERT_TRUE(log.waitFor("Zlib error: -3\nZlib error: -3"));
-        EXPECT_EQ(service.connectionCount(), 1);
-        EXPECT_EQ(test.states.last().toStdString(), "Connected");
-    }
-    {
-        // The next connection has a new stream.
-        LogLines log;
-        service.dropConnection();
-        ASSERT_TRUE(log.waitFor("Finished resuming with Discord gateway"));
-    }
+    // Bytes that inflate, but are no term: the stream goes on.
+    service.sendGarbage();
+    service.sendFrame(object(R"({"op":8})"));
+    ASSERT_TRUE(log.waitFor("From ETF build error\n * Build Error\n   Init error\n"
+                            "Unexpected WebSocket message from Discord gateway. Opcode was: 8"));
+    // Bytes that do not inflate: the stream is lost, the connection stays up.
+    service.sendRawMessage(QByteArray(100, '\xff'));
+    service.sendFrame(object(R"({"op":8})"));
+    ASSERT_TRUE(log.waitFor("Zlib error: -3\nZlib error: -3"));
+    EXPECT_EQ(service.connectionCount(), 1);
+    EXPECT_EQ(test.states.last().toStdString(), "Connected");
+    // The next connection has a new stream.
+    service.dropConnection();
+    ASSERT_TRUE(log.waitFor("Finished resuming with Discord gateway"));
 }
 
 TEST_F(BareSession, EndOfTheStreamIsTold)
@@ -471,31 +375,20 @@ TEST_F(BareSession, EndOfTheStreamIsTold)
     EXPECT_TRUE(test.waitForState("Connected"));
 }
 
-TEST(Session, MessageOverTheLimitEndsIt)
+TEST(FirstSession, BoundsOfFramesAndMessages)
 {
-    stage::Stage service(smallStage());
-    DisSessionTimings timings = quickTimings();
-    timings.maxSocketMessage = 200'000;
-    TestClient test(service.apiUrl(), timings);
-    ASSERT_NE(test.connectUntilReady(service.gatewayUrl()), nullptr);
-    LogLines log;
-    service.sendRawMessage(QByteArray(200'001, 'x'));
-    ASSERT_TRUE(test.waitForState("Disconnected"));
-    EXPECT_TRUE(log.has("(code 1009)"));
-}
-
-TEST(Session, FrameOverTheBoundIsDropped)
-{
-    stage::Stage service(smallStage());
     DisSessionTimings timings = quickTimings();
     timings.maxFrame = 1 << 20;
-    TestClient test(service.apiUrl(), timings);
-    ASSERT_NE(test.connectUntilReady(service.gatewayUrl()), nullptr);
+    timings.maxSocketMessage = 200'000;
+    SignedIn on(timings);
     LogLines log;
-    service.sendPayload(QByteArray(2 << 20, 'x'));
+    on.service.sendPayload(QByteArray(2 << 20, 'x'));
     ASSERT_TRUE(log.waitFor("Dropped a Discord gateway frame that inflates to more than 1048576 "
                             "bytes"));
-    EXPECT_EQ(test.states.last().toStdString(), "Connected");
+    EXPECT_EQ(on.test.states.last().toStdString(), "Connected");
+    on.service.sendRawMessage(QByteArray(200'001, 'x'));
+    ASSERT_TRUE(on.test.waitForState("Disconnected"));
+    EXPECT_TRUE(log.has("(code 1009)"));
 }
 
 // A hello and a small dispatch, each sent as two messages that are cut at every byte in turn: the
@@ -540,53 +433,31 @@ TEST_F(BareSession, ReadyWithoutUserEndsItWithABox)
               "Nakwire did not receive data that is required to operate|fatal");
 }
 
-TEST_F(BareSession, BatchesArePostedOnce)
+TEST_F(BareSession, TypingIsToldInBatches)
 {
     QStringList typing;
     QObject::connect(
         test.client.get(), &DisClient::typingStarts, [&](QVector<DisTypingStart> const& starts) {
-            QStringList users;
-            for (DisTypingStart const& start : starts)
-                users << start.channelId.toString() + QLatin1Char('/') + start.userId.toString();
-            typing << users.join(QLatin1Char(' '));
+            for (DisTypingStart const& one : starts)
+                typing << one.channelId.toString() + QLatin1Char('/') + one.userId.toString();
+            typing << QStringLiteral("end");
         });
-    QVector<int> statusItems;
-    QObject::connect(test.client.get(), &DisClient::disChanges, [&](DisChanges const& changes) {
-        if (changes.has(DisChange::ChangeType::UserStatusChanged) && !changes.isReload())
-            statusItems << changes.items.size();
-    });
-    gateway.sendHello();
-    gateway.send(dispatch("READY", readyData("100"), 1));
-    for (char const* const user : { "101", "102", "101" }) {
-        QJsonObject const who{ { QStringLiteral("id"), QLatin1String(user) },
-                               { QStringLiteral("username"), QLatin1String(user) } };
-        gateway.send(dispatch("PRESENCE_UPDATE",
-                              { { QStringLiteral("user"), who },
-                                { QStringLiteral("status"), QStringLiteral("idle") } },
-                              2));
+    becomeReady();
+    for (char const* const user : { "101", "102", "101" })
         gateway.send(dispatch("TYPING_START",
                               { { QStringLiteral("channel_id"), QStringLiteral("7") },
                                 { QStringLiteral("user_id"), QLatin1String(user) },
                                 { QStringLiteral("timestamp"), 1'560'000'000 } },
                               3));
-    }
-    ASSERT_TRUE(waitUntil([&] { return !typing.isEmpty() && !statusItems.isEmpty(); }));
-    EXPECT_EQ(typing.join(QLatin1Char('|')).toStdString(), "7/101 7/102");
-    EXPECT_EQ(statusItems.size(), 1);
-    EXPECT_EQ(statusItems.value(0), 4) << "two users, properties and status each";
-    EXPECT_EQ(test.value("select status from user where id = 101").toStdString(), "2");
+    ASSERT_TRUE(waitUntil([&] { return !typing.isEmpty(); }));
+    EXPECT_EQ(typing.join(QLatin1Char(' ')).toStdString(), "7/101 7/102 end");
 }
 
 TEST_F(BareSession, GuildsAreSynchronizedOnceAndNeverTheTooLarge)
 {
-    greet();
-    QJsonObject ready = readyData("100");
-    ready.insert(QStringLiteral("guilds"),
-                 QJsonArray{ object(R"({"id":"1","owner_id":"9","member_count":3999})"),
-                             object(R"({"id":"2","owner_id":"9","member_count":4000})"),
-                             object(R"({"id":"3","owner_id":"9"})") });
-    gateway.send(dispatch("READY", ready, 1));
-    ASSERT_TRUE(waitUntil([&] { return test.userId.isValid(); }));
+    becomeReady({ object(R"({"id":"1","owner_id":"9","member_count":3999})"),
+                  object(R"({"id":"2","owner_id":"9","member_count":4000})"),
+                  object(R"({"id":"3","owner_id":"9"})") });
     auto const include = [&](QSet<FlakeId> const& guilds) {
         test.client->includeGuildsForSynchronization(test.userId, guilds);
     };
@@ -606,18 +477,16 @@ TEST_F(BareSession, GuildsAreSynchronizedOnceAndNeverTheTooLarge)
                         "Changing Discord presence status to 2 (afk: 1, game: )"));
 }
 
-TEST(Session, ThreadsEndWithTheClient)
+TEST(FirstSession, ThreadsEndWithTheClient)
 {
     QString const name =
         QStringLiteral("DisSessionWorkerThread").left(15); // as the kernel keeps it
     ASSERT_FALSE(threadNames().contains(name));
-    stage::Stage service(smallStage());
-    for (int round = 0; round < 5; ++round) {
-        TestClient test(service.apiUrl());
-        ASSERT_NE(test.connectUntilReady(service.gatewayUrl()), nullptr);
+    for (int round = 0; round < 4; ++round) {
+        SignedIn on;
         EXPECT_EQ(threadNames().count(name), 1);
         if (round % 2)
-            test.client->disconnectAllSessions(); // and gone before it is done
+            on.client.disconnectAllSessions(); // and gone before it is done
     }
     EXPECT_FALSE(threadNames().contains(name));
 }

@@ -24,13 +24,15 @@ public:
     ~Line() override { *m_said << QStringLiteral("gone"); }
     void startConnection(DisVoiceConnParams const& params) override
     {
-        *m_said << QStringLiteral("start %1 %2 %3 %4 %5")
-                       .arg(shown(params.guildId), shown(params.channelId), params.sessionId,
-                            params.token, params.endpoint);
+        QStringList const words{
+            QStringLiteral("start"), shown(params.guildId), shown(params.channelId),
+            params.sessionId,        params.token,          params.endpoint
+        };
+        *m_said << words.join(QLatin1Char(' '));
     }
     void setChannelId(FlakeId channel) override
     {
-        *m_said << QStringLiteral("channel %1").arg(shown(channel));
+        *m_said << QStringLiteral("channel ") + shown(channel);
     }
 
 private:
@@ -42,26 +44,25 @@ struct WhatWasSaid {
     QStringList said;
 };
 
-struct VoiceHandOver : testing::Test, WhatWasSaid, SignedIn {
+class VoiceHandOver : protected WhatWasSaid, public SignedInTest {
+protected:
     VoiceHandOver()
     {
-        QObject::connect(test.client.get(), &DisClient::messageAckReceived, [this] { ++acks; });
-        QObject::connect(test.client.get(), &DisClient::voiceLineCreated,
-                         [this](FlakeId const& user, FlakeId const& where, IDisVoiceLine* line) {
-                             EXPECT_EQ(user, test.userId);
-                             EXPECT_EQ(line, session->voiceLine());
-                             said << QStringLiteral("created ") + shown(where);
-                         });
-        NakStmt(test.client->db(),
+        QObject::connect(&client, &DisClient::messageAckReceived, [this] { ++m_acks; });
+        NakStmt(client.db(),
                 "insert into guild_voice_channel (id, guild_id, parent_id, position, "
                 "bitrate, user_limit, name) values (12, 11, 0, 0, 0, 0, '')")
             .step();
-    }
-
-    void addMaker()
-    {
-        test.client->setVoiceLineMaker(
+        client.connectToVoiceChannel(me, FlakeId(12));
+        EXPECT_EQ(log.joined(), "Nothing here can speak in a voice channel");
+        client.setVoiceLineMaker(
             [this](DisVoiceConnParams const&, QObject* parent) { return new Line(&said, parent); });
+        QObject::connect(&client, &DisClient::voiceLineCreated,
+                         [this](FlakeId const& user, FlakeId const& where, IDisVoiceLine* line) {
+                             EXPECT_EQ(user, me);
+                             EXPECT_EQ(line, session->voiceLine());
+                             said << QStringLiteral("created ") + shown(where);
+                         });
     }
 
     std::string frame(int op)
@@ -73,30 +74,20 @@ struct VoiceHandOver : testing::Test, WhatWasSaid, SignedIn {
 
     std::string takeSaid() { return std::exchange(said, {}).join(QLatin1Char('|')).toStdString(); }
 
-    // What the line was told by the event. "{me}" stands for the own user.
-    std::string tell(char const* name, QByteArray d)
+    // What the line is told by the event. "{me}" stands for the own user.
+    std::string after(char const* name, QByteArray d)
     {
-        d.replace("{me}", test.userId.toString().toLatin1());
+        d.replace("{me}", me.toString().toLatin1());
         service.sendDispatch(QString::fromLatin1(name), object(d));
-        int const before = acks; // answered after the event
+        int const before = m_acks; // answered after the event
         service.sendDispatch(QStringLiteral("MESSAGE_ACK"),
                              object(R"({"channel_id":"1","message_id":"2"})"));
-        EXPECT_TRUE(waitUntil([&] { return acks > before; }));
+        EXPECT_TRUE(waitUntil([&] { return m_acks > before; }));
         return takeSaid();
     }
 
-    struct Step {
-        char const* name;
-        char const* d;
-        char const* said;
-    };
-    void run(std::initializer_list<Step> steps)
-    {
-        for (Step const& step : steps)
-            EXPECT_EQ(tell(step.name, step.d), step.said) << step.d;
-    }
-
-    int acks = 0;
+private:
+    int m_acks = 0;
 };
 
 constexpr char state[] = "VOICE_STATE_UPDATE";
@@ -104,34 +95,23 @@ constexpr char server[] = "VOICE_SERVER_UPDATE";
 
 } // namespace
 
-TEST_F(VoiceHandOver, WithoutAMakerOfLinesNothingIsJoined)
-{
-    LogLines log;
-    test.client->connectToVoiceChannel(test.userId, FlakeId(12));
-    EXPECT_EQ(log.joined(), "Nothing here can speak in a voice channel");
-    EXPECT_FALSE(test.client->anySessionsWithVoiceLine());
-    test.client->synchronizePrivateChannelCalls(test.userId, FlakeId(13));
-    EXPECT_EQ(frame(13), R"({"channel_id":"13"})");
-    for (QJsonObject const& one : service.frames())
-        EXPECT_NE(one.value(QStringLiteral("op")).toInt(), 4);
-}
-
 TEST_F(VoiceHandOver, GuildChannelFromJoiningToLeaving)
 {
-    addMaker();
-    LogLines log;
-    DisClient& client = *test.client;
-    client.connectToVoiceChannel(test.userId, FlakeId());
+    client.connectToVoiceChannel(me, FlakeId());
     EXPECT_FALSE(client.anySessionsWithVoiceLine());
-    client.connectToVoiceChannel(test.userId, FlakeId(12));
+    client.connectToVoiceChannel(me, FlakeId(12));
     EXPECT_TRUE(client.anySessionsWithVoiceLine());
     EXPECT_EQ(takeSaid(), "") << "only after the current event";
     EXPECT_EQ(frame(4),
               R"({"channel_id":"12","guild_id":"11","self_deaf":false,"self_mute":false,)"
               R"("self_video":false})");
     EXPECT_TRUE(waitUntil([&] { return takeSaid() == "created 12"; }));
-    client.connectToVoiceChannel(test.userId, FlakeId(13)); // one line at a time
-    run({
+    client.connectToVoiceChannel(me, FlakeId(13)); // one line at a time
+    struct {
+        char const* name;
+        char const* d;
+        char const* said;
+    } const steps[] = {
         { state, R"({"user_id":"7","session_id":"x","guild_id":"11","channel_id":"12"})", "" },
         { state, R"({"user_id":"{me}","session_id":"x","guild_id":"9","channel_id":"12"})", "" },
         { state, R"({"user_id":"{me}","session_id":"x","guild_id":"11","channel_id":null})", "" },
@@ -144,38 +124,34 @@ TEST_F(VoiceHandOver, GuildChannelFromJoiningToLeaving)
           "start 11 12 s t3 host:80" },
         { server, R"({"guild_id":"11","endpoint":"moved","token":"t4"})", "" },
         { state, R"({"user_id":"{me}","session_id":"s2","guild_id":"11","channel_id":"14"})", "" },
-        { state, R"({"user_id":"{me}","session_id":"s","guild_id":"11","channel_id":"14"})",
-          "channel 14" },
         { state, R"({"user_id":"{me}","session_id":"s","guild_id":"11","channel_id":null})",
           "channel none" },
         { state, R"({"user_id":"{me}","session_id":"s","guild_id":"11","channel_id":"12"})",
           "channel 12" },
-    });
-    client.sessionDisconnectFromVoiceChannel(test.userId, FlakeId(14)); // not there any more
+    };
+    for (auto const& step : steps)
+        EXPECT_EQ(after(step.name, step.d), step.said) << step.d;
+    client.sessionDisconnectFromVoiceChannel(me, FlakeId(14)); // it is not there
     EXPECT_TRUE(client.anySessionsWithVoiceLine());
-    client.sessionDisconnectFromVoiceChannel(test.userId, FlakeId(12));
+    client.sessionDisconnectFromVoiceChannel(me, FlakeId(12));
     EXPECT_FALSE(client.anySessionsWithVoiceLine());
     EXPECT_EQ(takeSaid(), "") << "what is being said still gets out";
     EXPECT_EQ(frame(4),
               R"({"channel_id":null,"guild_id":"11","self_deaf":false,"self_mute":false})");
     EXPECT_TRUE(waitUntil([&] { return takeSaid() == "gone"; }));
-    EXPECT_EQ(log.joined(),
-              "Requesting voice state change to start voice connection\n"
-              "Requesting voice state change to stop voice connection");
 }
 
 TEST_F(VoiceHandOver, PrivateCallHasNoGuildAndGoesWithItsSession)
 {
-    addMaker();
-    test.client->connectToVoiceChannel(test.userId, FlakeId(13));
+    client.synchronizePrivateChannelCalls(me, FlakeId(13));
+    EXPECT_EQ(frame(13), R"({"channel_id":"13"})");
+    client.connectToVoiceChannel(me, FlakeId(13));
     EXPECT_EQ(frame(4),
               R"({"channel_id":"13","guild_id":null,"self_deaf":false,"self_mute":false,)"
               R"("self_video":false})");
     EXPECT_TRUE(waitUntil([&] { return takeSaid() == "created 13"; }));
-    run({
-        { state, R"({"user_id":"{me}","session_id":"s","guild_id":null,"channel_id":"13"})", "" },
-        { server, R"({"endpoint":"host","token":"t"})", "start none 13 s t host" },
-    });
-    test.client->disconnectAllSessions();
+    after(state, R"({"user_id":"{me}","session_id":"s","guild_id":null,"channel_id":"13"})");
+    EXPECT_EQ(after(server, R"({"endpoint":"host","token":"t"})"), "start none 13 s t host");
+    client.disconnectAllSessions();
     EXPECT_TRUE(waitUntil([&] { return takeSaid() == "gone"; }));
 }
