@@ -313,20 +313,6 @@ TEST_F(ChanBuff, TheWheelMovesByItsScaleAndStopsAtBothEnds)
     EXPECT_TRUE(buffer->isStuckToEnd());
 }
 
-TEST_F(ChanBuff, APureShiftAndARepaintReadNothing)
-{
-    fill(50);
-    for (int i = 0; i < 100; ++i) // one group much higher than the view
-        world.addMessage(idAt(50 * farApart + i), alice, QStringLiteral("line"));
-    open();
-    wheel(1);
-    quint64 const before = buffer->reads().readCount();
-    wheel(1);
-    wheel(-1);
-    buffer->view()->repaint();
-    EXPECT_EQ(buffer->reads().readCount(), before);
-}
-
 TEST_F(ChanBuff, ABurstIsOnePassAndLeavesTheWidgetsOfItsGroupAlone)
 {
     fill(100);
