@@ -128,6 +128,16 @@ double fainterBy(QImage const& before, QImage const& after)
 
 } // namespace
 
+TEST_F(Conversation, GoToOpensAChannelByAPartOfItsName)
+{
+    m_client.key(QStringLiteral("ctrl+k"));
+    m_client.type(QStringLiteral("NNOUNCE"));
+    // Until something is found, Return does nothing.
+    EXPECT_TRUE(repeatUntil(QStringLiteral("key Return"), [this] {
+        return m_client.title().startsWith(QLatin1String("#announcements"));
+    })) << m_client.title().toStdString();
+}
+
 TEST_F(Conversation, ATypedLineIsSentPendingAndConfirmedInPlace)
 {
     // The service takes the request but stays silent on the gateway, so the line stays pending.
