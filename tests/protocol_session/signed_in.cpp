@@ -19,8 +19,6 @@ stage::StageOptions smallStage()
 
 std::string const commonHeaders = "\nauthorization: mfa.token-of-the-tests"
                                   "\nuser-agent: Nakwire ( https://project.invalid ) 0.4.8";
-std::string const jsonHeaders =
-    commonHeaders + "\ncontent-type: application/json\naccept-encoding: gzip";
 
 SignedIn::SignedIn(DisSessionTimings const& timings)
     : service(smallStage())
@@ -57,6 +55,7 @@ std::string wholeRequest(std::string const& firstLine, std::string const& body)
     std::string const verb = firstLine.substr(0, firstLine.find(' '));
     bool const hasType = !body.empty() || verb == "GET" || verb == "POST";
     bool const hasLength = verb == "POST" || verb == "PUT" || verb == "PATCH";
-    return firstLine + (hasType ? jsonHeaders : commonHeaders + "\naccept-encoding: gzip")
+    return firstLine + commonHeaders + (hasType ? "\ncontent-type: application/json" : "")
+        + "\naccept-encoding: gzip"
         + (hasLength ? "\ncontent-length: " + std::to_string(body.size()) : "") + "\n" + body;
 }

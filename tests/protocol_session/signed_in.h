@@ -32,6 +32,5 @@ protected:
 };
 
 extern std::string const commonHeaders;
-extern std::string const jsonHeaders;
 // A whole request from its first line and its body, with the headers that belong to such a one.
 std::string wholeRequest(std::string const& firstLine, std::string const& body = {});

@@ -8,8 +8,7 @@
 TEST(PostedOrder, EachEventTellsItsOwnBeforeTheNextOne)
 {
     SignedIn on;
-    ASSERT_NE(on.session, nullptr);
-    DisClient* const client = on.test.client.get();
+    DisClient* const client = &on.client;
     QStringList told;
     auto const add = [&](char const* word, std::initializer_list<FlakeId> ids) {
         told << QString::fromLatin1(word);

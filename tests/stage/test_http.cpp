@@ -1,11 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "stage_http.h"
-#include "wire_client.h"
 
-#include <QRegularExpression>
-#include <QTcpSocket>
 #include <QUrl>
+
+#include <gtest/gtest.h>
 
 namespace {
 
@@ -23,6 +22,8 @@ std::string parsed(QByteArray const& bytes)
         + (request.keepAlive ? "" : " close") + " of " + QByteArray::number(parse.consumed);
     return out.toStdString();
 }
+
+} // namespace
 
 TEST(StageHttp, Requests)
 {
@@ -60,33 +61,3 @@ TEST(StageHttp, Requests)
     for (int cut = 0; cut < whole.size(); ++cut)
         EXPECT_EQ(parsed(whole.left(cut)), "incomplete") << cut;
 }
-
-TEST(StageHttp, PipelinedRequestsAreAnsweredInOrderUntilABadOne)
-{
-    int delayMs = 30; // of the first reply; the others wait behind it
-    stage::HttpServer server([&delayMs](stage::HttpRequest const& request) {
-        stage::HttpReply reply;
-        reply.contentType = "text/plain";
-        reply.body = request.path.toUtf8() + ' ' + QByteArray::number(request.body.size());
-        reply.delayMs = std::exchange(delayMs, 0);
-        return reply;
-    });
-    ASSERT_TRUE(server.listen());
-    QTcpSocket socket;
-    socket.connectToHost(QStringLiteral("127.0.0.1"), server.port());
-    socket.write("GET /1 HTTP/1.1\r\n\r\nPOST /2 HTTP/1.1\r\nContent-Length: 8388608\r\n\r\n");
-    socket.write(QByteArray(8'388'608, 'x'));
-    socket.write("GET /3 HTTP/1.1\r\n\r\nNONSENSE\r\n\r\nGET /4 HTTP/1.1\r\n\r\n");
-    ASSERT_TRUE(waitUntil([&] {
-        return socket.state() == QAbstractSocket::UnconnectedState && socket.bytesAvailable() > 0;
-    }));
-    QByteArray const got = socket.readAll();
-    static QRegularExpression const told(QStringLiteral("HTTP/1.1 (\\d+)|/\\d \\d+"));
-    QStringList seen;
-    for (auto it = told.globalMatch(QString::fromLatin1(got)); it.hasNext();)
-        seen << it.next().captured();
-    EXPECT_EQ(seen.join(QLatin1Char('|')).toStdString(),
-              "HTTP/1.1 200|/1 0|HTTP/1.1 200|/2 8388608|HTTP/1.1 200|/3 0|HTTP/1.1 400");
-}
-
-} // namespace
