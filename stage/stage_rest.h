@@ -34,12 +34,4 @@ void deleteMessage(RestContext& context, Message const& message);
 bool react(RestContext& context, Message message, quint32 user, Reaction const& emoji, bool add);
 void startTyping(RestContext& context, Channel const& channel, quint32 user);
 
-struct FormPart {
-    QByteArray name;
-    QString filename;
-    QByteArray body;
-};
-// The parts of a multipart/form-data body; empty if it is damaged.
-std::vector<FormPart> parseMultipart(QByteArray const& body, QByteArray const& contentType);
-
 } // namespace stage

@@ -24,6 +24,20 @@ HttpReply jsonReply(QJsonValue const& value, int status = 200);
 HttpReply noContent();
 HttpReply failure(int status, char const* message, int code);
 
+// --- stage_rest_messages.cpp: messages of a channel, and what is done to them ---
+HttpReply getMessages(RestCall& call);
+HttpReply getMessage(RestCall& call);
+HttpReply postMessages(RestCall& call);
+HttpReply patchMessage(RestCall& call);
+HttpReply removeMessageReply(RestCall& call);
+HttpReply putReaction(RestCall& call);
+HttpReply deleteReaction(RestCall& call);
+HttpReply getPins(RestCall& call);
+HttpReply putPin(RestCall& call);
+HttpReply deletePin(RestCall& call);
+HttpReply postTyping(RestCall& call);
+HttpReply postAck(RestCall& call);
+
 // --- stage_rest_admin.cpp: what concerns whole guilds, and the account's settings of them ---
 HttpReply deleteChannel(RestCall& call);
 HttpReply deleteMember(RestCall& call);
