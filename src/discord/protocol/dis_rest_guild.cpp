@@ -103,6 +103,8 @@ void DisClient::deleteChannel(FlakeId userId, FlakeId channelId)
 void DisClient::deleteChannels(FlakeId userId, QVector<FlakeId> const& channelIds)
 {
     for (FlakeId const id : channelIds) {
+        if (!id.isValid())
+            continue;
         addLog(EvLog::Severity::Info, QStringLiteral("Deleting channel %1").arg(id.toString()));
         send(userId, DisRest::request(DisRestOp::DeleteChannel, { id }));
     }
