@@ -69,8 +69,12 @@ function(nakwire_test name)
     set(platform xcb)
     set(display ${XVFB_RUN} -a -s "-screen 0 1400x900x24 -nolisten tcp -noreset")
   endif()
+  set(seconds 300) # a bound for what hangs
+  if(CMAKE_CXX_FLAGS_RELWITHDEBINFO MATCHES "-fsanitize")
+    set(seconds 900)
+  endif()
   add_test(NAME ${name} COMMAND ${display} $<TARGET_FILE:${name}>)
   set_tests_properties(${name} PROPERTIES
     ENVIRONMENT "QT_QPA_PLATFORM=${platform};TZ=UTC;LC_ALL=C.UTF-8;HOME=${CMAKE_BINARY_DIR}/test-home;XDG_DATA_HOME=${CMAKE_BINARY_DIR}/test-home/${name};XDG_RUNTIME_DIR=/tmp"
-    TIMEOUT 300 LABELS "${TEST_LABELS}")
+    TIMEOUT ${seconds} LABELS "${TEST_LABELS}")
 endfunction()
