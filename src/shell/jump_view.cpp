@@ -291,6 +291,12 @@ void NakJumpLitView::paintEvent(QPaintEvent* event)
                            : tr("Type the name of a channel or a person") });
 }
 
+void NakJumpLitView::showEvent(QShowEvent* event)
+{
+    LitItemView::showEvent(event);
+    visibleItemsChanged(); // the same rows as before, but their matchers have let go of them
+}
+
 // Nothing is kept loaded for rows that nobody sees.
 void NakJumpLitView::hideEvent(QHideEvent* event)
 {

@@ -56,6 +56,7 @@ protected:
                    QRect const& fullRect, QRegion const& region) override;
     void visibleItemsChanged() override;
     void paintEvent(QPaintEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;

@@ -134,6 +134,8 @@ TEST_F(JumpView, MergesWhatItsMatchersFindAndKeepsRowsInPlace)
     EXPECT_TRUE(b.matcher.isNull());
     m_view->hide();
     EXPECT_EQ(a.matcher->visible, 0);
+    m_view->show(); // with the same rows
+    EXPECT_EQ(a.matcher->visible, 2);
 }
 
 // Beside a list sorted by hand, over many random answers.
