@@ -11,6 +11,7 @@
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QScrollBar>
 #include <QStyleOption>
 #include <QVBoxLayout>
 
@@ -107,10 +108,15 @@ void insertNewItems(Priv& d)
     }
 }
 
-void selectSomething(Priv& d)
+// One row is, and where it can be seen: the next Return opens it.
+void showSelected(Priv& d)
 {
-    if (d.selected == noItem && !d.items.empty())
+    if (d.items.empty())
+        return;
+    if (d.selected == noItem)
         select(d, d.items.front().item);
+    else
+        d.list->ensureItemVisibleWithMinimumScrolling(d.selected);
 }
 
 void matchesUpdated(Priv& d, NakJumpMatcher* matcher, QVector<unsigned int> const& removed,
@@ -132,7 +138,7 @@ void matchesUpdated(Priv& d, NakJumpMatcher* matcher, QVector<unsigned int> cons
     });
     insertNewItems(d);
     d.list->endEdit();
-    selectSomething(d);
+    showSelected(d);
     d.list->viewport()->update(); // what an empty list says comes and goes too
 }
 
@@ -257,6 +263,7 @@ NakJumpLitView::NakJumpLitView(Priv* priv, QWidget* parent)
     viewport()->setAutoFillBackground(true);
     viewport()->setMouseTracking(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    verticalScrollBar()->setSingleStep(priv->style.rowHeight);
 }
 
 void NakJumpLitView::paintItem(QPainter* painter, unsigned int item, QRect const& itemRect,
@@ -295,6 +302,7 @@ void NakJumpLitView::showEvent(QShowEvent* event)
 {
     LitItemView::showEvent(event);
     visibleItemsChanged(); // the same rows as before, but their matchers have let go of them
+    showSelected(*d);
 }
 
 // Nothing is kept loaded for rows that nobody sees.
@@ -386,18 +394,12 @@ void NakJumpView::getNewResultsWithCurrentInput()
 
 bool NakJumpView::eventFilter(QObject* watched, QEvent* event)
 {
-    bool const isPress = event->type() == QEvent::KeyPress;
-    if (!isPress && event->type() != QEvent::ShortcutOverride)
+    if (event->type() != QEvent::KeyPress)
         return QWidget::eventFilter(watched, event);
     KeyVerb const verb = verbOf(static_cast<QKeyEvent const&>(*event));
-    if (!verb)
-        return false;
-    // The shortcuts of the chat window reach through a popup; a key that means something here is
-    // kept from them, and comes as a press then.
-    event->accept();
-    if (isPress)
+    if (verb)
         verb(*d);
-    return true;
+    return verb != nullptr;
 }
 
 void NakJumpView::paintEvent(QPaintEvent* /*event*/)

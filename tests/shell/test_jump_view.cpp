@@ -4,15 +4,19 @@
 #include "chat_window.h"
 #include "jump_manager.h"
 #include "jump_view.h"
+#include "lit_item_view.h"
 #include "notif_manager.h"
 #include "shell_fixture.h"
 #include "text_notif.h"
 
+#include <QApplication>
 #include <QLineEdit>
 #include <QPointer>
 #include <QRandomGenerator>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
+#include <QWheelEvent>
 
 namespace {
 
@@ -210,6 +214,21 @@ TEST_F(JumpView, KeysMoveTheSelectionActivateAndDismiss)
     }
     QTest::keyClicks(field(), QStringLiteral("ab"));
     EXPECT_EQ(a.matcher->query, QStringLiteral("ab"));
+}
+
+TEST_F(JumpView, TheWheelScrollsByRowsAndANewAnswerShowsWhatIsSelected)
+{
+    FakeProvider a("a", &m_painted);
+    show();
+    for (unsigned int number = 0; number < 80; number += 2)
+        a.matcher->add({ { number, 1 } });
+    auto const* const bar = m_view->findChild<LitItemView*>()->verticalScrollBar();
+    QPointF const middle = m_view->rect().center();
+    QWheelEvent down(middle, middle, {}, { 0, -120 }, {}, {}, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(m_view->childAt(middle.toPoint()), &down);
+    EXPECT_GE(bar->value(), 3 * fakeHeight);
+    a.matcher->tell({ 60 }, {});
+    EXPECT_EQ(bar->value(), 0);
 }
 
 TEST_F(JumpView, OffersBuiltInViewsByTheBeginOfTheirTitles)
