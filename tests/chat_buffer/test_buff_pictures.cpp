@@ -82,7 +82,7 @@ TEST_F(ChatTest, aMessageShowsPicturesOrLinesThatStandForThem)
     };
     Row const table[] = {
         { true, true, false, 500, "50x40 400x300 plan.pdf" },
-        { true, true, false, 200, "50x40 200x150 plan.pdf" },
+        { true, true, false, 200, "50x40 194x145 plan.pdf" },
         { true, false, false, 500, "400x300 plan.pdf" },
         { false, true, false, 500, "own.png plan.pdf" },
         { true, true, true, 500, "own.png plan.pdf" },

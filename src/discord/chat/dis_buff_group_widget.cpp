@@ -26,6 +26,7 @@ DisBuffGroupLayout layoutGroup(QVector<DisBuffMsgContentWidget*> const& contents
     QMargins const& margins = metrics.groupMargins;
     int const left = margins.left() + metrics.avatarColumn();
     int const innerWidth = std::max(1, width - left - margins.right());
+    int const contentWidth = innerWidth + 2 * metrics.contentInset;
     int y = margins.top();
     if (metrics.avatarSize > 0) {
         layout.avatar = QRect(margins.left(), y, metrics.avatarSize, metrics.avatarSize);
@@ -34,8 +35,8 @@ DisBuffGroupLayout layoutGroup(QVector<DisBuffMsgContentWidget*> const& contents
     y += headerHeight + metrics.headerGap;
     layout.contents.reserve(contents.size());
     for (DisBuffMsgContentWidget const* content : contents) {
-        int const height = content->heightForWidth(innerWidth);
-        layout.contents.append(QRect(left, y, innerWidth, height));
+        int const height = content->heightForWidth(contentWidth);
+        layout.contents.append(QRect(left - metrics.contentInset, y, contentWidth, height));
         y += height + metrics.contentGap;
     }
     layout.height = std::max(y - metrics.contentGap, layout.avatar.bottom() + 1) + margins.bottom();

@@ -65,15 +65,15 @@ struct MsgParts {
 
 // Returns where the next part begins.
 int layoutPictures(DisBuffMsgLayout& layout, QVector<QSize> const& pictures,
-                   DisBuffMetrics const& metrics, int y)
+                   DisBuffMetrics const& metrics, int width, int y)
 {
-    int const width = std::max(1, layout.width - metrics.timeColumn);
     for (QSize size : pictures) {
         if (size.width() > width) {
             size.scale(width, size.height(), Qt::KeepAspectRatio);
         }
         y += metrics.pictureGap;
-        layout.pictures.append(QRect(QPoint(0, y), size.expandedTo(QSize(1, 1))));
+        layout.pictures.append(
+            QRect(QPoint(metrics.contentInset, y), size.expandedTo(QSize(1, 1))));
         y += size.height() + metrics.pictureGap;
     }
     return y;
@@ -83,23 +83,24 @@ DisBuffMsgLayout layoutMsgContent(MsgParts const& parts, DisBuffMetrics const& m
 {
     DisBuffMsgLayout layout;
     layout.width = width;
-    int const textWidth = std::max(1, width - metrics.timeColumn);
+    int const left = metrics.contentInset;
+    int const textWidth = std::max(1, width - 2 * left - metrics.timeColumn);
     int y = 0;
     if (parts.textView) {
-        layout.text = QRect(0, 0, textWidth, parts.textView->heightForWidth(textWidth));
+        layout.text = QRect(left, 0, textWidth, parts.textView->heightForWidth(textWidth));
         y = layout.text.height();
     }
-    y = layoutPictures(layout, parts.pictures, metrics, y);
+    y = layoutPictures(layout, parts.pictures, metrics, textWidth, y);
     for (DisBuffNote const& note : parts.notes) {
         y += metrics.noteGap;
-        layout.notes.append({ QRect(0, y, textWidth, metrics.textFm.height()),
+        layout.notes.append({ QRect(left, y, textWidth, metrics.textFm.height()),
                               metrics.textFm.elidedText(note.text, Qt::ElideRight, textWidth),
                               note.url });
         y += metrics.textFm.height();
     }
     layout.height = std::max(y, metrics.textFm.height());
     if (metrics.timeColumn > 0) {
-        layout.time = QRect(textWidth, 0, width - textWidth, metrics.textFm.height());
+        layout.time = QRect(left + textWidth, 0, metrics.timeColumn, metrics.textFm.height());
     }
     return layout;
 }
@@ -115,7 +116,7 @@ QString toolTipOf(QString const& name)
 QUrl hitNote(DisBuffMsgLayout const& layout, QPoint const& pos, QFontMetrics const& fm)
 {
     for (DisBuffMsgLayout::Note const& note : layout.notes) {
-        if (note.rect.contains(pos) && pos.x() < fm.horizontalAdvance(note.text)) {
+        if (note.rect.contains(pos) && pos.x() < note.rect.x() + fm.horizontalAdvance(note.text)) {
             return note.url;
         }
     }
