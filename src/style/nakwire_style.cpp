@@ -203,6 +203,11 @@ void NakwireStyle::drawComplexControl(ComplexControl control, QStyleOptionComple
             paintScrollBar(*this, painter, *bar, widget);
         return;
     }
+    if (control == CC_SpinBox) {
+        if (auto const* box = qstyleoption_cast<QStyleOptionSpinBox const*>(option))
+            paintSpinBox(*this, painter, *box, widget);
+        return;
+    }
     QProxyStyle::drawComplexControl(control, option, painter, widget);
 }
 

@@ -5,6 +5,8 @@
 #include "nakwire_style.h"
 #include "style_paint.h"
 
+#include <QAbstractScrollArea>
+
 #include <algorithm>
 
 using namespace NakStylePaint;
@@ -14,11 +16,35 @@ namespace {
 // Device-independent pixels.
 constexpr int ringWidth = 2;
 constexpr int scrollSliderMargin = 3;
+constexpr double spinArrowWidth = 6;
+constexpr double spinArrowHeight = 3;
 
 // See NakStylePaint::hoverStep.
 constexpr double sliderStep = 0.28;
 constexpr double sliderActiveStep = 0.45;
 constexpr double selectedRingStep = 0.5;
+
+// The ground of what the bar scrolls, which is its own too.
+QPalette::ColorRole groundRole(QWidget const* bar)
+{
+    for (; bar; bar = bar->parentWidget()) {
+        if (auto const* area = qobject_cast<QAbstractScrollArea const*>(bar))
+            return area->viewport()->backgroundRole();
+    }
+    return QPalette::Base;
+}
+
+void paintSpinArrow(QPainter* painter, QRectF const& button, QColor const& color, bool up)
+{
+    QPointF const center = button.center();
+    double const tip = up ? -spinArrowHeight / 2 : spinArrowHeight / 2;
+    QPointF const arrow[] = { center + QPointF(-spinArrowWidth / 2, -tip),
+                              center + QPointF(spinArrowWidth / 2, -tip),
+                              center + QPointF(0, tip) };
+    painter->setPen(Qt::NoPen);
+    painter->setBrush(color);
+    painter->drawConvexPolygon(arrow, 3);
+}
 
 } // namespace
 
@@ -128,6 +154,35 @@ void NakStylePaint::paintMenuBarItem(QStyle const& style, QPainter* painter,
                        QPalette::WindowText);
 }
 
+// A field with two arrows in it; Fusion's arrows stand on a raised strip that looks alike whether
+// they can be used or not.
+void NakStylePaint::paintSpinBox(QStyle const& style, QPainter* painter,
+                                 QStyleOptionSpinBox const& box, QWidget const* widget)
+{
+    ScopedPainter const scope(painter);
+    QStyleOptionFrame field;
+    field.QStyleOption::operator=(box);
+    field.lineWidth = box.frame ? style.pixelMetric(QStyle::PM_DefaultFrameWidth, &box, widget) : 0;
+    style.drawPrimitive(QStyle::PE_PanelLineEdit, &field, painter);
+    painter->setRenderHint(QPainter::Antialiasing);
+    for (bool const up : { true, false }) {
+        auto const part = up ? QStyle::SC_SpinBoxUp : QStyle::SC_SpinBoxDown;
+        bool const usable = box.state.testFlag(QStyle::State_Enabled)
+            && box.stepEnabled.testFlag(up ? QAbstractSpinBox::StepUpEnabled
+                                           : QAbstractSpinBox::StepDownEnabled);
+        QRect const button = style.subControlRect(QStyle::CC_SpinBox, &box, part, widget);
+        if (usable && box.activeSubControls == part
+            && (box.state & (QStyle::State_MouseOver | QStyle::State_Sunken)))
+            painter->fillRect(
+                button,
+                stepped(box.palette, QPalette::Base,
+                        box.state.testFlag(QStyle::State_Sunken) ? pressedStep : hoverStep));
+        paintSpinArrow(
+            painter, button,
+            box.palette.color(usable ? QPalette::Active : QPalette::Disabled, QPalette::Text), up);
+    }
+}
+
 // --- scroll bars ---
 
 QRect NakStylePaint::scrollSliderRect(QStyleOptionSlider const& bar, int sliderMin)
@@ -151,15 +206,15 @@ QRect NakStylePaint::scrollSliderRect(QStyleOptionSlider const& bar, int sliderM
 void NakStylePaint::paintScrollBar(QStyle const& style, QPainter* painter,
                                    QStyleOptionSlider const& bar, QWidget const* widget)
 {
-    painter->fillRect(bar.rect, bar.palette.color(QPalette::Base));
+    QPalette::ColorRole const ground = groundRole(widget);
+    painter->fillRect(bar.rect, bar.palette.color(ground));
     if (bar.maximum <= bar.minimum || !bar.state.testFlag(QStyle::State_Enabled))
         return;
     bool const grabbed = bar.activeSubControls.testFlag(QStyle::SC_ScrollBarSlider)
         && (bar.state & (QStyle::State_MouseOver | QStyle::State_Sunken));
     QRect const slider =
         style.subControlRect(QStyle::CC_ScrollBar, &bar, QStyle::SC_ScrollBarSlider, widget);
-    painter->fillRect(
-        slider.adjusted(scrollSliderMargin, scrollSliderMargin, -scrollSliderMargin,
-                        -scrollSliderMargin),
-        stepped(bar.palette, QPalette::Base, grabbed ? sliderActiveStep : sliderStep));
+    painter->fillRect(slider.adjusted(scrollSliderMargin, scrollSliderMargin, -scrollSliderMargin,
+                                      -scrollSliderMargin),
+                      stepped(bar.palette, ground, grabbed ? sliderActiveStep : sliderStep));
 }
