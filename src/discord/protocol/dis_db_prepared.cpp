@@ -42,8 +42,11 @@ DisTransaction::~DisTransaction()
 void DisDbPrepared::createOrUpdateUser(FlakeId id, Dread::VString name, Dread::VString discrim,
                                        Dread::VString avatar, bool bot)
 {
-    DisSql::run((*this)[DisStmt::UserUpdateIfChanged], id, DisSql::text(name),
-                DisSql::text(discrim), DisSql::text(avatar), bot);
+    // Nobody has an empty name: a record without one is a torn one, and costs nothing that is
+    // known.
+    if (name.length > 0)
+        DisSql::run((*this)[DisStmt::UserUpdateIfChanged], id, DisSql::text(name),
+                    DisSql::text(discrim), DisSql::text(avatar), bot);
     createUserIfNotExists(id, name, discrim, avatar, bot);
 }
 

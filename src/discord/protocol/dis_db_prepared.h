@@ -173,7 +173,7 @@ struct DisDbPrepared {
 
     // --- writes of one subject; inside a transaction of the caller if there are several ---
     // Updates the user if name, discriminator or avatar differ (a change of bot alone is not
-    // written, on purpose), and creates a new one.
+    // written, on purpose, nor is one to no name), and creates a new one.
     void createOrUpdateUser(FlakeId id, Dread::VString name, Dread::VString discrim,
                             Dread::VString avatar, bool bot);
     void createUserIfNotExists(FlakeId id, Dread::VString name, Dread::VString discrim,

@@ -180,10 +180,11 @@ struct NewUser {
                 status = step;
             return;
         }
-        bool const changed = !exists || !sameText(properties.name, step.name)
+        bool const differs = !sameText(properties.name, step.name)
             || !sameText(properties.discrim, step.discrim)
             || !sameText(properties.avatar, step.avatar);
-        if (changed) // as createOrUpdateUser: a change of bot alone is none
+        // As createOrUpdateUser: a change of bot alone is none, nor is one without a name.
+        if (!exists || (differs && step.name.length > 0))
             properties = step;
         exists = true;
     }
