@@ -268,8 +268,9 @@ template <typename Key, typename VisPtr> QRegion UniListView<Key, VisPtr>::remak
             changed += rectForRow(row);
             continue;
         }
-        if (known->row != row) {
+        if (known->row != row) { // where it was, there may be nothing now
             changed += rectForRow(row);
+            changed += rectForRow(known->row);
         }
         m_visible.insert(key, { row, std::move(known->vis) });
         old.erase(known);

@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QKeyEvent>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QScrollBar>
 #include <QSharedPointer>
@@ -27,6 +28,7 @@ public:
     QVector<quint64> keys;
     std::set<quint64> mapped;
     std::set<int> paintedRows;
+    QRegion painted;
     int maps = 0;
     quint64 menuKey = 0;
     int takenKey = 0;
@@ -49,6 +51,11 @@ public:
     static void settle() { QApplication::processEvents(); }
 
 protected:
+    void paintEvent(QPaintEvent* event) override
+    {
+        painted += event->region();
+        UniListView::paintEvent(event);
+    }
     void keysList(quint64 const** first, int* count) override
     {
         *first = keys.constData();
@@ -188,6 +195,14 @@ TEST(UniListView, PaintsWhatChangedOnly)
     EXPECT_FALSE(view.itemVis(0, &vis));
     ASSERT_TRUE(view.itemVis(5, &vis));
     EXPECT_EQ(*vis, 5);
+
+    Numbers shrinks(5);
+    shrinks.painted = {};
+    shrinks.keys.remove(2);
+    shrinks.listingChanged();
+    shrinks.settle();
+    EXPECT_EQ(shrinks.painted, QRegion(0, 5 + 2 * 20, 200, 3 * 20))
+        << "where the last row was, too";
 }
 
 struct Step {
