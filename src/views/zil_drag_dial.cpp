@@ -147,14 +147,15 @@ void ZilDragDial::mouseMoveEvent(QMouseEvent* event)
         return;
     }
     QPoint const pos = event->globalPos();
-    if (m_warping) {
+    // What is still outside was under way before the pointer came back, and is motion.
+    if (m_warping && m_innerRect.contains(pos)) {
         m_warping = false;
         m_lastPos = pos;
         return;
     }
     double const delta = (pos.y() - m_lastPos.y()) * m_dragScale;
     m_lastPos = pos;
-    if (m_relativeCursorMode) {
+    if (m_relativeCursorMode && !m_warping) {
         warpIfOutside(pos);
     }
     applyFloatMovement(m_invertDrag ? delta : -delta);

@@ -145,6 +145,8 @@ TEST_F(ZilDragDialTest, ALockedMouseGoesOnForEver)
     EXPECT_EQ(take(), std::to_string(303 - (screen.bottom() - margin + 1)) + " ");
     EXPECT_EQ(QCursor::pos().x(), 300);
     EXPECT_NEAR(QCursor::pos().y(), screen.center().y(), 1);
+    mouse(QEvent::MouseMove, { 300, screen.bottom() - margin + 5 });
+    EXPECT_EQ(take(), "-4 ") << "moved before the pointer was back";
     mouse(QEvent::MouseMove, QCursor::pos());
     EXPECT_EQ(take(), "") << "the way back is no motion";
     mouse(QEvent::MouseMove, QCursor::pos() + QPoint(0, 5));
