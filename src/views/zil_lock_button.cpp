@@ -41,15 +41,18 @@ void ZilLockButton::paintEvent(QPaintEvent*)
     QPainter painter(this);
     bool const hot = isEnabled() && (underMouse() || hasFocus());
     QPalette const& colors = palette();
+    // Enabled or not, the ground is that of the dial above.
     painter.fillRect(rect(),
-                     colors.color(isDown()  ? QPalette::Highlight
+                     colors.color(QPalette::Active,
+                                  isDown()  ? QPalette::Highlight
                                       : hot ? QPalette::Button
                                             : QPalette::Base));
     QColor const ink = colors.color(isDown()  ? QPalette::HighlightedText
                                         : hot ? QPalette::ButtonText
                                               : QPalette::Text);
     int const half = qMax(2, width() / arrowPartOfWidth);
-    QPoint const tip(width() / 2, height() / 2 + half - 1);
+    int const glyphHeight = 2 * (half + barHeight);
+    QPoint const tip(width() / 2, (height() - glyphHeight) / 2 + 2 * half);
     for (int row = 0; row < half; ++row) {
         painter.fillRect(tip.x() - row, tip.y() - row, 2 * row + 1, 1, ink);
     }
