@@ -122,22 +122,45 @@ QString customThemePath(QSettings const& settings)
     return QFileInfo(settings.fileName()).dir().filePath(QStringLiteral("custom_theme.json"));
 }
 
-// True if the file holds a JSON object, which is then the theme.
+// What is wrong with the bytes, or nothing: then they hold a JSON object, which is the theme.
+QString parseCustomTheme(QByteArray const& bytes, ThemeColors* out)
+{
+    if (bytes.size() > customThemeMaxBytes)
+        return QStringLiteral("too long");
+    QJsonParseError error;
+    QJsonDocument const document = QJsonDocument::fromJson(bytes, &error);
+    if (error.error != QJsonParseError::NoError)
+        return error.errorString();
+    if (!document.isObject())
+        return QStringLiteral("not an object");
+    *out = NakAppTheme::jsonObjectToThemeColors(document.object());
+    return QString();
+}
+
 bool loadCustomTheme(QString const& path, ThemeColors* out)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly) || file.size() > customThemeMaxBytes)
+    if (!file.exists())
         return false;
-    QJsonParseError error;
-    QJsonDocument const document = QJsonDocument::fromJson(file.read(customThemeMaxBytes), &error);
-    if (error.error != QJsonParseError::NoError) {
-        qDebug("Error parsing custom theme JSON: %s", qPrintable(error.errorString()));
-        return false;
+    QString const fault = file.open(QIODevice::ReadOnly)
+        ? parseCustomTheme(file.read(customThemeMaxBytes + 1), out)
+        : file.errorString();
+    if (!fault.isEmpty())
+        qDebug("Error parsing custom theme JSON: %s", qPrintable(fault));
+    return fault.isEmpty();
+}
+
+// These are black on the screen, and whoever wrote the theme would not know why.
+void logMissingColors(ThemeColors const& colors)
+{
+    QStringList missing;
+    for (NakAppTheme::ColorRole const& role : NakAppTheme::colorRoles()) {
+        if (!role.mayBeOpen && !(colors.*role.color).isValid())
+            missing.append(QLatin1String(role.jsonKey));
     }
-    if (!document.isObject())
-        return false;
-    *out = NakAppTheme::jsonObjectToThemeColors(document.object());
-    return true;
+    if (!missing.isEmpty())
+        qDebug("Custom theme JSON has no colors for: %s",
+               qPrintable(missing.join(QStringLiteral(", "))));
 }
 
 } // namespace
@@ -148,14 +171,14 @@ std::array<NakAppTheme::ColorRole, 16> const& NakAppTheme::colorRoles()
         { "window", &ThemeColors::window },
         { "text", &ThemeColors::text },
         { "disabled_text", &ThemeColors::disabledText },
-        { "bright_text", &ThemeColors::brightText },
+        { "bright_text", &ThemeColors::brightText, true },
         { "highlight", &ThemeColors::highlight },
         { "highlighted_text", &ThemeColors::highlightedText },
         { "base", &ThemeColors::base },
         { "alternate_base", &ThemeColors::alternateBase },
-        { "shadow", &ThemeColors::shadow },
+        { "shadow", &ThemeColors::shadow, true },
         { "button", &ThemeColors::button },
-        { "disabled_button", &ThemeColors::disabledButton },
+        { "disabled_button", &ThemeColors::disabledButton, true },
         { "unread_badge", &ThemeColors::unreadBadge },
         { "unread_badge_text", &ThemeColors::unreadBadgeText },
         { "icon", &ThemeColors::icon },
@@ -225,8 +248,10 @@ bool NakAppTheme::hasCustomTheme(QSettings const& settings)
 NakAppTheme::ThemeColors NakAppTheme::settingsToThemeColors(QSettings const& settings)
 {
     ThemeColors colors;
-    if (loadCustomTheme(customThemePath(settings), &colors))
+    if (loadCustomTheme(customThemePath(settings), &colors)) {
+        logMissingColors(colors);
         return colors;
+    }
     return namedThemeColors(settingsToThemeType(settings));
 }
 

@@ -40,6 +40,7 @@ struct ThemeColors {
 struct ColorRole {
     char const* jsonKey;
     QColor ThemeColors::*color;
+    bool mayBeOpen = false; // what stands for it does well without
 };
 // Every field, in order, with its key in custom_theme.json.
 std::array<ColorRole, 16> const& colorRoles();

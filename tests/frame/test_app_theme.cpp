@@ -123,11 +123,20 @@ TEST_F(CustomTheme, ReplacesTheNamedThemeOnceItIsAnObject)
     }
     for (QByteArray const& bytes :
          { QByteArray(R"(["#102030"])"), whole + QByteArray(1 << 20, ' ') }) {
+        testing::internal::CaptureStderr();
         writeTheme(bytes);
         EXPECT_EQ(read(), named) << bytes.size();
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+                  std::string("Error parsing custom theme JSON: ")
+                      + (bytes.size() < 100 ? "not an object\n" : "too long\n"));
     }
+    testing::internal::CaptureStderr();
     writeTheme(whole);
     EXPECT_EQ(read().window, QColor(16, 32, 48));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Custom theme JSON has no colors for: text, disabled_text, highlight, "
+              "highlighted_text, base, alternate_base, button, unread_badge, unread_badge_text, "
+              "icon, disabled_icon, chat_timestamp\n");
     EXPECT_FALSE(read().text.isValid());
 }
 
