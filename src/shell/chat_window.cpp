@@ -124,6 +124,12 @@ void NakChatWindow::showEvent(QShowEvent* event)
         host->hack_chatWindowShown();
 }
 
+bool NakChatWindow::focusNextPrevChild(bool next)
+{
+    d->keepOwnStatusLastInFocusChain();
+    return NakStyledWindow::focusNextPrevChild(next);
+}
+
 void NakChatWindow::storePlacement() const
 {
     NakSettingsFile settings; // one write for all of it

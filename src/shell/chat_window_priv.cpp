@@ -297,9 +297,14 @@ void NakChatWindowPriv::setSideBarShown(bool shown)
 void NakChatWindowPriv::updateStuffAfterSplitterSizeChange()
 {
     int const width = m_splitter->sideBarWidth();
-    if (width > 0)
+    bool const open = width > 0;
+    if (open)
         m_sideBarWidth = width;
-    m_showSideBar->setChecked(width > 0);
+    m_showSideBar->setChecked(open);
+    // The splitter only moves it out of sight, where it would go on taking keys.
+    if (!open && sideBar->hasFocus())
+        focusTabs();
+    sideBar->setVisible(open);
 }
 
 void NakChatWindowPriv::checkNavLoc()
@@ -311,14 +316,26 @@ void NakChatWindowPriv::checkNavLoc()
 
 void NakChatWindowPriv::moveFocusBetweenPanes()
 {
-    bool const toTabs = sideBar->hasFocus() || m_splitter->sideBarWidth() == 0;
-    QWidget* const content = mainTabs->currentWidget();
-    if (!toTabs)
-        sideBar->setFocus(Qt::ShortcutFocusReason);
-    else if (content)
-        content->setFocus(Qt::ShortcutFocusReason);
+    if (sideBar->hasFocus() || sideBar->isHidden())
+        focusTabs();
     else
-        mainTabs->setFocus(Qt::ShortcutFocusReason);
+        sideBar->setFocus(Qt::ShortcutFocusReason);
+}
+
+void NakChatWindowPriv::focusTabs()
+{
+    QWidget* const content = mainTabs->currentWidget();
+    (content ? content : mainTabs)->setFocus(Qt::ShortcutFocusReason);
+}
+
+void NakChatWindowPriv::keepOwnStatusLastInFocusChain()
+{
+    QWidget* const ownStatus = m_bottomBar->ownStatus();
+    QWidget* last = m_window->previousInFocusChain();
+    while (last->focusPolicy() == Qt::NoFocus)
+        last = last->previousInFocusChain();
+    if (last != ownStatus) // which ends the loop at the latest
+        QWidget::setTabOrder(last, ownStatus);
 }
 
 void NakChatWindowPriv::openLater(NakNavLoc const& place, NakTabs::TargetHint target,

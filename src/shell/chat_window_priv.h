@@ -60,6 +60,9 @@ public:
     void setSideBarShown(bool shown);
     void quit();
 
+    // The bottom bar is below the tabs, but older than their contents.
+    void keepOwnStatusLastInFocusChain();
+
 private:
     QAction* makeAction(QString const& text, QKeySequence const& key,
                         void (NakChatWindowPriv::*effect)());
@@ -72,6 +75,7 @@ private:
     void updateStuffAfterSplitterSizeChange();
     void checkNavLoc();
     void moveFocusBetweenPanes();
+    void focusTabs();
     void onTabMenusChanged();
 
     NakChatWindow* m_window;

@@ -7,6 +7,7 @@
 #include "window_host.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QMenu>
 #include <QMenuBar>
 #include <QSplitter>
@@ -342,6 +343,21 @@ TEST_F(ChatWindow, GeometryAndSideBarComeBackAndAreInherited)
     EXPECT_FALSE(action(window, "Show Sidebar")->isChecked());
     pressKeys(window, "Alt+0");
     EXPECT_NEAR(barWidth(window), 240, 2);
+}
+
+TEST_F(ChatWindow, TheFocusGoesRoundWhatIsInSight)
+{
+    NakChatWindow* const window = shownWindow({ 1 });
+    auto const focused = [] { return QApplication::focusWidget()->metaObject()->className(); };
+    pressKeys(window, "F6");
+    EXPECT_STREQ(focused(), "NakSbarView");
+    pressKeys(window, "Alt+0"); // shut, it has no use for keys
+    EXPECT_STREQ(focused(), "FakeContent");
+    for (char const* next :
+         { "NakOwnUserStatusButton", "NakTabBar", "QToolButton", "FakeContent" }) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        EXPECT_STREQ(focused(), next);
+    }
 }
 
 TEST_F(ChatWindow, AStoredSideBarWidthIsNeverBeyondReason)
