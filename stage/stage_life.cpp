@@ -3,6 +3,7 @@
 #include "stage_life.h"
 
 #include "stage.h"
+#include "stage_history.h"
 #include "stage_words.h"
 
 #include <QElapsedTimer>

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "stage_payloads.h"
 
+#include "stage_history.h"
+
 #include <QDateTime>
 #include <QRegularExpression>
 

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Messages of a channel, and what is done to them.
 
+#include "stage_history.h"
 #include "stage_multipart.h"
 #include "stage_rest_call.h"
 

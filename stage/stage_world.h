@@ -2,12 +2,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// The data of the stand-in service: who is there, the places, and what was said.
+// The data of the stand-in service: who is there, and the places.
 //
-// Plain data and free functions, one thread at a time. The history of a channel is not kept:
-// message number i is computed from the seed, the channel and i when somebody asks. What happens
-// while the stage runs is laid over it: appended, replaced and deleted messages, all of them
-// bounded.
+// Plain data and free functions, one thread at a time. The history of a channel is not kept, see
+// stage_history.h; what happens while the stage runs is laid over it.
 
 #include <QHash>
 #include <QSet>
@@ -175,25 +173,5 @@ quint64 busyChannel(World const& world);
 // A fresh identifier for that moment; grows from call to call whatever the clock does.
 quint64 nextId(World& world, qint64 nowMs);
 qint64 idTimeMs(quint64 id);
-
-// Message number `index` of the generated history, oldest first, without what is laid over it.
-Message historyMessage(World const& world, Channel const& channel, int index);
-quint64 lastMessageId(World const& world, Channel const& channel);
-// What the account has read up to, 0 if the channel never had a message.
-quint64 readMessageId(World const& world, Channel const& channel);
-
-// At most `limit` messages below `before` (0: from the end), newest first.
-std::vector<Message> messagesBefore(World const& world, Channel const& channel, quint64 before,
-                                    int limit);
-std::optional<Message> findMessage(World const& world, Channel const& channel, quint64 id);
-
-// The message gets its identifier here. The oldest appended ones are given up beyond a bound.
-Message appendMessage(World& world, Channel& channel, quint32 author, QString const& content,
-                      qint64 nowMs);
-void replaceMessage(World& world, Message const& message);
-void removeMessage(World& world, quint64 id);
-
-// What that person would say in the channel now, for the scripted life.
-QString talkIn(World const& world, Channel const& channel, quint32 author, quint64 salt);
 
 } // namespace stage

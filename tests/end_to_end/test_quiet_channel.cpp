@@ -5,6 +5,7 @@
 // that the service hears of it. The waits are the program's own.
 
 #include "client.h"
+#include "stage_history.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

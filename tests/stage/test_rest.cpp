@@ -4,6 +4,7 @@
 // the gateway tells of a request.
 
 #include "stage.h"
+#include "stage_history.h"
 #include "wire_client.h"
 
 #include <QJsonArray>

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "stage.h"
 #include "stage_deploy.h"
+#include "stage_history.h"
 #include "stage_life.h"
 #include "stage_payloads.h"
 #include "wire_client.h"

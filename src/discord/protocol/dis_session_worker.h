@@ -13,7 +13,6 @@
 #include "dis_events.h"
 #include "dis_session_timings.h"
 #include "dis_types.h"
-#include "erf.h"
 #include "gateway_inflater.h"
 #include "gateway_protocol.h"
 
@@ -108,17 +107,3 @@ private:
     QTimer m_statusBatchTimer;
     QTimer m_typingStartBatchTimer;
 };
-
-namespace DisClientImpl {
-
-// One decoded frame. The tree lives only while the frame is handled; what outlives it is copied.
-struct ErfToDreadTaskData {
-    Dread::Ctx ctx;
-    Dread::VMap root;
-    Erf::PrepData prepared; // what the tree's strings live on
-};
-
-// Handles one frame: the opcodes, and for a dispatch the event.
-void processGatewayMessage(DisSessionWorker& worker, ErfToDreadTaskData const& task);
-
-} // namespace DisClientImpl
