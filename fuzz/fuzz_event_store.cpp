@@ -4,38 +4,13 @@
 // Any bytes as the draws of which events are made: the right keys with any values under them, into
 // a store that keeps what always holds of it.
 
-#include "dis_db_prepared.h"
-#include "dis_store.h"
 #include "event_maker.h"
-#include "store_invariants.h"
-
-#include <cstdio>
-#include <cstdlib>
+#include "fuzz_store.h"
 
 namespace {
 
 constexpr std::size_t maxInput = 4096;
 constexpr int flushEvery = 4;
-
-void check(std::string const& broken)
-{
-    if (!broken.empty()) {
-        fprintf(stderr, "fuzz_event_store: %s\n", broken.c_str());
-        abort();
-    }
-}
-
-// A store in memory, for all inputs; each leaves it empty.
-struct Store {
-    DisDbPrepared prepared;
-    std::unique_ptr<StoreInvariants> invariants;
-    Store()
-    {
-        sqlite3* const db = createDisStore(QStringLiteral(":memory:"));
-        initializeDbPrepStmts(prepared, db);
-        invariants = std::make_unique<StoreInvariants>(db);
-    }
-};
 
 } // namespace
 

@@ -6,43 +6,18 @@
 // The first byte says who asked; its highest bit, that the rest is compressed, and the next, that
 // the rest is not the body but draws for one of the right shape.
 
-#include "dis_db_prepared.h"
 #include "dis_events.h"
 #include "dis_request.h"
-#include "dis_store.h"
 #include "dread_json.h"
 #include "event_maker.h"
+#include "fuzz_store.h"
 #include "gateway_protocol.h"
-#include "store_invariants.h"
-
-#include <cstdio>
-#include <cstdlib>
 
 namespace {
 
 constexpr std::size_t maxInput = 1 << 14;
 constexpr qint64 maxBody = 1 << 18;
 constexpr FlakeId id(20);
-
-void check(std::string const& broken)
-{
-    if (!broken.empty()) {
-        fprintf(stderr, "fuzz_rest_reply: %s\n", broken.c_str());
-        abort();
-    }
-}
-
-// A store in memory, for all inputs; each leaves it empty.
-struct Store {
-    DisDbPrepared prepared;
-    std::unique_ptr<StoreInvariants> invariants;
-    Store()
-    {
-        sqlite3* const db = createDisStore(QStringLiteral(":memory:"));
-        initializeDbPrepStmts(prepared, db);
-        invariants = std::make_unique<StoreInvariants>(db);
-    }
-};
 
 using Data = std::shared_ptr<DisClientOp::DreadFetchData>;
 
