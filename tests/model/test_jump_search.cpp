@@ -68,6 +68,8 @@ TEST_F(JumpSearch, FindsChannelsByNameAndConversationsByTheirPeople)
         { "женя", {}, me, "31:500" },
         { "%_", {}, me, "15:500" },
         { "sure's", {}, me, "15:500" },
+        { "#Next", {}, me, "12:500" },
+        { "#", {}, me, "" },
         { "gentle", {}, me, "" }, // the user is no find
     };
     for (Row const& row : table)

@@ -104,15 +104,17 @@ QVector<Match> searchIn(sqlite3* db, Query const& query)
 
 QVector<DisJumpSearch::Match> DisJumpSearch::search(QString const& dbPath, Query const& query)
 {
-    if (query.text.isEmpty())
+    Query lowered = query;
+    lowered.text = query.text.toLower();
+    if (lowered.text.startsWith(u'#')) // channels are shown with it, and none has it in its name
+        lowered.text.remove(0, 1);
+    if (lowered.text.isEmpty())
         return {};
     sqlite3* const db = NakSql::tryOpenDbReadOnly(dbPath);
     if (!db)
         return {};
     sqlite3_create_function(db, "lower", 1, SQLITE_UTF16, nullptr, lowerOfAllLanguages, nullptr,
                             nullptr);
-    Query lowered = query;
-    lowered.text = query.text.toLower();
     QVector<Match> const matches = searchIn(db, lowered);
     NakSql::closeDb(db);
     return matches;
