@@ -46,8 +46,10 @@ void NakNotifTray::hideOrShowTrayIcon(bool wanted)
 
 bool NakNotifTray::isVisible() const
 {
-    // The toolkit's icon calls itself visible where there is no tray, too.
-    return m_icon && QSystemTrayIcon::isSystemTrayAvailable();
+    // The toolkit's icon calls itself visible where there is no tray, too. On a session bus it must
+    // not be asked for the tray again and again: each time it waits for the desktop's answers, and
+    // keeps one more connection to the bus open until the program ends.
+    return m_icon && (m_onSessionBus || QSystemTrayIcon::isSystemTrayAvailable());
 }
 
 void NakNotifTray::showMessage(QString const& title, QString const& text, QIcon const& icon)
@@ -79,4 +81,6 @@ void NakNotifTray::makeIcon()
                     emit activated();
             });
     m_icon->show();
+    // In a tray that is a window the icon has a place.
+    m_onSessionBus = m_icon->geometry().isNull() && QSystemTrayIcon::isSystemTrayAvailable();
 }

@@ -39,4 +39,5 @@ private:
 
     std::unique_ptr<QMenu> m_menu;
     std::unique_ptr<QSystemTrayIcon> m_icon; // uses the menu
+    bool m_onSessionBus = false; // the icon is told of there, and stands in no window
 };
