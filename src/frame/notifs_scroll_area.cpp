@@ -58,12 +58,14 @@ void NakNotifsScrollArea::on_itemRemoved(NakNotifItem* item)
     if (m_pressedVis == vis)
         m_pressedVis = nullptr;
     m_pressed = m_mouseOver = {};
+    int const top = m_rows.at(row).top;
+    int const height = m_rows.at(row).height;
     m_rows.remove(row);
     if (m_caret.row > row)
         --m_caret.row;
     else if (m_caret.row == row)
         m_caret.action = 0; // of the neighbour that moves up
-    updateLayout();
+    updateLayoutAfterChange(top + height, -height);
 }
 
 void NakNotifsScrollArea::on_itemActionsChanged(NakNotifItem* item)
@@ -72,8 +74,7 @@ void NakNotifsScrollArea::on_itemActionsChanged(NakNotifItem* item)
     if (row < 0)
         return;
     m_pressed = m_mouseOver = {};
-    updateRow(m_rows[row]);
-    updateLayout();
+    changeRow(row);
 }
 
 void NakNotifsScrollArea::appendRow(NakNotifItem* item)
@@ -117,6 +118,23 @@ void NakNotifsScrollArea::updateRow(Row& row) const
     int const visHeight = std::max(row.vis->height(), 0);
     row.strip = layoutActions(*row.item, m_metrics, visHeight, viewport()->width());
     row.height = visHeight + row.strip.height + m_metrics.separator;
+}
+
+void NakNotifsScrollArea::changeRow(int row)
+{
+    Row& r = m_rows[row];
+    int const oldHeight = r.height;
+    updateRow(r);
+    updateLayoutAfterChange(r.top + oldHeight, r.height - oldHeight);
+}
+
+// Of a row whose bottom was there: when that was above what is on screen, this stays where it is.
+void NakNotifsScrollArea::updateLayoutAfterChange(int oldBottom, int growth)
+{
+    int const scrolled = verticalScrollBar()->value();
+    updateLayout();
+    if (oldBottom <= scrolled)
+        verticalScrollBar()->setValue(scrolled + growth);
 }
 
 void NakNotifsScrollArea::updateLayout()
@@ -165,10 +183,8 @@ QRect NakNotifsScrollArea::actionRect(int row, int action) const
 void NakNotifsScrollArea::heightChanged(NakNotifVis* vis)
 {
     int const row = rowOfVis(vis);
-    if (m_layingOut || row < 0)
-        return;
-    updateRow(m_rows[row]);
-    updateLayout();
+    if (!m_layingOut && row >= 0)
+        changeRow(row);
 }
 
 void NakNotifsScrollArea::rectDirtied(NakNotifVis* vis, QRect const& rect)
@@ -282,8 +298,9 @@ bool NakNotifsScrollArea::isOverVis(int row, QPoint const& pos) const
 
 void NakNotifsScrollArea::checkAndUpdateMouseOver()
 {
-    QPoint const pos = viewport()->mapFromGlobal(QCursor::pos());
-    setMouseOver(viewport()->underMouse() ? spotAt(pos) : Spot());
+    // Where the pointer is the display has to be asked, and waited for.
+    setMouseOver(viewport()->underMouse() ? spotAt(viewport()->mapFromGlobal(QCursor::pos()))
+                                          : Spot());
 }
 
 void NakNotifsScrollArea::setMouseOver(Spot const& spot)
@@ -404,6 +421,7 @@ void NakNotifsScrollArea::caretDelete()
 {
     if (m_caret.row >= 0 && m_rows.at(m_caret.row).strip.hasDismiss)
         activate({ m_caret.row, m_rows.at(m_caret.row).strip.actions.size() - 1 });
+    ensureItemVisible(m_caret.row);
 }
 
 // Whoever hears of it may change the list.

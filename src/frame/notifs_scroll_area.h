@@ -80,7 +80,9 @@ private:
     int rowOfVis(NakNotifVis const* vis) const;
     void giveWidths();
     void updateRow(Row& row) const;
+    void changeRow(int row);
     void updateLayout();
+    void updateLayoutAfterChange(int oldBottom, int growth);
     void updateVisibleItems();
 
     Spot spotAt(QPoint const& pos) const;

@@ -91,9 +91,12 @@ void NakNotifsView::updateBar()
 {
     auto const& items = manager()->items();
     m_status->setText(statusText(items.size()));
-    m_dismissAll->setEnabled(std::any_of(items.begin(), items.end(), [](NakNotifItem const* item) {
-        return item->isDismissable();
-    }));
+    bool const any = std::any_of(items.begin(), items.end(),
+                                 [](NakNotifItem const* item) { return item->isDismissable(); });
+    // Before the button loses its focus to whatever comes next in the window.
+    if (!any && window()->focusWidget() == m_dismissAll)
+        m_list->setFocus(Qt::OtherFocusReason);
+    m_dismissAll->setEnabled(any);
 }
 
 void NakNotifsView::checkUpdateTabText()

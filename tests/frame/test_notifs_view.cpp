@@ -112,6 +112,10 @@ TEST_F(NotifsView, TheCaretsRowScrollsIntoViewAndTheTabCounts)
     for (int i = 0; i < 4; ++i)
         QTest::keyClick(m_list, Qt::Key_Down);
     EXPECT_EQ(m_list->rowRect(3).bottom() + 1, canvas()->height());
+    QRect const last = m_list->rowRect(3);
+    m_notifs.at(0)->setMultiline(true); // out of sight above
+    m_notifs.at(0)->setText(QStringLiteral("a\na\na"));
+    EXPECT_EQ(m_list->rowRect(3), last);
     for (int i = 0; i < 4; ++i)
         QTest::keyClick(m_list, Qt::Key_Up);
     EXPECT_EQ(m_list->rowRect(0).top(), 0);
