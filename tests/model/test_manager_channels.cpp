@@ -184,10 +184,14 @@ TEST_F(ManagerChannels, CountersStartAnewWithEachReady)
     dm.unread = 3;
     ASSERT_TRUE(connectAccount());
     EXPECT_EQ(manager->channelUnreadCount(id("dm")), 1);
+    NakNotif::g_nakNotifManager->dismissAll();
+    say("dm", 1);
+    EXPECT_EQ(NakNotif::g_nakNotifManager->count(), 1);
     for (stage::Channel& channel : service.world().channels)
         channel.unread = 0;
     service.invalidateSession();
     EXPECT_TRUE(waitUntil([&] { return manager->unreadCounts().isEmpty(); }));
+    EXPECT_EQ(NakNotif::g_nakNotifManager->count(), 0) << "no request that was dismissed, either";
 }
 
 TEST_F(ManagerChannels, MutedChannelsKeepQuiet)

@@ -206,9 +206,15 @@ void userUnreadCountersInitialized(Impl& impl, QHash<FlakeId, int> const& counts
     for (FlakeId const channel : impl.unreadCounts.keys() + counts.keys())
         if (impl.unreadCounts.value(channel) != counts.value(channel))
             changed.insert(channel);
+    // Read on another device while this one was away, or another user's.
+    QSet<FlakeId> read;
+    for (FlakeId const channel : impl.notifs.messages.keys())
+        if (counts.value(channel) == 0)
+            read.insert(channel);
     impl.unreadCounts = counts;
     impl.countersInitialized = true;
     tellUnreads(impl, changed);
+    DisNotifs::removeMsgNotifsInChannels(impl.notifs, read);
 }
 
 void readyHandled(Impl& impl)
@@ -242,6 +248,8 @@ void removeUnreads(Impl& impl, QSet<FlakeId> const& channels)
 
 void clearUnreadsOnIrrelevantChannels(Impl& impl)
 {
+    if (isWaitingForReady(impl))
+        return; // READY begins anew with them
     if (impl.unreadsToCheck.isEmpty())
         impl.unreadsToCheck = impl.unreadCounts.keys().toVector();
     QSet<FlakeId> gone;

@@ -85,6 +85,9 @@ void loadMutedChannelsInGuildFromDisDb(Impl& impl, FlakeId user, FlakeId guild);
 
 // --- dis_manager_people.cpp ---
 void activeUserMayHaveChanged(Impl& impl);
+// A session that could not be resumed empties the store; until READY that says nothing of what has
+// become of the channels and requests that were there.
+bool isWaitingForReady(Impl const& impl);
 void loadPendingFriendRequests(Impl& impl);
 void ownStatusMayHaveChanged(Impl& impl, DisChanges const& changes);
 

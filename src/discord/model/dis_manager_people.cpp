@@ -4,6 +4,7 @@
 #include "dis_client.h"
 #include "dis_manager_impl.h"
 #include "dis_mentions_list_model.h"
+#include "dis_session.h"
 #include "dis_utils.h"
 #include "nak_go.h"
 #include "nak_stmt.h"
@@ -86,6 +87,15 @@ void activeUserMayHaveChanged(Impl& impl)
         sendOwnStatus(impl);
 }
 
+bool isWaitingForReady(Impl const& impl)
+{
+    QVector<DisSession*> const sessions = g_disClient->sessions();
+    bool const any = std::any_of(sessions.cbegin(), sessions.cend(), [](auto const* session) {
+        return session->stateType() != DisSessionStateType::Disconnected;
+    });
+    return any && impl.activeUser.isValid() && DisCache::userName(impl.activeUser).isNull();
+}
+
 // Only what was told of this user alone: READY writes Online for want of anything better.
 void ownStatusMayHaveChanged(Impl& impl, DisChanges const& changes)
 {
@@ -102,6 +112,8 @@ void ownStatusMayHaveChanged(Impl& impl, DisChanges const& changes)
 
 void loadPendingFriendRequests(Impl& impl)
 {
+    if (isWaitingForReady(impl))
+        return;
     NakStmt stmt(g_disClient->db(),
                  "select other_user_id from user_relationship where own_user_id = ? and type = ?");
     stmt.bind(1, impl.activeUser);

@@ -121,6 +121,7 @@ NakTextNotifItem* makeFriendRequest(DisNotifs::NotifsData& data, FlakeId ownUser
 DisMsgNotif::DisMsgNotif(QObject* parent)
     : NakTextNotifItem(parent)
 {
+    setMultiline(true); // the glance is longer than a narrow list
 }
 
 void DisMsgNotif::setParams(DisNotifs::MsgNotifParams const& params)
