@@ -11,12 +11,13 @@
 #include <QScrollBar>
 
 #include <algorithm>
+#include <numeric>
 
 namespace {
 
 constexpr qint64 maxRowBytes = 4096; // more than the widest window shows
 constexpr int maxRowChars = 1024;
-constexpr qint64 maxCurrentBytes = 1 << 16;
+constexpr int maxCurrentBytes = 1 << 14; // more would take longer than a frame to lay out
 
 NakEvLogRow::Entry parsedEntry(QByteArray const& bytes)
 {
@@ -85,6 +86,13 @@ void NakEventLogView::selectAllRows()
     announce(false, changed);
 }
 
+int NakEventLogView::selectedRowCount() const
+{
+    return std::accumulate(
+        m_selection.begin(), m_selection.end(), 0,
+        [](int rows, RowRange const& range) { return rows + range.last - range.first + 1; });
+}
+
 std::vector<NakEvLogIndex::Span> NakEventLogView::selectedSpans(qint64 maxBytes) const
 {
     auto const& index = m_source->index();
@@ -107,8 +115,11 @@ QString NakEventLogView::currentText() const
     auto const& index = m_source->index();
     int const line = NakEvLogIndex::lineOfRow(index, currentRow());
     NakEvLogLineReader reader(m_source->file());
-    QByteArray const bytes = reader.line(NakEvLogIndex::spanOfLine(index, line), maxCurrentBytes);
-    return evLogPlainText(bytes, static_cast<int>(maxCurrentBytes));
+    NakEvLogIndex::Span const span = NakEvLogIndex::spanOfLine(index, line);
+    QString text = evLogPlainText(reader.line(span, maxCurrentBytes), maxCurrentBytes);
+    if (span.length > maxCurrentBytes)
+        text += u'…';
+    return text;
 }
 
 void NakEventLogView::rowsAdded()

@@ -29,6 +29,7 @@ public:
 
     void selectAllRows();
     bool hasSelection() const { return !m_selection.isEmpty(); }
+    int selectedRowCount() const;
     // The selected lines from the top, as many as have this many bytes together.
     std::vector<NakEvLogIndex::Span> selectedSpans(qint64 maxBytes) const;
     // What the current row has to say, as a whole and bounded; empty without one.

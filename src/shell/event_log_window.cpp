@@ -43,7 +43,7 @@ QLabel* plainLabel(QWidget* parent)
 }
 
 QString joinedLines(std::shared_ptr<NakEvLogFile const> const& file,
-                    std::vector<NakEvLogIndex::Span> const& spans)
+                    std::vector<NakEvLogIndex::Span> const& spans, int leftOut)
 {
     QByteArray text;
     NakEvLogLineReader reader(file);
@@ -51,6 +51,8 @@ QString joinedLines(std::shared_ptr<NakEvLogFile const> const& file,
         text += reader.line(span, maxCopyBytes);
         text += '\n';
     }
+    if (leftOut > 0)
+        text += "(" + QByteArray::number(leftOut) + " more lines are too much to copy)\n";
     return QString::fromUtf8(text);
 }
 
@@ -237,10 +239,13 @@ void NakEventLogWindow::copySelection()
     auto spans = m_view->selectedSpans(maxCopyBytes);
     if (spans.empty())
         return;
+    int const leftOut = m_view->selectedRowCount() - static_cast<int>(spans.size());
     Utils::runOnPool(
-        this, [file = m_source->file(), spans = std::move(spans)]() -> std::function<void()> {
-            return
-                [text = joinedLines(file, spans)] { QGuiApplication::clipboard()->setText(text); };
+        this,
+        [file = m_source->file(), spans = std::move(spans), leftOut]() -> std::function<void()> {
+            return [text = joinedLines(file, spans, leftOut)] {
+                QGuiApplication::clipboard()->setText(text);
+            };
         });
 }
 

@@ -252,6 +252,10 @@ TEST_F(EventLog, CopiesWhatIsSelected)
                      Qt::LeftButton, {});
     QCoreApplication::sendEvent(m_view->viewport(), &drag);
     EXPECT_EQ(copied(), "line 1 line 2 line 3");
+    write((QByteArray(200'000, 'x') + '\n').repeated(50)); // 10 MB
+    ASSERT_TRUE(waitForStatus("58 lines"));
+    pressKeys(m_view, "Ctrl+A");
+    EXPECT_NE(copied().find("(8 more lines are too much to copy)"), std::string::npos);
     EXPECT_NE(
         m_window->findChild<QPlainTextEdit*>()->toPlainText().indexOf(QLatin1String("line 3")), -1);
 }
