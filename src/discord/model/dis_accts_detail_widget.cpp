@@ -22,7 +22,7 @@ public:
     DisAcctsDetailWidget(DisStoredAccount* account, QWidget* parent)
         : QWidget(parent)
         , m_account(account)
-        , m_autoConnect(new QCheckBox(QObject::tr("&Auto-connect")))
+        , m_autoConnect(new QCheckBox(QObject::tr("Auto-co&nnect")))
     {
         createRows();
         auto const refresh = [this] { updateRows(); };
