@@ -12,6 +12,7 @@
 namespace {
 
 constexpr int minSideBarWidth = 80; // less draws it shut
+constexpr int minTabsWidth = 160; // a tab can be told and closed
 
 } // namespace
 
@@ -36,6 +37,7 @@ void NakChatSplitter::setWidgets(QWidget* sideBar, QWidget* tabs)
 {
     addWidget(sideBar);
     addWidget(tabs);
+    tabs->setMinimumWidth(minTabsWidth);
     setStretchFactor(0, 0);
     setStretchFactor(1, 1);
     setCollapsible(0, true);

@@ -16,7 +16,6 @@ class NakJumpView;
 class NakSbarView;
 class NakSettingsFile;
 class QAction;
-class QMenu;
 
 class NakChatWindowPriv : public QObject {
     Q_OBJECT

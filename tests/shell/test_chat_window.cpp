@@ -368,7 +368,7 @@ TEST_F(ChatWindow, AStoredSideBarWidthIsNeverBeyondReason)
         NakChatWindow* const window = shownWindow();
         int const shown = window->findChild<NakSbarView*>()->width();
         EXPECT_TRUE(shown >= 80 && shown < 600) << width << " gives " << shown;
-        EXPECT_GT(window->mainTabs()->width(), 0) << width;
+        EXPECT_GT(window->mainTabs()->width(), 150) << width;
         delete window;
     }
 }
