@@ -11,6 +11,11 @@
 
 #include <utility>
 
+static void initImageResource()
+{
+    Q_INIT_RESOURCE(nakwire_images);
+}
+
 namespace {
 
 // Setting the application's font resets those that the desktop gives to menus.
@@ -20,6 +25,9 @@ constexpr std::array<char const*, 3> fontClasses{ "QMenu", "QMenuBar", "QMenuIte
 
 void AppLook::start(bool hasForeignStyle)
 {
+    initImageResource();
+    // A picture of one size: a drawing would bring in a library before the first window.
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/images/NakwireWindowIcon.png")));
     m_hasForeignStyle = hasForeignStyle;
     for (size_t i = 0; i < fontClasses.size(); ++i)
         m_classFonts[i] = QApplication::font(fontClasses[i]);

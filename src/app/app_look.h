@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// What the whole application shows of the preferences: the theme's colours and the font.
+// The icon of all windows, and what the whole application shows of the preferences: the theme's
+// colours and the font.
 // User-interface thread; owned by the application.
 
 #include <QFont>

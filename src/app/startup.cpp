@@ -92,6 +92,7 @@ void NakStartup::setApplicationNames()
 {
     QCoreApplication::setApplicationName(QStringLiteral("Nakwire"));
     QGuiApplication::setApplicationDisplayName(QString());
+    QGuiApplication::setDesktopFileName(QStringLiteral("nakwire")); // as it is installed
 }
 
 NakAppTheme::ThemeColors NakStartup::loadThemeColors()

@@ -432,7 +432,7 @@ void NakChatWindowPriv::updateWindowIcon()
 {
     QIcon const icon = mainTabs->currentIcon();
     bool const ofTab = g_preferences->useChatIconsAsWindowIcons && !icon.isNull();
-    m_window->setWindowIcon(ofTab ? icon : QIcon());
+    m_window->setWindowIcon(ofTab ? icon : QApplication::windowIcon());
 }
 
 void NakChatWindowPriv::onTabsChanged()

@@ -169,11 +169,13 @@ TEST_F(ChatWindow, TheTitleIsThatOfTheCurrentTab)
 
 TEST_F(ChatWindow, PreferencesOfTheTabsAreTakenOverAtOnce)
 {
+    QApplication::setWindowIcon(redIcon());
+    qint64 const applicationIcon = QApplication::windowIcon().cacheKey();
     NakChatWindow* const window = shownWindow({ 1 });
     auto* const bar = window->findChild<QTabBar*>();
     QIcon const icon = redIcon();
     contentAt(*window->mainTabs(), 0)->setIcon(icon);
-    EXPECT_TRUE(window->windowIcon().isNull());
+    EXPECT_EQ(window->windowIcon().cacheKey(), applicationIcon);
     EXPECT_NE(bar->tabButton(0, QTabBar::RightSide), nullptr);
     m_preferences.useChatIconsAsWindowIcons = true;
     m_preferences.closeButtonOnChannelTabs = false;
