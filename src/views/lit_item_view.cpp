@@ -311,9 +311,7 @@ void LitItemView::scrollContentsBy(int /*dx*/, int dy)
     }
     rebuildVisibleItems();
     viewport()->scroll(0, dy);
-    if (m_mousePos.y() >= 0) {
-        viewportMousePositionEvent(m_mousePos);
-    }
+    tellMousePosition();
 }
 
 void LitItemView::hang(unsigned int parent, unsigned int item, unsigned int before)
@@ -346,8 +344,17 @@ void LitItemView::layOut()
     rebuildVisibleItems();
     // What the same item at the same place looks like, its owner knows; but not whether its number
     // came back.
-    if (std::exchange(m_visibleGone, false) || !looksLikeBefore())
+    if (std::exchange(m_visibleGone, false) || !looksLikeBefore()) {
         viewport()->update();
+        tellMousePosition();
+    }
+}
+
+void LitItemView::tellMousePosition()
+{
+    if (m_mousePos.y() >= 0) {
+        viewportMousePositionEvent(m_mousePos);
+    }
 }
 
 // What ends far below may end elsewhere: the items above it grow with whatever is added there.

@@ -141,6 +141,7 @@ private:
     void noteChange(bool underRoot);
     void layOut();
     bool looksLikeBefore() const;
+    void tellMousePosition();
     void updateScrollBar();
     void rebuildVisibleItems();
     QRect rectAt(int top, int length) const;

@@ -3,6 +3,7 @@
 #include "lit_item_view.h"
 
 #include <QApplication>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
 
@@ -19,10 +20,12 @@ namespace {
 class RecordingView : public LitItemView {
 public:
     int changes = 0;
+    int mousePositions = 0;
     std::map<unsigned, QRect> painted; // headers
 
 protected:
     void visibleItemsChanged() override { ++changes; }
+    void viewportMousePositionEvent(QPoint const& /*pos*/) override { ++mousePositions; }
     void paintItem(QPainter* /*painter*/, unsigned int item, QRect const& itemRect,
                    QRect const& /*fullRect*/, QRegion const& /*region*/) override
     {
@@ -315,6 +318,11 @@ TEST_F(LitItemViewTest, ScrollsTheLeastAndPaintsWhatCameIn)
     view.endEdit();
     QApplication::processEvents();
     EXPECT_EQ(view.painted[again], view.rectForItem(again)) << "another item of the same number";
+
+    QMouseEvent move(QEvent::MouseMove, { 5, 50 }, Qt::NoButton, Qt::NoButton, {});
+    QApplication::sendEvent(view.viewport(), &move);
+    view.deleteItem(rows[1]);
+    EXPECT_EQ(view.mousePositions, 2) << "another item came below the pointer";
 }
 
 } // namespace
