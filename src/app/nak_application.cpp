@@ -37,11 +37,13 @@
 
 #include <QBasicTimer>
 #include <QDir>
+#include <QDrag>
 #include <QLibrary>
 #include <QLockFile>
 #include <QNetworkAccessManager>
 #include <QPointer>
 #include <QSet>
+#include <QThread>
 #include <QThreadPool>
 #include <QTimer>
 #include <QTimerEvent>
@@ -86,6 +88,34 @@ QWidget* makeBuiltinContent(NakNavLoc const& place, QWidget* parent)
     if (place.builtinView() == NakNav::BuiltinView::Type::Notifications)
         return new NakNotifsView(parent);
     return new NakAcctsView(parent);
+}
+
+// Sends away the box, the menu or the drag whose caller stands on the stack and waits for its
+// answer, with objects of his own there. False when nobody waits.
+bool cancelWaiting()
+{
+    if (QThread::currentThread()->loopLevel() < 2)
+        return false;
+    QDrag::cancel();
+    QWidget* const popup = QApplication::activePopupWidget();
+    if (QWidget* const waiting = popup ? popup : QApplication::activeModalWidget())
+        waiting->close();
+    return true;
+}
+
+// A window may take others with it.
+void deleteWindows()
+{
+    QList<QPointer<QWidget>> windows;
+    QWidgetList const topLevels = QApplication::topLevelWidgets();
+    for (QWidget* window : topLevels)
+        windows.append(window);
+    for (QPointer<QWidget> const& window : qAsConst(windows)) {
+        if (qobject_cast<NakChatWindow*>(window))
+            delete window;
+    }
+    for (QPointer<QWidget> const& window : qAsConst(windows))
+        delete window;
 }
 
 template <typename T> void deleteGlobal(T*& global)
@@ -355,22 +385,15 @@ bool NakApplication::didBeginQuit() const
 
 void NakApplication::takeDownWindowsAndServices()
 {
+    if (cancelWaiting()) {
+        QTimer::singleShot(0, this, &NakApplication::takeDownWindowsAndServices);
+        return;
+    }
     NakNotif::g_nakNotifManager->hideTrayIcon();
     // Windows that a quit takes down get no close event.
     if (NakChatWindow const* const window = NakGo::mostViableWindow())
         window->storePlacement();
-    // A window may take others with it.
-    QList<QPointer<QWidget>> windows;
-    QWidgetList const topLevels = topLevelWidgets();
-    for (QWidget* window : topLevels)
-        windows.append(window);
-    for (QPointer<QWidget> const& window : qAsConst(windows)) {
-        if (qobject_cast<NakChatWindow*>(window))
-            delete window;
-    }
-    for (QPointer<QWidget> const& window : qAsConst(windows))
-        delete window;
-
+    deleteWindows();
     QSet<QObject*> const services = d->services;
     for (QObject* plugin : services) {
         if (INakService* service = NakApplicationImpl::asServiceChecked(plugin))
