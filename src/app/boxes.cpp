@@ -13,21 +13,17 @@ QString tr(char const* text)
     return QCoreApplication::translate("NakApplication", text);
 }
 
-void addOnlyButton(QMessageBox* box, NakFatalBox::Button button)
+QPushButton* addOnlyButton(QMessageBox* box, NakFatalBox::Button button)
 {
     switch (button) {
     case NakFatalBox::Button::Ok:
-        box->setStandardButtons(QMessageBox::Ok);
-        return;
+        return box->addButton(QMessageBox::Ok);
     case NakFatalBox::Button::Close:
-        box->setStandardButtons(QMessageBox::Close);
-        return;
+        return box->addButton(QMessageBox::Close);
     case NakFatalBox::Button::Quit:
-        QPushButton* quit = box->addButton(tr("Quit"), QMessageBox::RejectRole);
-        box->setDefaultButton(quit);
-        box->setEscapeButton(quit);
-        return;
+        break;
     }
+    return box->addButton(tr("Quit"), QMessageBox::RejectRole);
 }
 
 } // namespace
@@ -38,7 +34,9 @@ void NakBoxes::showFatal(NakFatalBox::Message const& message)
     box.setTextFormat(Qt::PlainText);
     box.setInformativeText(message.informativeText);
     box.setDetailedText(message.detailedText);
-    addOnlyButton(&box, message.button);
+    QPushButton* const only = addOnlyButton(&box, message.button);
+    box.setDefaultButton(only); // not the one that shows the details
+    box.setEscapeButton(only);
     box.exec();
 }
 

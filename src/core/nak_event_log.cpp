@@ -167,6 +167,13 @@ char const* parseFields(EvLogData::EntryReadData* entry, char const* line, char 
     return parseFieldsBehindSeverity(secondTab + 1, end, &entry->category);
 }
 
+// A temporary file that could not be opened has got no name.
+QString wantedName(QFile const& file)
+{
+    auto const* temporary = qobject_cast<QTemporaryFile const*>(&file);
+    return temporary ? temporary->fileTemplate() : file.fileName();
+}
+
 [[noreturn]] void exitWithoutLogFile(QString const& fileName)
 {
     NakFatalBox::Message message;
@@ -290,7 +297,7 @@ NakEvLogger::NakEvLogger(QFile* file, QObject* parent)
     : QObject(parent)
 {
     if (!file->open(QIODevice::ReadOnly | QIODevice::WriteOnly | QIODevice::Append))
-        exitWithoutLogFile(file->fileName());
+        exitWithoutLogFile(wantedName(*file));
     bool const appending = file->pos() != 0;
     m_fileName = file->fileName();
 

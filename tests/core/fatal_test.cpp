@@ -121,6 +121,9 @@ TEST_F(FatalDeathTest, NoLogFileOrAFullOne)
                 "box/Critical Error/Event log file could not be opened/Nakwire cannot operate "
                 "without an event log file and will close./Attempted to open event log file "
                 "at:\n\n/nonexistent/log/1\n$");
+    // A temporary file has no name before it is there.
+    EXPECT_EXIT((qputenv("TMPDIR", "/dev/null"), NakEvLog::init()), aborts,
+                "at:\n\n/dev/null/.+/1\n$");
     // No box then: it is the logging thread that ends the process.
     NakFatalBox::setShow([](NakFatalBox::Message const&) { _exit(3); });
     EXPECT_EXIT(logTo("/dev/full"), aborts, "");
