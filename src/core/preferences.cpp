@@ -125,6 +125,29 @@ QString strategyKey(char const* fontKey)
     return textOf(fontKey) + QLatin1String("_style_strategy");
 }
 
+// --- fonts that are missing ---
+
+// One that takes nothing from the widget that it is drawn on.
+QFont wholeFont(QFont font)
+{
+    font.resolve(QFont::AllPropertiesResolved);
+    return font;
+}
+
+// The desktop's, whatever the user put in its place.
+QFont defaultFont()
+{
+    return wholeFont(NakSettingsImpl::appFontBeforeOverride().value_or(QFont()));
+}
+
+QFont fixedFontInSizeOf(QFont const& font)
+{
+    QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    if (font.pointSize() > 0) // a font in pixels has no points
+        fixed.setPointSize(font.pointSize());
+    return wholeFont(fixed);
+}
+
 // --- load ---
 
 QFont loadFont(QSettings const& settings, char const* key, QFont const& missing)
@@ -138,25 +161,19 @@ QFont loadFont(QSettings const& settings, char const* key, QFont const& missing)
     return font;
 }
 
-QFont fixedFontInSizeOf(QFont const& font)
-{
-    QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    if (font.pointSize() > 0) // a font in pixels has no points
-        fixed.setPointSize(font.pointSize());
-    return fixed;
-}
-
 void loadFonts(QSettings const& settings, NakPreferences* preferences)
 {
     for (FontRow const& row : fontRows) {
         bool const isMonospace = row.field == &P::messageMonospaceFont;
-        QFont const missing =
-            isMonospace ? fixedFontInSizeOf(preferences->messageBufferFont) : QFont();
-        preferences->*row.field = loadFont(settings, row.key, missing);
+        QFont& font = preferences->*row.field;
+        if (isMonospace)
+            font = fixedFontInSizeOf(preferences->messageBufferFont);
+        font = loadFont(settings, row.key, font);
     }
     preferences->useAppOverride = settings.value(textOf(useAppOverrideKey), false).toBool();
     if (preferences->useAppOverride)
-        preferences->appOverrideFont = loadFont(settings, appOverrideKey, QFont());
+        preferences->appOverrideFont =
+            loadFont(settings, appOverrideKey, preferences->appOverrideFont);
 }
 
 void loadRow(QSettings const& settings, Row const& row, NakPreferences* preferences)
@@ -211,7 +228,7 @@ bool carriesSomething(QVariant const& value)
 void saveRow(QSettings& settings, Row const& row, NakPreferences const& preferences)
 {
     QVariant const value =
-        std::visit([&](auto field) { return QVariant::fromValue(preferences.*field); }, row.field);
+        std::visit([&](auto field) { return storedForm(preferences.*field); }, row.field);
     if (row.keep == Keep::WhenSet && !carriesSomething(value))
         settings.remove(textOf(row.key));
     else
@@ -241,7 +258,10 @@ QStringList NakPreferencesImpl::keys()
 NakPreferences NakPreferences::defaults()
 {
     NakPreferences preferences;
-    preferences.messageMonospaceFont = fixedFontInSizeOf(preferences.messageBufferFont);
+    for (FontRow const& row : fontRows)
+        preferences.*row.field = defaultFont();
+    preferences.messageMonospaceFont = fixedFontInSizeOf(defaultFont());
+    preferences.appOverrideFont = defaultFont();
     return preferences;
 }
 
@@ -249,7 +269,7 @@ void NakPreferences::loadFromSettingsFile()
 {
     NakSettingsFile settings;
     NakSettingsFileImpl::setHadSettingsAtLoadTime(!isFirstRun(settings));
-    *this = NakPreferences();
+    *this = defaults();
     themeType = NakAppTheme::settingsToThemeType(settings);
     loadFonts(settings, this);
     for (Row const& row : rows)

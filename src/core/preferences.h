@@ -80,7 +80,8 @@ struct NakPreferences {
     qint32 extraMessageGroupPadding = 0;
     qint32 inactivityThresholdMinutes = 5; // at least 3
 
-    // What an empty settings file gives.
+    // What an empty settings file gives. The fonts are the desktop's, also while the user's own
+    // stands for everything else, and depend on no widget that they are drawn on.
     static NakPreferences defaults();
 
     void loadFromSettingsFile();

@@ -223,6 +223,8 @@ TEST_F(Preferences, EveryKeyIsWritten)
         EXPECT_EQ(inFile(c.key), otherValue(c)) << c.key;
     EXPECT_EQ(inFile("application/settings_version"), "1");
     EXPECT_EQ(allFields(loaded()), allFields(preferences));
+    QByteArray const bytes = fileBytes(NakSettingsFile::settingsFilePath());
+    EXPECT_TRUE(bytes.contains("\ninput_gain=1.5\n")) << bytes.constData();
 
     NakPreferences().saveToSettingsFile();
     EXPECT_EQ(allFields(loaded()), allDefaults());
@@ -275,6 +277,19 @@ TEST_F(Preferences, FontsThatAreMissing)
         EXPECT_EQ(loaded().messageMonospaceFont.pointSize(), points);
         EXPECT_EQ(loaded().messageMonospaceFont.family(), fixed.family());
     }
+}
+
+// Painters and widgets fill up what a font leaves open from the application's.
+TEST_F(Preferences, DefaultFontsAreWholeAndNotTheUsersOwn)
+{
+    NakSettingsImpl::setAppFontBeforeOverride(font(13, QFont::PreferDefault));
+    for (NakPreferences const& preferences : { loaded(), NakPreferences::defaults() }) {
+        for (auto const field : { &P::messageBufferFont, &P::sourceListFont, &P::appOverrideFont })
+            EXPECT_EQ((preferences.*field).resolve(font(30, QFont::PreferDefault)),
+                      font(13, QFont::PreferDefault));
+        EXPECT_EQ(preferences.messageMonospaceFont.pointSize(), 13);
+    }
+    NakSettingsImpl::clearAppFontBeforeOverride();
 }
 
 TEST_F(Preferences, Theme)
