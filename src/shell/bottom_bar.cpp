@@ -6,6 +6,7 @@
 #include "nakwire_style.h"
 #include "own_user_status_button.h"
 
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QPainter>
 
@@ -19,7 +20,19 @@ BottomBar::BottomBar(QWidget* statusWidget, QWidget* parent)
     layout->addWidget(m_ownStatus);
     layout->addWidget(statusWidget, 1);
     layout->addWidget(new NakConnStatusLabel(this));
+    fitHeight();
+}
+
+void BottomBar::fitHeight()
+{
     setFixedHeight(fontMetrics().height() + 7);
+}
+
+void BottomBar::changeEvent(QEvent* event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange)
+        fitHeight();
 }
 
 void BottomBar::paintEvent(QPaintEvent*)

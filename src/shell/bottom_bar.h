@@ -18,8 +18,11 @@ public:
     NakOwnUserStatusButton* ownStatus() const { return m_ownStatus; }
 
 protected:
+    void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    void fitHeight();
+
     NakOwnUserStatusButton* m_ownStatus;
 };
