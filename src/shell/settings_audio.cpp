@@ -33,7 +33,8 @@ QVector<Group> NakSettingsRows::audioAndVoice()
               { "Toggle m&ute", &P::toggleMicMuteBinding, nullptr, none, Look::Key },
               { "Mute micr&ophone", &P::muteMicBinding, nullptr, none, Look::Key },
               { "Unmute mic&rophone", &P::unmuteMicBinding,
-                "Press the key while the field has the focus.", none, Look::Key },
+                "Press the key while the field has the focus; Backspace clears it.", none,
+                Look::Key },
           } },
     };
 }

@@ -159,6 +159,9 @@ QDialogButtonBox* NakSettingsDialog::makeButtons()
     reset->setToolTip(tr("Set everything on this page back to its default"));
     cancelButton->setToolTip(tr("Take back everything since this window was opened"));
     ok->setDefault(true);
+    // The button that has the focus takes Return; else it would confirm, on Cancel too.
+    for (QPushButton* button : { reset, ok, cancelButton, applyButton })
+        button->setAutoDefault(true);
     connect(ok, &QPushButton::clicked, this, &NakSettingsDialog::accept);
     connect(applyButton, &QPushButton::clicked, this, &NakSettingsDialog::apply);
     connect(cancelButton, &QPushButton::clicked, this, &NakSettingsDialog::cancel);

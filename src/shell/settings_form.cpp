@@ -7,15 +7,15 @@
 #include "audio_door.h"
 #include "settings_file.h"
 #include "settings_font_control.h"
+#include "settings_key_field.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QEvent>
+#include <QFontInfo>
 #include <QFormLayout>
-#include <QKeySequenceEdit>
 #include <QLabel>
-#include <QLineEdit>
 #include <QSignalBlocker>
 #include <QStyle>
 #include <QVBoxLayout>
@@ -33,6 +33,11 @@ constexpr int helpGap = 2; // between a control and its help
 constexpr int headingGap = 10; // above a heading, beside the gap of the rows
 constexpr double helpScale = 0.9; // of the font
 
+QString helpName()
+{
+    return QStringLiteral("help");
+}
+
 double decibels(double factor, double least)
 {
     return factor > 0 ? std::max(least, 20 * std::log10(factor)) : least;
@@ -45,15 +50,21 @@ void keepWheelForThePage(QWidget* control, QObject* filter)
     control->installEventFilter(filter);
 }
 
+void scaleHelp(QLabel* help, QFont const& around)
+{
+    QFont font;
+    font.setPointSizeF(QFontInfo(around).pointSizeF() * helpScale);
+    help->setFont(font);
+}
+
 // The control, and the sentence right below it.
 QWidget* withHelp(QWidget* control, QString const& help)
 {
     auto* const text = new QLabel(help);
+    text->setObjectName(helpName());
     text->setTextFormat(Qt::PlainText);
     text->setWordWrap(true);
-    QFont font = text->font();
-    font.setPointSizeF(font.pointSizeF() * helpScale);
-    text->setFont(font);
+    scaleHelp(text, control->font());
     control->setAccessibleDescription(help);
     QStyle const* const style = control->style();
     if (qobject_cast<QCheckBox*>(control)) // below its text
@@ -148,6 +159,15 @@ bool NakSettingsForm::eventFilter(QObject* watched, QEvent* event)
         return true;
     }
     return QWidget::eventFilter(watched, event);
+}
+
+void NakSettingsForm::changeEvent(QEvent* event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() != QEvent::FontChange)
+        return;
+    for (QLabel* help : findChildren<QLabel*>(helpName()))
+        scaleHelp(help, font());
 }
 
 // --- rows ---
@@ -293,24 +313,11 @@ QWidget* NakSettingsForm::makeThemeChoice(qint32 P::*field)
 
 QWidget* NakSettingsForm::makeKeyField(QString P::*field)
 {
-    auto* const edit = new QKeySequenceEdit;
-    edit->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    if (auto* const line = edit->findChild<QLineEdit*>())
-        line->setClearButtonEnabled(true);
-    connect(edit, &QKeySequenceEdit::keySequenceChanged, this,
-            [this, field, edit](QKeySequence const& keys) {
-                // The field would wait for up to four keys, one after the other.
-                if (keys.count() > 1)
-                    edit->setKeySequence(QKeySequence(keys[0]));
-                else
-                    m_model->set(field, keys.toString(QKeySequence::PortableText));
-            });
+    auto* const edit = new NakSettingsKeyField(this);
+    connect(edit, &NakSettingsKeyField::keyChosen, this,
+            [this, field](QString const& key) { m_model->set(field, key); });
     read<QString>(
-        edit,
-        [edit](QString const& text) {
-            edit->setKeySequence(QKeySequence(text, QKeySequence::PortableText));
-        },
-        field);
+        edit, [edit](QString const& key) { edit->setKey(key); }, field);
     return edit;
 }
 

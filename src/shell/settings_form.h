@@ -27,6 +27,8 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 protected:
+    void changeEvent(QEvent* event) override;
+
     // For pages with rows of their own.
     void addHeading(QString const& text);
     // The control, with the help below it in one widget if there is any.

@@ -43,7 +43,7 @@ QVector<Group> NakSettingsRows::general()
                       { "Idle after",
                         &P::inactivityThresholdMinutes,
                         nullptr,
-                        { 3, 1440, 1, " minutes" } }),
+                        { 3, 240, 1, " minutes" } }),
           } },
         { "Notifications",
           {

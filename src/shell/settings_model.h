@@ -8,6 +8,7 @@
 
 #include "preferences.h"
 
+#include <QNetworkProxy>
 #include <QObject>
 
 #include <memory>
@@ -30,7 +31,7 @@ public:
     }
 
     void apply(); // puts the working copy in force and into the file
-    void revert(); // the same with what was when the dialog opened
+    void revert(); // the same with what was when the dialog opened, the proxy's address included
 
 signals:
     void edited(); // by set()
@@ -38,9 +39,11 @@ signals:
 
 private:
     void putInForce(NakPreferences const& preferences);
+    void restoreProxy();
     void takeOver();
 
     std::unique_ptr<NakPreferences> const m_original;
     std::unique_ptr<NakPreferences> const m_working;
+    QNetworkProxy const m_originalProxy;
     bool m_isOwnChange = false;
 };

@@ -5,6 +5,7 @@
 #include "settings_file.h"
 #include "settings_font_control.h"
 #include "settings_form.h"
+#include "settings_key_field.h"
 #include "shell_fixture.h"
 #include "widget_acts.h"
 
@@ -17,7 +18,6 @@
 #include <QDir>
 #include <QDoubleSpinBox>
 #include <QFontComboBox>
-#include <QKeySequenceEdit>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMap>
@@ -108,12 +108,11 @@ bool change(QWidget* widget)
         box->click();
     else if (auto* const number = qobject_cast<QAbstractSpinBox*>(widget))
         number->stepBy(1);
-    else if (auto* const keys = qobject_cast<QKeySequenceEdit*>(widget))
-        keys->setKeySequence(QKeySequence(Qt::Key_F7, Qt::Key_F8));
+    else if (qobject_cast<NakSettingsKeyField*>(widget))
+        QTest::keyClick(widget, Qt::Key_F7);
     else if (qobject_cast<QFontComboBox*>(widget) || widget->inherits("QExpandingLineEdit")
              || qobject_cast<QAbstractSpinBox*>(widget->parent())
-             || qobject_cast<QComboBox*>(widget->parent())
-             || qobject_cast<QKeySequenceEdit*>(widget->parent()))
+             || qobject_cast<QComboBox*>(widget->parent()))
         return false;
     else if (auto* const choice = qobject_cast<QComboBox*>(widget))
         choice->setCurrentIndex(choice->currentIndex() > 0 ? 0 : choice->count() - 1);
@@ -214,6 +213,71 @@ TEST_F(SettingsDialogTest, ProxyThatIsSwitchedOffLeavesNoPassword)
     press("OK");
     for (QString const& key : file().keys())
         EXPECT_FALSE(key.startsWith(QLatin1String("experimental_proxy"))) << key.toStdString();
+}
+
+TEST_F(SettingsDialogTest, CancelBringsBackTheProxyThatWasErased)
+{
+    m_preferences.useNetworkProxy = true;
+    m_preferences.saveToSettingsFile();
+    writeSetting("experimental_proxy/type", QStringLiteral("http"));
+    writeSetting("experimental_proxy/hostname", QStringLiteral("h"));
+    auto const before = file();
+    summoned();
+    control<QCheckBox>(4, "Use a proxy")->click();
+    press("Apply");
+    EXPECT_NE(file(), before);
+    press("Cancel");
+    auto const after = file();
+    for (QString const& key : before.keys())
+        EXPECT_EQ(after.value(key), before.value(key)) << key.toStdString();
+}
+
+TEST_F(SettingsDialogTest, ReturnIsForTheButtonThatHasTheFocus)
+{
+    struct {
+        char const* button; // null: none has the focus
+        bool keepsPreference;
+        bool stays;
+    } const cases[] = { { nullptr, true, false },
+                        { "OK", true, false },
+                        { "Cancel", false, false },
+                        { "Apply", true, true },
+                        { "Reset Page", false, true } };
+    for (auto const& c : cases) {
+        SCOPED_TRACE(c.button ? c.button : "none");
+        NakSettingsDialog* const dialog = summoned();
+        auto* const box = control<QCheckBox>(0, "Show the status bar");
+        box->setChecked(false);
+        QTest::keyClick(c.button ? findByText<QPushButton>(dialog, c.button)
+                                 : static_cast<QWidget*>(box),
+                        Qt::Key_Return);
+        settle();
+        EXPECT_EQ(m_preferences.showStatusBar, !c.keepsPreference);
+        EXPECT_EQ(dialogs().size(), c.stays ? 1 : 0);
+        NakSettingsDialog::closeSettingsDialog();
+        settle();
+        m_preferences.showStatusBar = true;
+    }
+}
+
+TEST_F(SettingsDialogTest, KeyField)
+{
+    summoned();
+    auto* const field = control<NakSettingsKeyField>(3, "Push to talk");
+    std::string seen;
+    for (char const* keys : { "F9", "Ctrl+W", "Alt+T", "Delete", "Shift+F2, A", "Backspace" }) {
+        pressKeys(field, keys);
+        seen += m_preferences.pushToTalkBinding.toStdString() + '|';
+    }
+    QTest::keyClick(field, Qt::Key_Shift);
+    QTest::keyClick(field, Qt::Key_Exclam, Qt::ShiftModifier);
+    seen += m_preferences.pushToTalkBinding.toStdString() + ' ' + field->text().toStdString();
+    EXPECT_EQ(seen, "F9|Ctrl+W|Alt+T||A||! !");
+    field->actions().first()->trigger();
+    EXPECT_EQ(m_preferences.pushToTalkBinding, QString());
+    QTest::keyClick(field, Qt::Key_Escape); // is Cancel here too
+    settle();
+    EXPECT_EQ(dialogs().size(), 0);
 }
 
 TEST_F(SettingsDialogTest, ChangesFromElsewhereAreTakenOver)
