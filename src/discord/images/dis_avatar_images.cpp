@@ -225,10 +225,10 @@ SharedImage DisAvatarImages::getGuildIcon(FlakeId guild, int height)
     return hash == 0 ? SharedImage() : m_guildIcons->getImage({ { guild, hash }, height });
 }
 
-QPixmap DisAvatarImages::avatarPlaceholder(QSize size)
+QPixmap DisAvatarImages::avatarPlaceholder(QSize size, QColor const& color)
 {
-    return g_guiIcons->pixmapForCodeAndColorAtSize(QChar(userGlyph), g_guiIcons->normalIconColor(),
-                                                   size);
+    return g_guiIcons->pixmapForCodeAndColorAtSize(
+        QChar(userGlyph), color.isValid() ? color : g_guiIcons->normalIconColor(), size);
 }
 
 // The glyph on a plate, so that it is told from a picture that is still to come.

@@ -45,8 +45,8 @@ public:
     // Empty for a guild without a picture: its place shows something of its name.
     SharedImage getGuildIcon(FlakeId guild, int height);
 
-    // The user glyph in the theme's colour, centred.
-    QPixmap avatarPlaceholder(QSize size);
+    // The user glyph, centred; in the theme's colour if none is given.
+    QPixmap avatarPlaceholder(QSize size, QColor const& color = {});
     QPixmap noAvatarPixmap(QSize size);
 
     QUrl webUrlForUserAvatar(FlakeId user); // empty if there is none

@@ -49,12 +49,13 @@ public:
                         changed();
                 });
     }
-    QPixmap pixmap(DisStoredAccount const& account)
+    // An account that nobody is known of has a glyph, in the colour of the text beside it.
+    QPixmap pixmap(DisStoredAccount const& account, QColor const& textColor)
     {
         m_user = account.userId;
         QSize const size(m_height, m_height);
         if (!m_user.isValid())
-            return g_disAvatarImages->avatarPlaceholder(size);
+            return g_disAvatarImages->avatarPlaceholder(size, textColor);
         if (account.avatarName.isEmpty())
             return g_disAvatarImages->noAvatarPixmap(size);
         return g_disAvatarImages->getAvatarWithName(m_user, account.avatarName, m_height).pixmap();
@@ -80,15 +81,15 @@ public:
     {
         if (!m_account)
             return;
-        QPixmap const avatar = m_avatar.pixmap(*m_account);
+        QPalette::ColorGroup const group = option.active ? QPalette::Active : QPalette::Inactive;
+        QColor const ink =
+            palette().color(group, option.selected ? QPalette::HighlightedText : QPalette::Text);
         int const side = linesPerRow * lineHeight();
         QRect const place(row.left() + horizontalSpace(), lineRect(0, row).top(), side, side);
-        painter->drawPixmap(place, avatar);
+        painter->drawPixmap(place, m_avatar.pixmap(*m_account, ink));
         QRect const text = row.adjusted(side + 2 * horizontalSpace(), 0, -horizontalSpace(), 0);
-        QPalette::ColorGroup const group = option.active ? QPalette::Active : QPalette::Inactive;
-        auto const role = option.selected ? QPalette::HighlightedText : QPalette::Text;
         painter->setFont(font());
-        painter->setPen(palette().color(group, role));
+        painter->setPen(ink);
         drawLine(painter, lineRect(0, text), nameLine());
         if (!option.selected)
             painter->setPen(palette().color(QPalette::Disabled, QPalette::Text));
