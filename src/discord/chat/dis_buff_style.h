@@ -35,8 +35,8 @@ struct DisBuffMetrics {
     double botRadius = 2.0;
     int headerGap = 1; // below the header
     int contentGap = 1; // between the messages of a group
-    // A message is wider by this, at both sides, than what it shows, so that its frame leaves the text
-    // free. It lies within the group's margins.
+    // A message is wider by this, at both sides, than what it shows, so that its frame leaves the
+    // text free. It lies within the group's margins.
     int contentInset = 3;
     int noteGap = 1; // above a line that stands for what is not text
     int pictureGap = 4; // above and below a picture
