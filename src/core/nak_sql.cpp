@@ -213,9 +213,9 @@ void NakSql::beginTransaction(sqlite3* db)
     sqlite3_exec(db, "begin transaction", nullptr, nullptr, nullptr);
 }
 
-void NakSql::endTransaction(sqlite3* db)
+int NakSql::endTransaction(sqlite3* db)
 {
-    sqlite3_exec(db, "end transaction", nullptr, nullptr, nullptr);
+    return sqlite3_exec(db, "end transaction", nullptr, nullptr, nullptr);
 }
 
 qint64 NakSql::lastInsertRowId(sqlite3* db)

@@ -45,7 +45,7 @@ void waitNoLongerThanThread(sqlite3* db);
 
 // --- use ---
 void beginTransaction(sqlite3* db);
-void endTransaction(sqlite3* db);
+int endTransaction(sqlite3* db); // the SQLite code: a full disk shows only here
 qint64 lastInsertRowId(sqlite3* db);
 
 // --- the end of the process; any thread, one box however many threads fail ---

@@ -89,11 +89,13 @@ public:
         return false;
     }
 
-    // Bindings never survive this.
-    void reset()
+    // Bindings never survive this. The SQLite code of a step that failed, for who writes what must
+    // not be lost unseen.
+    int reset()
     {
-        sqlite3_reset(m_stmt);
+        int const code = sqlite3_reset(m_stmt);
         sqlite3_clear_bindings(m_stmt);
+        return code;
     }
 
     // --- reading of the current row; columns count from 0. An empty text or blob reads as null ---

@@ -15,6 +15,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 using NakPlaylist::PlaylistInfo;
@@ -81,13 +82,43 @@ void openStore(NakSavedDataPriv* d)
     }
 }
 
-int insertPlaylist(sqlite3* db, QString const& name, int position)
+// --- write ---
+
+// A full disk or a protected file takes nothing; what the user did lives on in memory.
+bool tookIt(int code)
 {
-    NakStmt stmt(db, "insert into playlist (name, position, content) values (?, ?, '[]')");
+    if (code != SQLITE_OK)
+        logWarning(NakSavedData::tr("A change of bookmarks or other saved data could not be saved "
+                                    "(SQLite code %1)")
+                       .arg(code));
+    return code == SQLITE_OK;
+}
+
+bool write(NakStmt* stmt)
+{
+    stmt->step();
+    return tookIt(stmt->reset());
+}
+
+// At the end; its id, or none if the file did not take it.
+std::optional<int> insertPlaylist(sqlite3* db, QString const& name)
+{
+    NakStmt stmt(db,
+                 "insert into playlist (name, position, content)"
+                 " select ?, coalesce(max(position) + 1, 0), '[]' from playlist");
     stmt.bind(1, name);
-    stmt.bind(2, position);
-    stmt.step();
+    if (!write(&stmt))
+        return {};
     return static_cast<int>(NakSql::lastInsertRowId(db));
+}
+
+// Of a folder that is not in the file. The file gives no such number by itself.
+int makeUnsavedId(QVector<PlaylistInfo> const& playlists)
+{
+    int last = 1 << 30;
+    for (PlaylistInfo const& info : playlists)
+        last = qMax(last, info.id);
+    return last + 1;
 }
 
 QVector<PlaylistInfo> loadPlaylists(sqlite3* db)
@@ -187,7 +218,7 @@ NakSavedData::NakSavedData(QObject* parent)
 {
     openStore(d.get());
     if (!NakStmt(d->db, "select id from playlist").step())
-        insertPlaylist(d->db, tr("Favorites"), 0);
+        insertPlaylist(d->db, tr("Favorites"));
     d->playlists = loadPlaylists(d->db);
     d->timer.setSingleShot(true);
     d->timer.setInterval(0);
@@ -218,14 +249,14 @@ void NakSavedData::storeBlob(QString const& key, QByteArray const& value)
     NakStmt stmt(d->db, "replace into key_value (key, value) values (?, ?)");
     stmt.bind(1, key);
     stmt.bind(2, value);
-    stmt.step();
+    write(&stmt);
 }
 
 void NakSavedData::deleteBlob(QString const& key)
 {
     NakStmt stmt(d->db, "delete from key_value where key = ?");
     stmt.bind(1, key);
-    stmt.step();
+    write(&stmt);
 }
 
 QByteArray NakSavedData::loadBlob(QString const& key) const
@@ -256,21 +287,15 @@ void NakSavedData::setPlaylistName(int id, QString const& name)
     NakStmt stmt(d->db, "update playlist set name = ? where id = ?");
     stmt.bind(1, name);
     stmt.bind(2, id);
-    stmt.step();
+    write(&stmt);
     info->name = name;
     addIndividualChangeFlags(d.get(), id, NakPlaylist::NameChanged);
 }
 
 int NakSavedData::createPlaylist(QString const& name)
 {
-    int id = 0;
-    {
-        NakSqlTransaction const transaction(d->db);
-        NakStmt last(d->db, "select max(position) from playlist");
-        int const position = last.step() ? last.colInt(0) + 1 : 0;
-        last.reset();
-        id = insertPlaylist(d->db, name, position);
-    }
+    std::optional<int> const saved = insertPlaylist(d->db, name);
+    int const id = saved ? *saved : makeUnsavedId(d->playlists);
     d->playlists.append({ id, name });
     d->entries.insert(id, {});
     addIndividualChangeFlags(d.get(), id, NakPlaylist::Created);
@@ -284,7 +309,7 @@ void NakSavedData::deletePlaylist(int id)
         return;
     NakStmt stmt(d->db, "delete from playlist where id = ?");
     stmt.bind(1, id);
-    stmt.step();
+    write(&stmt);
     d->playlists.erase(info);
     d->entries.remove(id);
     addIndividualChangeFlags(d.get(), id, NakPlaylist::Deleted);
@@ -311,16 +336,15 @@ void NakSavedData::setPlaylistOrdering(QVector<int> const& ids)
     std::stable_sort(
         d->playlists.begin(), d->playlists.end(),
         [&](PlaylistInfo const& a, PlaylistInfo const& b) { return rank(a) < rank(b); });
-    {
-        NakSqlTransaction const transaction(d->db);
-        NakStmt stmt(d->db, "update playlist set position = ? where id = ?");
-        for (int position = 0; position < d->playlists.size(); ++position) {
-            stmt.bind(1, position);
-            stmt.bind(2, d->playlists.at(position).id);
-            stmt.step();
-            stmt.reset();
-        }
+    NakSql::beginTransaction(d->db);
+    NakStmt stmt(d->db, "update playlist set position = ? where id = ?");
+    for (int position = 0; position < d->playlists.size(); ++position) {
+        stmt.bind(1, position);
+        stmt.bind(2, d->playlists.at(position).id);
+        stmt.step();
+        stmt.reset();
     }
+    tookIt(NakSql::endTransaction(d->db));
     d->pending.orderChanged = true;
     d->timer.start();
 }
@@ -342,7 +366,7 @@ void NakSavedData::setPlaylistEntries(int id, QVector<NakNavLoc> const& entries)
     NakStmt stmt(d->db, "update playlist set content = ? where id = ?");
     stmt.bindUtf8(1, content.constData(), content.size());
     stmt.bind(2, id);
-    stmt.step();
+    write(&stmt);
     d->entries.insert(id, kept);
     addIndividualChangeFlags(d.get(), id, NakPlaylist::EntriesChanged);
 }

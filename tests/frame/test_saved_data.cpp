@@ -11,6 +11,7 @@
 #include <QElapsedTimer>
 
 #include <sys/mman.h>
+#include <sys/resource.h>
 
 #include <optional>
 
@@ -203,6 +204,29 @@ TEST_F(SavedData, FileThatIsNotOursIsLeftAlone)
                   .entryList({ q("user_data*") }, QDir::Files)
                   .size(),
               1);
+}
+
+TEST_F(SavedData, FolderThatTheFileDoesNotTakeIsNoOtherOne)
+{
+    inChild([] {
+        NakSavedData store(nullptr);
+        store.setPlaylistEntries(store.createPlaylist(q("Work")), { channel(5) });
+        signal(SIGXFSZ, SIG_IGN);
+        rlimit const fullDisk{ 0, RLIM_INFINITY };
+        setrlimit(RLIMIT_FSIZE, &fullDisk);
+        int const lost = store.createPlaylist(q("Lost"));
+        rlimit const room{ RLIM_INFINITY, RLIM_INFINITY };
+        setrlimit(RLIMIT_FSIZE, &room);
+        int const later = store.createPlaylist(q("Later"));
+        store.setPlaylistEntries(later, { channel(7) });
+        store.setPlaylistEntries(lost, { channel(6) });
+        store.setPlaylistOrdering({ lost, later });
+        store.storeBlob(q("k"), QByteArray::number(store.playlistEntries(lost).size()));
+        store.deletePlaylist(lost);
+    });
+    open();
+    EXPECT_EQ(folders(), "3 Later[7,] 1 Favorites[] 2 Work[5,] ");
+    EXPECT_EQ(data->loadBlob(q("k")), "1");
 }
 
 namespace {
