@@ -41,8 +41,8 @@ public:
     explicit NakNotifItem(QObject* parent = nullptr);
     ~NakNotifItem() override; // an enabled one is withdrawn first
 
-    // A form for one list. It belongs to params.parent and must not outlive this item; a list
-    // deletes it when the item is withdrawn.
+    // A form for one list. It belongs to params.parent; a list lets go of it when the item is
+    // withdrawn but deletes it later, so it must be able to outlive the item by that much.
     virtual NakNotifVis* createVis(NakNotif::VisCtorParams const& params) = 0;
 
     bool isEnabled() const { return m_enabled; } // starts off

@@ -16,7 +16,7 @@ class QPainter;
 class QStyle;
 class QWidget;
 
-// What holds forms. The list told of forms by these calls only once they are ready.
+// What holds forms. It hears of a form by these calls only while that is ready.
 class NakNotifVisContainerInterface {
 public:
     virtual ~NakNotifVisContainerInterface();

@@ -99,6 +99,7 @@ void withdraw(NakTextNotifItem* notif)
 NakTextNotifItem* makeFriendRequest(DisNotifs::NotifsData& data, FlakeId ownUser, FlakeId other)
 {
     auto* const notif = new NakTextNotifItem(data.parent);
+    notif->setMultiline(true);
     notif->setText(QObject::tr("%1 sent you a friend request").arg(DisCache::userName(other)));
     notif->setActions(
         { NakNotifAction(QObject::tr("Accept")), NakNotifAction(QObject::tr("Decline")) });
@@ -134,10 +135,11 @@ void DisMsgNotif::showPopupIfAllowed()
 {
     if (NakNotifItem::shouldCreateTrayMessages())
         showTrayMessage(heading(m_params), m_params.text, QIcon());
-    if (!g_preferences->useWindowAlerts)
+    bool const active = QGuiApplication::applicationState() == Qt::ApplicationActive;
+    if (active || !g_preferences->useWindowAlerts)
         return;
     auto const windows = NakGo::chatWindows();
-    if (!windows.isEmpty() && QGuiApplication::applicationState() != Qt::ApplicationActive)
+    if (!windows.isEmpty())
         QApplication::alert(windows.first(), 0);
 }
 
