@@ -10,6 +10,7 @@
 #include <QPalette>
 
 #include <algorithm>
+#include <numeric>
 
 namespace {
 
@@ -27,6 +28,51 @@ int naturalWidth(NakNotifAction const& action, NakNotifsMetrics const& metrics)
     int const icon =
         action.icon().isNull() ? 0 : metrics.iconSize + (text > 0 ? metrics.iconGap : 0);
     return 2 * metrics.padding + icon + text;
+}
+
+QVector<int> naturalWidths(QVector<NakNotifAction> const& actions, NakNotifsMetrics const& metrics)
+{
+    QVector<int> widths;
+    for (NakNotifAction const& action : actions)
+        widths.append(naturalWidth(action, metrics));
+    return widths;
+}
+
+int roomForActions(QVector<NakNotifAction> const& actions, NakNotifsMetrics const& metrics,
+                   int width)
+{
+    return width - 2 * metrics.side - metrics.gap * (actions.size() - 1);
+}
+
+// Those of the item and the one that dismisses it, of which the cross alone has to do where there
+// is little room.
+QVector<NakNotifAction> shownActions(NakNotifItem const& item, NakNotifsMetrics const& metrics,
+                                     int width)
+{
+    QVector<NakNotifAction> actions = item.actions();
+    if (!item.isDismissable())
+        return actions;
+    QIcon const cross = g_guiIcons ? g_guiIcons->iconForCode(QChar(dismissGlyph)) : QIcon();
+    actions.append(NakNotifAction(cross, QStringLiteral("Dismiss")));
+    QVector<int> const widths = naturalWidths(actions, metrics);
+    int const natural = std::accumulate(widths.begin(), widths.end(), 0);
+    if (!cross.isNull() && natural > roomForActions(actions, metrics, width))
+        actions.last() = NakNotifAction(cross, QString());
+    return actions;
+}
+
+// Those that need less than their share leave the rest to the others.
+QVector<int> sharedWidths(QVector<int> widths, int room)
+{
+    QVector<int*> byWidth;
+    for (int& width : widths)
+        byWidth.append(&width);
+    std::sort(byWidth.begin(), byWidth.end(), [](int const* a, int const* b) { return *a < *b; });
+    for (int i = 0; i < byWidth.size(); ++i) {
+        *byWidth.at(i) = std::min(*byWidth.at(i), std::max(room, 0) / (byWidth.size() - i));
+        room -= *byWidth.at(i);
+    }
+    return widths;
 }
 
 NakNotifStripLayout::Action layoutAction(NakNotifAction const& action, QRect const& rect,
@@ -71,33 +117,21 @@ NakNotifsTheme::NakNotifsTheme(QPalette const& palette)
 NakNotifStripLayout layoutActions(NakNotifItem const& item, NakNotifsMetrics const& metrics,
                                   int top, int width)
 {
-    QVector<NakNotifAction> actions = item.actions();
-    if (item.isDismissable()) {
-        QIcon const cross = g_guiIcons ? g_guiIcons->iconForCode(QChar(dismissGlyph)) : QIcon();
-        actions.append(NakNotifAction(cross, QStringLiteral("Dismiss")));
-    }
+    QVector<NakNotifAction> const actions = shownActions(item, metrics, width);
     NakNotifStripLayout layout;
     if (actions.isEmpty())
         return layout;
     layout.hasDismiss = item.isDismissable();
     layout.height = metrics.stripHeight;
-    int const gaps = metrics.gap * (actions.size() - 1);
-    int const share = std::max(width - 2 * metrics.side - gaps, 0) / actions.size();
-    QVector<int> widths;
-    int natural = gaps;
-    for (NakNotifAction const& action : qAsConst(actions)) {
-        widths.append(naturalWidth(action, metrics));
-        natural += widths.last();
-    }
-    bool const crowded = natural > width - 2 * metrics.side;
+    QVector<int> const widths =
+        sharedWidths(naturalWidths(actions, metrics), roomForActions(actions, metrics, width));
     int x = metrics.side;
     for (int i = 0; i < actions.size(); ++i) {
-        int const own = crowded ? std::min(widths.at(i), share) : widths.at(i);
         if (layout.hasDismiss && i == actions.size() - 1)
-            x = std::max(x, width - metrics.side - own);
-        QRect const rect(x, top, own, metrics.stripHeight - metrics.below);
+            x = std::max(x, width - metrics.side - widths.at(i));
+        QRect const rect(x, top, widths.at(i), metrics.stripHeight - metrics.below);
         layout.actions.append(layoutAction(actions.at(i), rect, metrics));
-        x += own + metrics.gap;
+        x += widths.at(i) + metrics.gap;
     }
     return layout;
 }

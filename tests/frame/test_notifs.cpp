@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Nakwire authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "notifs_fixture.h"
+#include "notifs_layout.h"
 #include "wait_until.h"
 
 #include <QWidget>
@@ -75,6 +76,29 @@ TEST_F(Notifs, ATextTakesAsManyLinesAsItMay)
     vis->setWidthInContainer(m_line * 20);
     // Heights count the distances above and below as less than a line.
     EXPECT_EQ(takeTold(), "dirty;height 5;dirty;height 12;dirty;height 11;height 1;dirty;");
+}
+
+TEST_F(Notifs, ActionsShareTheRoomThereIs)
+{
+    auto const notif = make("a");
+    notif->setActions({ NakNotifAction(QStringLiteral("x")), NakNotifAction(QString(9, u'W')) });
+    NakNotifsMetrics const metrics(m_widget.font());
+    auto const textsAt = [&](int width) {
+        QStringList texts;
+        int end = 0;
+        for (auto const& action : layoutActions(*notif->item(), metrics, 0, width).actions) {
+            EXPECT_GE(action.rect.left(), end);
+            end = action.rect.right() + 1;
+            texts.append(action.text);
+        }
+        EXPECT_LE(end, width);
+        return texts.join(u'|').toStdString();
+    };
+    int needed = 2000;
+    while (textsAt(needed - 1) == "x|WWWWWWWWW|Dismiss")
+        --needed;
+    EXPECT_EQ(textsAt(needed - 1), "x|WWWWWWWWW|");
+    EXPECT_EQ(textsAt(needed / 2).substr(0, 3), "x|W") << "what is short is not cut";
 }
 
 TEST_F(Notifs, WithoutATrayNoMessageIsWanted)
