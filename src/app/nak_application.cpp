@@ -30,6 +30,7 @@
 #include "saved_data.h"
 #include "settings_file.h"
 #include "shell_host.h"
+#include "startup.h"
 #include "tab_contents.h"
 #include "unix_signals.h"
 #include "web_images.h"
@@ -338,6 +339,7 @@ void NakApplication::hack_chatWindowShown()
         return;
     d->chatWindowShown = true;
     QTimer::singleShot(firstWindowDelayMSecs, this, [this] {
+        NakStartup::clearEnvironment();
         // Nothing of the network is touched before the user sees something, and making this loads
         // plugins and starts a thread.
         g_networkAccessManager = new QNetworkAccessManager(this);

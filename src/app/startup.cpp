@@ -23,6 +23,9 @@ namespace {
 
 QtMessageHandler defaultQtMsgHandler = nullptr;
 
+constexpr char glIntegration[] = "QT_XCB_GL_INTEGRATION";
+bool s_setGlIntegration = false;
+
 void nakQtMsgHandler(QtMsgType type, QMessageLogContext const& context, QString const& message)
 {
     static bool startTimerSeen = false;
@@ -114,8 +117,15 @@ void NakStartup::setEnvironment()
     qputenv("QT_BEARER_POLL_TIMEOUT", "-1");
     // Nothing here draws with OpenGL, whose libraries the platform plugin would load all the same:
     // more than half of the start's instructions and of the memory.
-    if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"))
-        qputenv("QT_XCB_GL_INTEGRATION", "none");
+    s_setGlIntegration = !qEnvironmentVariableIsSet(glIntegration);
+    if (s_setGlIntegration)
+        qputenv(glIntegration, "none");
+}
+
+void NakStartup::clearEnvironment()
+{
+    if (s_setGlIntegration)
+        qunsetenv(glIntegration);
 }
 
 void NakStartup::setApplicationAttributes()

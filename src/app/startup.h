@@ -29,6 +29,9 @@ NakAppTheme::ThemeColors loadThemeColors();
 
 void configureSqlite();
 void setEnvironment();
+// Once a window is on screen, and the toolkit has read what it reads: a browser that is started
+// from here must not go without OpenGL.
+void clearEnvironment();
 void setApplicationAttributes();
 
 // Sets up the style that the user asked for by NAKWIRE_STYLE_ENGINE. Returns its name, empty for

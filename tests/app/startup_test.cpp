@@ -47,6 +47,20 @@ TEST(Startup, AllowUpdates)
     }
 }
 
+// What the user set himself is left to what he starts from here.
+TEST(Startup, GlIsLeftOutHereOnly)
+{
+    for (QByteArray const own : { "", "xcb_egl" }) {
+        qunsetenv("QT_XCB_GL_INTEGRATION");
+        if (!own.isEmpty())
+            qputenv("QT_XCB_GL_INTEGRATION", own);
+        NakStartup::setEnvironment();
+        EXPECT_EQ(qgetenv("QT_XCB_GL_INTEGRATION"), own.isEmpty() ? "none" : own);
+        NakStartup::clearEnvironment();
+        EXPECT_EQ(qgetenv("QT_XCB_GL_INTEGRATION"), own);
+    }
+}
+
 TEST(Application, CappedThreadCount)
 {
     struct {
