@@ -44,6 +44,8 @@ NakNotifsView::NakNotifsView(QWidget* parent)
     , m_toldCount(manager()->count())
 {
     m_status->setTextFormat(Qt::PlainText);
+    m_status->setSizePolicy(QSizePolicy::Ignored,
+                            QSizePolicy::Preferred); // gives way to the button
     int const margin = fontMetrics().height() / 2;
     auto* const bar = new QHBoxLayout;
     bar->setContentsMargins(margin, margin / 2, margin, margin / 2);
