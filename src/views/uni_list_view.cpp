@@ -160,6 +160,14 @@ void UniListViewBase::mousePressEvent(QMouseEvent* event)
     }
 }
 
+// A quick second click after the list moved under the pointer is a click on another row.
+void UniListViewBase::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    if (rowAt(event->pos()) != m_spots.current) {
+        mousePressEvent(event);
+    }
+}
+
 void UniListViewBase::keyPressEvent(QKeyEvent* event)
 {
     if (m_spots.current >= 0 && rowKeyPress(m_spots.current, event)) {

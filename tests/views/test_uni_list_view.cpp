@@ -292,7 +292,7 @@ TEST(UniListView, KeysAndClicksFollowThePlatform)
     play(view, { { Qt::Key_Down, none, 0, "-1:" }, { 0, none, 0, "-1:" } });
 }
 
-TEST(UniListView, MenusOfTheCurrentRowByKeyAndOfTheRowUnderThePointer)
+TEST(UniListView, MenusAndDoubleClicksAreForTheRowUnderThePointer)
 {
     Numbers view(100);
     view.setCurrentRow(60);
@@ -303,6 +303,13 @@ TEST(UniListView, MenusOfTheCurrentRowByKeyAndOfTheRowUnderThePointer)
     QContextMenuEvent mouse(QContextMenuEvent::Mouse, view.rectForRow(57).center());
     QApplication::sendEvent(view.viewport(), &mouse);
     EXPECT_EQ(view.menuKey, 57U);
+    view.setSelectionMode(UniListViewBase::ExtendedSelection);
+    for (int repeats = 2; repeats > 0; --repeats) { // quick second clicks, the first after a scroll
+        QMouseEvent click(QEvent::MouseButtonDblClick, view.rectForRow(58).center(), Qt::LeftButton,
+                          Qt::LeftButton, Qt::ControlModifier);
+        QApplication::sendEvent(view.viewport(), &click);
+        EXPECT_TRUE(view.currentRow() == 58 && view.selection().contains(58));
+    }
 }
 
 } // namespace
