@@ -13,7 +13,7 @@ namespace {
 constexpr int kBlock = 16; // messages of one conversation
 constexpr qint64 kMinuteMs = 60'000;
 constexpr qint64 kUsualSpacingMs = 40 * kMinuteMs; // from one conversation to the next
-constexpr qint64 kLongestPastMs = 600 * 1440 * kMinuteMs; // channels are older than that
+constexpr qint64 kLongestPastMs = kMinuteMs * 1440 * 600; // channels are older than that
 constexpr size_t kMaxLivePerChannel = 5000;
 constexpr int kMaxReplaced = 50000;
 constexpr int kPictureFromEnd = 4; // whoever opens a channel sees a picture

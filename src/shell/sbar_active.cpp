@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "sbar_active.h"
 
+#include "lit_item_accessible.h"
 #include "sbar_kinds.h"
 #include "sbar_tree.h"
 #include "sbar_view.h"
@@ -85,6 +86,8 @@ void setCaret(ViewPriv& d, Item item)
         return;
     ensureHeaderVisible(d, item);
     invalidateHeader(d, item);
+    if (d.view->hasFocus())
+        LitAccessible::focusMoved(*d.view, item);
 }
 
 } // namespace NakSbar

@@ -6,6 +6,7 @@
 #include "dis_client.h"
 #include "dis_manager.h"
 #include "global_events.h"
+#include "lit_item_accessible.h"
 #include "notif_manager.h"
 #include "plain_text.h"
 #include "preferences.h"
@@ -91,6 +92,7 @@ NakSbarView::NakSbarView(QWidget* parent)
     // The mouse leaves the focus where the user types.
     setFocusPolicy(Qt::TabFocus);
     setFrameShape(QFrame::NoFrame);
+    setAccessibleName(tr("Conversations"));
     viewport()->setBackgroundRole(QPalette::Window);
     viewport()->setAutoFillBackground(true);
     verticalScrollBar()->setSingleStep(scrollStep);
@@ -213,6 +215,25 @@ void NakSbarView::mouseDoubleClickEvent(QMouseEvent* event)
     viewportMousePositionEvent(event->pos());
 }
 
+LitSpokenItem NakSbarView::spokenItem(unsigned int item) const
+{
+    LitSpokenItem spoken;
+    Vis_Base const* const vis = d->vis.find(item);
+    if (!vis)
+        return spoken;
+    RowContent const& row = vis->shown;
+    spoken.name = row.text;
+    if (row.badge == BadgeKind::Number)
+        spoken.name = tr("%1, %n unread", nullptr, row.number).arg(row.text);
+    else if (row.badge == BadgeKind::Members)
+        spoken.name = tr("%1, people: %n", nullptr, row.number).arg(row.text);
+    spoken.hasFocus = item == d->caret;
+    spoken.isActive = vis->active;
+    spoken.isGroup = infoOf(*d, item).child != noItem;
+    spoken.isCollapsed = isCollapsed(*d, item);
+    return spoken;
+}
+
 void NakSbarView::keyPressEvent(QKeyEvent* event)
 {
     if (!handleKey(*d, *event))
@@ -230,8 +251,10 @@ void NakSbarView::focusInEvent(QFocusEvent* event)
 {
     LitItemView::focusInEvent(event);
     ensureCaret(*d);
-    if (d->caret != noItem)
-        invalidateHeader(*d, d->caret);
+    if (d->caret == noItem)
+        return;
+    invalidateHeader(*d, d->caret);
+    LitAccessible::focusMoved(*this, d->caret);
 }
 
 void NakSbarView::focusOutEvent(QFocusEvent* event)

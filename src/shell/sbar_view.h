@@ -29,6 +29,8 @@ public:
     void setActiveNavLoc(NakNavLoc const& place);
     void clearActiveNavLoc();
 
+    LitSpokenItem spokenItem(unsigned int item) const override;
+
     // For the functions of NakSbar.
     NakSbar::ViewPriv& priv() const { return *d; }
 

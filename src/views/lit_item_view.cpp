@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "lit_item_view.h"
 
+#include "lit_item_accessible.h"
+
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
@@ -29,6 +31,7 @@ LitItemView::LitItemView(QWidget* parent)
 {
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     viewport()->setAttribute(Qt::WA_MouseTracking);
+    LitAccessible::install();
 }
 
 LitItemView::~LitItemView() = default;
@@ -234,6 +237,11 @@ void LitItemView::ensureItemVisibleWithMinimumScrolling(unsigned int item)
     } else if (below > 0) {
         verticalScrollBar()->setValue(m_offset + below);
     }
+}
+
+LitSpokenItem LitItemView::spokenItem(unsigned int /*item*/) const
+{
+    return {};
 }
 
 void LitItemView::paintItem(QPainter* /*painter*/, unsigned int /*item*/, QRect const& /*itemRect*/,

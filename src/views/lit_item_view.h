@@ -46,6 +46,15 @@ private:
     QVarLengthArray<LitPathEntry, 8> m_entries;
 };
 
+// What a screen reader says of an item.
+struct LitSpokenItem {
+    QString name; // empty: nothing, and the item is passed over
+    bool hasFocus = false; // the keyboard's, when the view has it
+    bool isActive = false;
+    bool isGroup = false;
+    bool isCollapsed = false;
+};
+
 class LitItemView : public QAbstractScrollArea {
     Q_OBJECT
 public:
@@ -115,6 +124,9 @@ public:
     LitPath pathAtPoint(QPoint const& point) const;
     // Of an item that is higher than the viewport the top is shown.
     void ensureItemVisibleWithMinimumScrolling(unsigned int item);
+
+    // Of a visible item.
+    virtual LitSpokenItem spokenItem(unsigned int item) const;
 
 protected:
     // itemRect is the header, fullRect takes the children in. Ancestors come before descendants.

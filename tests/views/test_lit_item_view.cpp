@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "lit_item_view.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QMouseEvent>
 #include <QPainter>
@@ -323,6 +324,60 @@ TEST_F(LitItemViewTest, ScrollsTheLeastAndPaintsWhatCameIn)
     QApplication::sendEvent(view.viewport(), &move);
     view.deleteItem(rows[1]);
     EXPECT_EQ(view.mousePositions, 2) << "another item came below the pointer";
+}
+
+// As a screen reader meets it. Items of 20 pixels with the names of their numbers; the root and
+// those without a style say nothing.
+class SpokenView : public LitItemView {
+public:
+    unsigned focusItem = Lit::none;
+    LitSpokenItem spokenItem(unsigned int item) const override
+    {
+        LitSpokenItem spoken;
+        if (item != rootItem())
+            spoken.name = QString::number(item);
+        spoken.hasFocus = item == focusItem;
+        spoken.isGroup = firstChild(item) != Lit::none;
+        return spoken;
+    }
+};
+
+TEST(LitAccessible, RowsOnScreenAreAList)
+{
+    SpokenView view;
+    view.resize(200, 100);
+    unsigned const style = view.createStyle(20);
+    std::vector<unsigned> rows;
+    for (int i = 0; i < 50; ++i) {
+        rows.push_back(view.createItem(style));
+        view.appendChild(i == 3 ? rows[2] : view.rootItem(), rows.back());
+    }
+    view.show();
+    view.verticalScrollBar()->setValue(40); // the third row is the first
+    view.focusItem = rows[3];
+
+    QAccessibleInterface* const list = QAccessible::queryAccessibleInterface(&view);
+    ASSERT_NE(list, nullptr);
+    QString said;
+    for (int i = 0; i < list->childCount(); ++i) {
+        QAccessibleInterface* const row = list->child(i);
+        EXPECT_EQ(list->indexOfChild(row), i);
+        EXPECT_EQ(row->rect().topLeft(), view.viewport()->mapToGlobal({ 0, 20 * i }));
+        EXPECT_EQ(row->rect().height(), 20) << "without its children";
+        EXPECT_EQ(list->childAt(row->rect().center().x(), row->rect().center().y()), row);
+        said += row->text(QAccessible::Name)
+            + (row->state().expanded ? QStringLiteral("+ ") : QStringLiteral(" "));
+    }
+    QString wanted;
+    for (size_t i = 2; i < 7; ++i)
+        wanted += QString::number(rows[i]) + (i == 2 ? QStringLiteral("+ ") : QStringLiteral(" "));
+    EXPECT_EQ(said, wanted);
+    EXPECT_EQ(list->focusChild(), list->child(1));
+
+    QAccessibleInterface* const kept = list->child(4);
+    view.deleteItem(rows[6]);
+    EXPECT_FALSE(kept->isValid());
+    EXPECT_TRUE(kept->rect().isEmpty());
 }
 
 } // namespace
