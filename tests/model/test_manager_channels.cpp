@@ -264,6 +264,11 @@ TEST_F(ManagerChannels, FriendRequestsComeAndGo)
     ASSERT_EQ(NakNotif::g_nakNotifManager->count(), 1);
     emit NakNotif::g_nakNotifManager->items().first()->actionTriggered(0, nullptr);
     ASSERT_TRUE(waitForRequest("PUT", QStringLiteral("/users/@me/relationships/77")));
+    for (bool const wanted : { false, true, false }) { // is in force at once
+        g_preferences->notifyOnFriendRequests = wanted;
+        emit g_globalEvents->preferencesChanged();
+        EXPECT_EQ(NakNotif::g_nakNotifManager->count(), wanted ? before + 1 : 0);
+    }
     dispatch("RELATIONSHIP_REMOVE", request);
     EXPECT_TRUE(waitUntil([&] { return manager->pendingFriendRequests().size() == before; }));
     EXPECT_EQ(NakNotif::g_nakNotifManager->count(), 0);

@@ -150,6 +150,9 @@ void DisManager::connectToClient()
             &DisClient::disconnectAllSessions);
     connect(g_globalEvents, &NakGlobalEvents::clearAllUnreads, this,
             &DisManager::hack_localClearAllUnreads);
+    connect(g_globalEvents, &NakGlobalEvents::preferencesChanged, this, [this] {
+        DisNotifs::setFriendRequests(m_impl->notifs, m_impl->activeUser, m_impl->friendRequests);
+    });
 }
 
 // --- accounts ---

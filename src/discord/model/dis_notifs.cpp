@@ -167,12 +167,12 @@ void DisNotifs::removeMsgNotifsInChannels(NotifsData& data, QSet<FlakeId> const&
 
 void DisNotifs::setFriendRequests(NotifsData& data, FlakeId ownUser, QVector<FlakeId> const& users)
 {
+    QVector<FlakeId> const told =
+        g_preferences->notifyOnFriendRequests ? users : QVector<FlakeId>();
     for (FlakeId const known : data.friendRequests.keys())
-        if (!users.contains(known))
+        if (!told.contains(known))
             withdraw(data.friendRequests.take(known));
-    if (!g_preferences->notifyOnFriendRequests)
-        return;
-    for (FlakeId const user : users)
+    for (FlakeId const user : told)
         if (!data.friendRequests.contains(user))
             data.friendRequests.insert(user, makeFriendRequest(data, ownUser, user));
 }

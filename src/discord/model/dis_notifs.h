@@ -60,7 +60,8 @@ void addUserChanWatches(NotifsData& data, FlakeId ownUser);
 void addPrivMsgNotif(NotifsData& data, MsgNotifParams const& params);
 void addMentionedMsgNotif(NotifsData& data, MsgNotifParams const& params);
 void removeMsgNotifsInChannels(NotifsData& data, QSet<FlakeId> const& channels);
-// Notifications for those who ask now, and for nobody else.
+// Notifications for those who ask now, and for nobody else; for nobody at all if the user does not
+// want them. To be told again when that changes.
 void setFriendRequests(NotifsData& data, FlakeId ownUser, QVector<FlakeId> const& users);
 
 } // namespace DisNotifs
