@@ -15,6 +15,7 @@
 #include <QEvent>
 #include <QFontInfo>
 #include <QFormLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QSignalBlocker>
 #include <QStyle>
@@ -43,11 +44,13 @@ double decibels(double factor, double least)
     return factor > 0 ? std::max(least, 20 * std::log10(factor)) : least;
 }
 
-// A control under the pointer must not change by a wheel that scrolls the page.
-void keepWheelForThePage(QWidget* control, QObject* filter)
+bool turnsPage(QEvent const* event)
 {
-    control->setFocusPolicy(Qt::StrongFocus);
-    control->installEventFilter(filter);
+    if (event->type() != QEvent::KeyPress)
+        return false;
+    auto const* const key = static_cast<QKeyEvent const*>(event);
+    return key->modifiers().testFlag(Qt::ControlModifier)
+        && (key->key() == Qt::Key_Tab || key->key() == Qt::Key_Backtab);
 }
 
 void scaleHelp(QLabel* help, QFont const& around)
@@ -154,7 +157,8 @@ void NakSettingsForm::resetToDefaults()
 bool NakSettingsForm::eventFilter(QObject* watched, QEvent* event)
 {
     auto const* const control = qobject_cast<QWidget*>(watched);
-    if (event->type() == QEvent::Wheel && control && !control->hasFocus()) {
+    bool const scrollsPage = event->type() == QEvent::Wheel && control && !control->hasFocus();
+    if (scrollsPage || turnsPage(event)) {
         event->ignore();
         return true;
     }
@@ -183,8 +187,23 @@ void NakSettingsForm::addHeading(QString const& text)
     m_layout->addRow(heading);
 }
 
+// A wheel that scrolls the page must not change what comes under the pointer, and a list takes
+// Ctrl+Tab for the name of one of its rows.
+void NakSettingsForm::keepEventsForThePage(QWidget* control)
+{
+    auto parts = control->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
+    parts.append(control);
+    for (QWidget* part : qAsConst(parts)) {
+        if (!qobject_cast<QComboBox*>(part) && !qobject_cast<QAbstractSpinBox*>(part))
+            continue;
+        part->setFocusPolicy(Qt::StrongFocus);
+        part->installEventFilter(this);
+    }
+}
+
 QWidget* NakSettingsForm::addRow(QString const& label, QWidget* control, QString const& help)
 {
+    keepEventsForThePage(control);
     auto* const picker = qobject_cast<NakAudioDevicePicker*>(control);
     QWidget* const cell = picker ? withHint(picker)
         : help.isEmpty()         ? control
@@ -243,7 +262,6 @@ QWidget* NakSettingsForm::makeControl(Row const& row, qint32 P::*field)
     if (row.look == Look::Theme)
         return makeThemeChoice(field);
     QDoubleSpinBox* const box = newSpinBox(row.range);
-    keepWheelForThePage(box, this);
     connect(box, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
             [this, field](double value) { m_model->set(field, qRound(value)); });
     read<qint32>(
@@ -254,7 +272,6 @@ QWidget* NakSettingsForm::makeControl(Row const& row, qint32 P::*field)
 QWidget* NakSettingsForm::makeControl(Row const& row, double P::*field)
 {
     QDoubleSpinBox* const box = newSpinBox(row.range);
-    keepWheelForThePage(box, this);
     connect(box, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
             [this, field](double value) { m_model->set(field, value); });
     read<double>(
@@ -266,7 +283,6 @@ QWidget* NakSettingsForm::makeControl(Row const& row, float P::*field)
 {
     Q_ASSERT(row.look == Look::Decibels);
     QDoubleSpinBox* const box = newSpinBox(row.range);
-    keepWheelForThePage(box, this);
     connect(box, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
             [this, field](double value) {
                 m_model->set(field, static_cast<float>(std::pow(10, value / 20)));
@@ -287,9 +303,6 @@ QWidget* NakSettingsForm::makeControl(Row const& row, QString P::*field)
 QWidget* NakSettingsForm::makeControl(Row const& row, QFont P::*field)
 {
     auto* const control = new NakSettingsFontControl(row.look == Look::Monospace, this);
-    auto const parts = control->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
-    for (QWidget* part : parts)
-        keepWheelForThePage(part, this);
     connect(control, &NakSettingsFontControl::fontChosen, this,
             [this, field](QFont const& font) { m_model->set(field, font); });
     read<QFont>(
@@ -303,7 +316,6 @@ QWidget* NakSettingsForm::makeThemeChoice(qint32 P::*field)
     for (NakAppTheme::ThemeType type : NakAppTheme::themesList())
         box->addItem(NakAppTheme::themeDisplayName(type), static_cast<qint32>(type));
     box->setEnabled(!NakAppTheme::hasCustomTheme(NakSettingsFile()));
-    keepWheelForThePage(box, this);
     connect(box, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             [this, field, box] { m_model->set(field, box->currentData().toInt()); });
     read<qint32>(
@@ -324,7 +336,6 @@ QWidget* NakSettingsForm::makeKeyField(QString P::*field)
 QWidget* NakSettingsForm::makeDeviceChoice(int mode, QString P::*field)
 {
     auto* const picker = new NakAudioDevicePicker(mode, this);
-    keepWheelForThePage(picker, this);
     connect(picker, &NakAudioDevicePicker::deviceChosen, this,
             [this, field](QString const& name) { m_model->set(field, name); });
     read<QString>(

@@ -39,6 +39,7 @@ protected:
 
 private:
     using P = NakPreferences;
+    void keepEventsForThePage(QWidget* control);
     void addBound(NakSettingsRows::Row const& row);
     QWidget* makeControl(NakSettingsRows::Row const& row, bool P::*field);
     QWidget* makeControl(NakSettingsRows::Row const& row, qint32 P::*field);

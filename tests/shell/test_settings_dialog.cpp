@@ -260,6 +260,20 @@ TEST_F(SettingsDialogTest, ReturnIsForTheButtonThatHasTheFocus)
     }
 }
 
+TEST_F(SettingsDialogTest, CtrlTabTurnsThePageWhateverHasTheFocus)
+{
+    auto* const pages = summoned()->findChild<QTabWidget*>();
+    QPair<int, char const*> const cases[] = {
+        { 0, "Idle after" }, { 2, "Theme" }, { 2, "Code" }, { 3, "Push to talk" }, { 4, "Type" }
+    };
+    for (auto const& [index, label] : cases) {
+        QWidget* widget = control<QWidget>(index, label);
+        QTest::keyClick(widget->focusProxy() ? widget->focusProxy() : widget, Qt::Key_Tab,
+                        Qt::ControlModifier);
+        EXPECT_EQ(pages->currentIndex(), (index + 1) % 5) << label;
+    }
+}
+
 TEST_F(SettingsDialogTest, KeyField)
 {
     summoned();
