@@ -32,6 +32,7 @@ constexpr int pageMargin = 14;
 constexpr int rowGap = 6;
 constexpr int helpGap = 2; // between a control and its help
 constexpr int headingGap = 10; // above a heading, beside the gap of the rows
+constexpr int kerningGap = 2; // a letter that is underlined loses it, which no size hint knows of
 constexpr double helpScale = 0.9; // of the font
 
 QString helpName()
@@ -212,7 +213,9 @@ QWidget* NakSettingsForm::addRow(QString const& label, QWidget* control, QString
         m_layout->addRow(cell);
     } else {
         m_layout->addRow(label, cell);
-        qobject_cast<QLabel*>(m_layout->labelForField(cell))->setBuddy(control);
+        auto* const text = qobject_cast<QLabel*>(m_layout->labelForField(cell));
+        text->setBuddy(control);
+        text->setContentsMargins(0, 0, kerningGap, 0);
     }
     return cell;
 }
