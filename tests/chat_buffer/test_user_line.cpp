@@ -7,9 +7,11 @@ namespace {
 
 TEST(UserLine, PartsFollowEachOtherAndAreHitWhereTheyAre)
 {
-    DisBuffMetrics const metrics = DisBuffStyles::metricsFromPreferences(NakPreferences());
+    NakPreferences preferences;
+    preferences.displayUserStatusInChat = true;
+    DisBuffMetrics metrics = DisBuffStyles::metricsFromPreferences(preferences);
     DisGroupUserLineContent content;
-    content.name = QStringLiteral("A name of some length that may have to give way");
+    content.name = QStringLiteral("A name of some length that may give way");
     content.discriminator = QStringLiteral("#0042");
     content.time = QStringLiteral("21:05");
     content.isBot = true;
@@ -18,7 +20,7 @@ TEST(UserLine, PartsFollowEachOtherAndAreHitWhereTheyAre)
         DisGroupUserLineLayout const layout = layoutUserLine(content, metrics, width);
         int right = -1;
         for (auto const& [rect, part] :
-             { std::pair(layout.name, Part::Name),
+             { std::pair(layout.name, Part::Name), std::pair(layout.status, Part::None),
                std::pair(layout.discriminator, Part::Discriminator),
                std::pair(layout.bot, Part::Bot), std::pair(layout.time, Part::Time) }) {
             EXPECT_GT(rect.left(), right) << width;
@@ -29,11 +31,12 @@ TEST(UserLine, PartsFollowEachOtherAndAreHitWhereTheyAre)
         EXPECT_EQ(layout.nameText == content.name, width >= 640) << width;
         EXPECT_EQ(hitUserLine(layout, QPoint(width + 5, 2)), Part::None);
     }
+    metrics = DisBuffStyles::metricsFromPreferences(NakPreferences());
     content = {};
     content.name = QStringLiteral("ada");
     content.time = QStringLiteral("21:05");
     DisGroupUserLineLayout const layout = layoutUserLine(content, metrics, 400);
-    EXPECT_TRUE(layout.discriminator.isEmpty() && layout.bot.isEmpty());
+    EXPECT_TRUE(layout.status.isEmpty() && layout.discriminator.isEmpty() && layout.bot.isEmpty());
     EXPECT_EQ(layout.time.left(), layout.name.right() + 1 + metrics.partGap);
 }
 

@@ -232,6 +232,7 @@ void DisBuffGroupWidget::updateFromUserProps()
     line.nameColor = role.isValid()
         ? DisBuffStyles::readableColor(role, style.theme, style.metrics.minNameContrast)
         : QColor();
+    line.status = m_author->userStatusCode();
     line.isBot = DisCache::userIsBot(m_params.authorId);
     m_header->setParams(line);
     m_initial = hasPicture(m_params.authorId) ? QString() : initialOfName(*line.name);

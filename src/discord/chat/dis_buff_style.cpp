@@ -117,6 +117,9 @@ DisBuffMetrics metricsFromPreferences(NakPreferences const& preferences)
     if (preferences.avatarsInChat) {
         m.avatarSize = qBound(minAvatarSize, preferences.chatAvatarSize, maxAvatarSize);
     }
+    if (preferences.displayUserStatusInChat) {
+        m.statusSize = NakStyle::presenceCircleSize;
+    }
     m.initialFont = m.nameFont;
     m.initialFont.setPixelSize(std::max(1, qRound(m.avatarSize * initialFontScale)));
     m.timeOnEachMessage = preferences.timestampsOnEachMessage;
@@ -144,6 +147,11 @@ DisBuffTheme themeFromPalette(QPalette const& palette)
     t.editingFill = withAlpha(t.dim, fillAlpha);
     t.dark = palette.color(QPalette::Active, QPalette::Window).lightness() <= darkThemeLightness;
     t.initialText = t.dark ? palette.color(QPalette::Active, QPalette::Base) : QColor(Qt::white);
+    for (size_t i = 0; i < t.statusCircles.size(); ++i) {
+        auto const status = static_cast<DisUserStatusCode>(i);
+        t.statusCircles[i] = NakStyle::presenceCircle(
+            status, NakStyle::presenceColor(status, palette), qGuiApp->devicePixelRatio());
+    }
     return t;
 }
 

@@ -7,11 +7,15 @@
 // both as values. User-interface thread only.
 
 #include "flake_id.h"
+#include "presence_circle.h"
 
 #include <QColor>
 #include <QFont>
 #include <QFontMetrics>
 #include <QMargins>
+#include <QPixmap>
+
+#include <array>
 
 class QPalette;
 struct NakPreferences;
@@ -31,6 +35,7 @@ struct DisBuffMetrics {
     double avatarRadius = 4.0;
     int partGap = 6; // between the parts of a header
     int minNameWidth = 24; // what a narrow header leaves of a name
+    int statusSize = 0; // of the circle behind a name; 0: none is shown
     int botPadding = 3;
     double botRadius = 2.0;
     int headerGap = 1; // below the header
@@ -61,6 +66,7 @@ struct DisBuffTheme {
     QColor editing;
     QColor editingFill;
     QColor initialText;
+    std::array<QPixmap, 5> statusCircles; // by DisUserStatusCode
     bool dark = false;
 };
 

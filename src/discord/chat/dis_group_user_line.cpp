@@ -55,14 +55,20 @@ DisGroupUserLineLayout layoutUserLine(DisGroupUserLineContent const& content,
     int const botWidth =
         content.isBot ? metrics.smallFm.horizontalAdvance(botText()) + 2 * metrics.botPadding : 0;
     int behind = 0; // what stands behind the name, with the gaps before each
-    for (int part : { metrics.textFm.horizontalAdvance(content.discriminator), botWidth,
-                      metrics.smallFm.horizontalAdvance(content.time) }) {
+    for (int part : { metrics.statusSize, metrics.textFm.horizontalAdvance(content.discriminator),
+                      botWidth, metrics.smallFm.horizontalAdvance(content.time) }) {
         behind += part > 0 ? part + metrics.partGap : 0;
     }
     int const nameWidth = std::max(width - behind, metrics.minNameWidth);
     layout.nameText = metrics.nameFm.elidedText(content.name, Qt::ElideRight, nameWidth);
     int x = 0;
     layout.name = takePart(x, layout.nameText, metrics.nameFm, metrics);
+    if (metrics.statusSize > 0) { // on the middle of capital letters
+        int const middle = metrics.nameFm.ascent() - metrics.nameFm.capHeight() / 2;
+        layout.status =
+            QRect(x, middle - metrics.statusSize / 2, metrics.statusSize, metrics.statusSize);
+        x += metrics.statusSize + metrics.partGap;
+    }
     layout.discriminator = takePart(x, content.discriminator, metrics.textFm, metrics);
     if (botWidth > 0) {
         int const top = metrics.nameFm.ascent() - metrics.smallFm.ascent();
@@ -80,6 +86,11 @@ void paintUserLine(QPainter& painter, DisGroupUserLineLayout const& layout,
     DisBuffTheme const& t = style.theme;
     drawPart(painter, layout.name, layout.nameText, m.nameFont, m.nameFm,
              content.nameColor.isValid() ? content.nameColor : t.name);
+    if (!layout.status.isEmpty()) {
+        size_t const status = std::min(static_cast<size_t>(content.status), // from the store
+                                       t.statusCircles.size() - 1);
+        painter.drawPixmap(layout.status.topLeft(), t.statusCircles[status]);
+    }
     drawPart(painter, layout.discriminator, content.discriminator, m.textFont, m.textFm, t.dim);
     if (!layout.bot.isEmpty()) {
         painter.setRenderHint(QPainter::Antialiasing);
@@ -127,6 +138,7 @@ void DisGroupUserLine::setParams(Params const& params)
     assign(m_content.time, params.time);
     assign(m_content.fullDate, params.fullDate);
     assign(m_content.nameColor, params.nameColor);
+    assign(m_content.status, params.status);
     assign(m_content.isBot, params.isBot);
     m_layoutWidth = -1;
     update();

@@ -2,8 +2,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// The header line of a group: the author's name in the colour of the role, what kind of account it
-// is, and when the first message was sent. Painted by hand. User-interface thread only.
+// The header line of a group: the author's name in the colour of the role, whether they are there
+// if the user wants that, what kind of account it is, and when the first message was sent. Painted
+// by hand. User-interface thread only.
 
 #include "dis_buff_style.h"
 
@@ -19,12 +20,14 @@ struct DisGroupUserLineContent {
     QString time;
     QString fullDate; // the tool tip of the time
     QColor nameColor; // invalid: the theme's
+    DisUserStatusCode status = DisUserStatusCode::Unknown;
     bool isBot = false;
 };
 
 struct DisGroupUserLineLayout {
     QRect name;
     QString nameText; // elided to the rectangle
+    QRect status; // empty when it is not shown
     QRect discriminator;
     QRect bot;
     QRect time;
@@ -49,6 +52,7 @@ public:
         std::optional<QString> time;
         std::optional<QString> fullDate;
         std::optional<QColor> nameColor;
+        std::optional<DisUserStatusCode> status;
         std::optional<bool> isBot;
     };
 

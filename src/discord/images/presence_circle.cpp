@@ -3,7 +3,6 @@
 #include "presence_circle.h"
 
 #include "app_theme.h"
-#include "nak_color.h"
 
 #include <QPainter>
 #include <QPalette>
@@ -48,7 +47,9 @@ QColor NakStyle::presenceColor(DisUserStatusCode status, QPalette const& palette
     case DisUserStatusCode::Offline:
         break;
     }
-    return NakColor::mix(window, NakAppTheme::getGlobalThemeColors().icon, 0.5);
+    QColor faint = NakAppTheme::getGlobalThemeColors().icon;
+    faint.setAlphaF(0.5);
+    return faint;
 }
 
 QPixmap NakStyle::presenceCircle(DisUserStatusCode status, QColor const& color, double density)

@@ -15,7 +15,7 @@ namespace NakStyle {
 
 constexpr int presenceCircleSize = 8; // device-independent pixels
 
-// On the palette's window colour.
+// On the palette's window colour or base.
 QColor presenceColor(DisUserStatusCode status, QPalette const& palette);
 // density: device pixels in one.
 QPixmap presenceCircle(DisUserStatusCode status, QColor const& color, double density);
