@@ -7,6 +7,7 @@
 #include "settings_file.h"
 
 #include <QApplication>
+#include <QIcon>
 #include <QPalette>
 
 #include <utility>
