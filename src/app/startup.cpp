@@ -23,7 +23,6 @@ namespace {
 
 QtMessageHandler defaultQtMsgHandler = nullptr;
 
-constexpr char glIntegration[] = "QT_XCB_GL_INTEGRATION";
 bool s_setGlIntegration = false;
 
 void nakQtMsgHandler(QtMsgType type, QMessageLogContext const& context, QString const& message)
@@ -117,15 +116,15 @@ void NakStartup::setEnvironment()
     qputenv("QT_BEARER_POLL_TIMEOUT", "-1");
     // Nothing here draws with OpenGL, whose libraries the platform plugin would load all the same:
     // more than half of the start's instructions and of the memory.
-    s_setGlIntegration = !qEnvironmentVariableIsSet(glIntegration);
+    s_setGlIntegration = !qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION");
     if (s_setGlIntegration)
-        qputenv(glIntegration, "none");
+        qputenv("QT_XCB_GL_INTEGRATION", "none");
 }
 
 void NakStartup::clearEnvironment()
 {
     if (s_setGlIntegration)
-        qunsetenv(glIntegration);
+        qunsetenv("QT_XCB_GL_INTEGRATION");
 }
 
 void NakStartup::setApplicationAttributes()
