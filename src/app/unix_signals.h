@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// Turns SIGTERM and SIGINT into a Qt signal. One object per process, user-interface thread. Only
-// the first signal is caught: a second one ends the process at once, should the quit hang.
+// Turns SIGTERM and SIGINT into a Qt signal. One object per process, user-interface thread. Of
+// each only the first is caught: a second one ends the process at once, should the quit hang.
 
 #include <QObject>
 
