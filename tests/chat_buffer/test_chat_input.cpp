@@ -181,6 +181,48 @@ TEST_F(ChannelView, UpEditsTheNewestOwnMessageUntilItIsLeft)
     }
 }
 
+TEST_F(ChannelView, TextThatWasNotSentStaysWithItsChannel)
+{
+    world.addMessage(idAt(0), world.ownUser, QStringLiteral("sent"));
+    view->input()->setPlainText(QStringLiteral("half"));
+    FlakeId const other(61);
+    struct {
+        char const* what;
+        std::function<void()> step;
+        char const* typed;
+    } const steps[] = {
+        { "another channel", [&] { view->setChannelId(other); }, "" },
+        { "text there", [&] { view->input()->setPlainText(QStringLiteral("more")); }, "more" },
+        { "back", [&] { view->setChannelId(world.channel); }, "half" },
+        { "an edit", [&] { emit view->buffer()->editRequested(idAt(0)); }, "sent" },
+        { "left for the other", [&] { view->setChannelId(other); }, "more" },
+        { "back from it", [&] { view->setChannelId(world.channel); }, "half" },
+        { "an edit that is sent",
+          [&] {
+              emit view->buffer()->editRequested(idAt(0));
+              submit(QStringLiteral("edited"));
+          },
+          "half" },
+        { "another view",
+          [&] {
+              view = std::make_unique<DisChannelView>();
+              view->setChannelId(world.channel);
+          },
+          "half" },
+        { "sent and left",
+          [&] {
+              submit(QStringLiteral("whole"));
+              view->setChannelId(other);
+              view->setChannelId(world.channel);
+          },
+          "" },
+    };
+    for (auto const& step : steps) {
+        step.step();
+        EXPECT_EQ(typed().toStdString(), step.typed) << step.what;
+    }
+}
+
 TEST_F(ChannelView, AnEditIsSentOnlyIfItChangesSomething)
 {
     world.addMessage(idAt(1000), world.ownUser, QStringLiteral("text"));

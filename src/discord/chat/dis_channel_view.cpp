@@ -62,7 +62,12 @@ DisChannelView::DisChannelView(QWidget* parent)
     refreshState();
 }
 
-DisChannelView::~DisChannelView() = default;
+DisChannelView::~DisChannelView()
+{
+    if (g_disManager) {
+        keepUnsentText();
+    }
+}
 
 void DisChannelView::buildParts()
 {
@@ -159,6 +164,7 @@ void DisChannelView::setChannelId(FlakeId channelId)
         return;
     }
     cancelQuickEditMode();
+    keepUnsentText();
     m_priv->channelId = channelId;
     m_priv->recentHistoryAsked = false;
     m_priv->channel.setParams({ channelId, g_disClient->hack_getDefaultUserId() });
@@ -166,6 +172,7 @@ void DisChannelView::setChannelId(FlakeId channelId)
     m_priv->buffer->clearHighlightedMessage();
     m_priv->typing.setChannelId(channelId);
     refreshEnabled();
+    takeUnsentText();
     refreshTopicText();
     refreshStatusText();
     refreshState();
@@ -255,12 +262,17 @@ void DisChannelView::refreshEnabled()
     bool const limited = m_priv->channel.guildId().isValid()
         && DisCache::guildChannelRateLimitPerUser(channel) > 0
         && !DisCache::userCanIgnoreRateLimitingInGuildChannel(user, channel);
+    bool const wasLimited = !m_priv->input->isEnabled();
     m_priv->input->setEnabled(!limited);
     if (limited) {
-        m_priv->input->clear();
+        cancelQuickEditMode();
+        keepUnsentText();
         m_priv->input->setHintText(QStringLiteral(
             "This channel is rate limited. Nakwire does not yet support rate limiting."));
         return;
+    }
+    if (wasLimited) {
+        takeUnsentText();
     }
     QString const name = m_priv->channel.channelName();
     m_priv->input->setHintText(name.isEmpty() ? QString() : QStringLiteral("Message ") + name);

@@ -85,8 +85,9 @@ private:
     void showTooLongBox(int codePoints);
     void beginEditOfNewestOwnMessage();
     void beginEdit(FlakeId messageId);
-    void leaveQuickEditMode();
     void cancelQuickEditMode();
+    void keepUnsentText();
+    void takeUnsentText();
     void sendTypingNotice();
     void scrollByKey(int key);
 

@@ -32,7 +32,8 @@ void DisChannelView::submitMessage(QString const& text)
         if (text != m_priv->editedText) {
             g_disClient->editMessageAsUser(channel, m_priv->editedMessageId, user, wire);
         }
-        leaveQuickEditMode();
+        cancelQuickEditMode();
+        return;
     }
     m_priv->input->clear();
     m_priv->typingTimer.stop();
@@ -69,6 +70,7 @@ void DisChannelView::beginEdit(FlakeId messageId)
     if (!messageId.isValid() || !user.isValid() || !m_priv->input->isEnabled()) {
         return;
     }
+    keepUnsentText();
     m_priv->editedMessageId = messageId;
     m_priv->input->setPlainText(
         DisUtils::reverseChatParseAsUser(user, DisUtils::contentOfMessage(messageId)));
@@ -81,21 +83,40 @@ void DisChannelView::beginEdit(FlakeId messageId)
     m_priv->typingTimer.stop();
 }
 
-void DisChannelView::leaveQuickEditMode()
-{
-    m_priv->editedMessageId = FlakeId();
-    m_priv->editedText.clear();
-    m_priv->buffer->clearHighlightedMessage();
-    m_priv->input->setVisualHintMode(DisChatInputTextEdit::VisualHintMode::Normal);
-}
-
 void DisChannelView::cancelQuickEditMode()
 {
     if (!m_priv->editedMessageId.isValid()) {
         return;
     }
-    leaveQuickEditMode();
+    m_priv->editedMessageId = FlakeId();
+    m_priv->editedText.clear();
+    m_priv->buffer->clearHighlightedMessage();
+    m_priv->input->setVisualHintMode(DisChatInputTextEdit::VisualHintMode::Normal);
     m_priv->input->clear();
+    takeUnsentText();
+}
+
+// What is typed for one channel is neither lost nor sent to another.
+void DisChannelView::keepUnsentText()
+{
+    if (m_priv->editedMessageId.isValid() || m_priv->input->document()->isEmpty()) {
+        return; // what stood there before the edit is kept already
+    }
+    if (m_priv->channelId.isValid()) {
+        g_disManager->keepUnsentText(m_priv->channelId, m_priv->input->toPlainText());
+    }
+    m_priv->input->clear();
+}
+
+void DisChannelView::takeUnsentText()
+{
+    QString const text =
+        m_priv->input->isEnabled() ? g_disManager->takeUnsentText(m_priv->channelId) : QString();
+    if (!text.isEmpty()) {
+        m_priv->input->setPlainText(text);
+        m_priv->input->moveCursor(QTextCursor::End);
+    }
+    m_priv->typingTimer.stop(); // only what is typed is told to others
 }
 
 // --- the rest of what is typed ---

@@ -91,6 +91,9 @@ public:
     void setForegroundChannelsProvider(std::function<DisForegroundChannels()> const& provider);
     void markChannelAsRecentlyUsed(FlakeId channel);
     QVector<FlakeId> recentlyUsedChannels() const; // most recent first
+    // What was typed in a channel and not sent, while no view has it. Lives as long as this object.
+    void keepUnsentText(FlakeId channel, QString const& text); // in place of what was kept
+    QString takeUnsentText(FlakeId channel);
 
     // --- unread channels ---
     // Messages by channel since it was last read, or 1 for what came before this run.

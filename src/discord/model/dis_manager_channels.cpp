@@ -334,6 +334,16 @@ QVector<FlakeId> DisManager::recentlyUsedChannels() const
     return m_impl->recentChannels;
 }
 
+void DisManager::keepUnsentText(FlakeId channel, QString const& text)
+{
+    m_impl->unsentTexts.insert(channel, text);
+}
+
+QString DisManager::takeUnsentText(FlakeId channel)
+{
+    return m_impl->unsentTexts.take(channel);
+}
+
 // --- unread channels ---
 
 QHash<FlakeId, int> const& DisManager::unreadCounts() const

@@ -31,6 +31,7 @@ struct DisManager::Impl {
     QTimer foregroundTimer; // 0 ms; many views report one switch of tabs
     DisForegroundChannels foreground;
     QVector<FlakeId> recentChannels; // most recent first
+    QHash<FlakeId, QString> unsentTexts; // by channel
 
     QHash<FlakeId, int> unreadCounts;
     QSet<FlakeId> unreadsToTell; // until unreadsTimer
