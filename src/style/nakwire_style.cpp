@@ -11,6 +11,8 @@
 #include <QIconEngine>
 #include <QPainter>
 #include <QStyleOption>
+#include <QWidget>
+#include <QWindow>
 
 #include <algorithm>
 
@@ -29,6 +31,17 @@ QColor shaded(QColor const& color, double delta)
     if (to < from)
         return NakColor::mix(color, Qt::black, 1 - to / from);
     return from < 1 ? NakColor::mix(color, Qt::white, (to - from) / (1 - from)) : color;
+}
+
+// Fusion draws the icon of a chosen row in the mode of a hovered tool button, whose ground is that
+// of the window.
+QStyleOptionMenuItem withSelectedIcon(QStyleOptionMenuItem const& item, int extent,
+                                      QWidget const* widget)
+{
+    QStyleOptionMenuItem chosen(item);
+    QWindow* const window = widget ? widget->window()->windowHandle() : nullptr;
+    chosen.icon = QIcon(item.icon.pixmap(window, { extent, extent }, QIcon::Selected));
+    return chosen;
 }
 
 // The arrow of a tool bar or menu bar that has no room for all its items. Qt's own is a picture
@@ -183,6 +196,18 @@ void NakwireStyle::drawControl(ControlElement element, QStyleOption const* optio
         if (auto const* item = qstyleoption_cast<QStyleOptionMenuItem const*>(option))
             paintMenuBarItem(*this, painter, *item);
         return;
+    case CE_MenuItem: {
+        auto const* item = qstyleoption_cast<QStyleOptionMenuItem const*>(option);
+        if (item && !item->icon.isNull() && item->state.testFlag(State_Selected)
+            && item->state.testFlag(State_Enabled)) {
+            int const extent = pixelMetric(PM_SmallIconSize, option, widget);
+            QStyleOptionMenuItem const chosen = withSelectedIcon(*item, extent, widget);
+            QProxyStyle::drawControl(element, &chosen, painter, widget);
+            return;
+        }
+        QProxyStyle::drawControl(element, option, painter, widget);
+        return;
+    }
     case CE_ToolBar:
     case CE_MenuBarEmptyArea:
         painter->fillRect(option->rect, option->palette.color(QPalette::Window));
