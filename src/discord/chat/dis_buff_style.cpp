@@ -3,6 +3,7 @@
 #include "dis_buff_style.h"
 
 #include "app_theme.h"
+#include "nak_color.h"
 #include "preferences.h"
 
 #include <QCoreApplication>
@@ -13,7 +14,6 @@
 #include <QScreen>
 
 #include <algorithm>
-#include <cmath>
 
 namespace {
 
@@ -53,32 +53,6 @@ QFont inPixels(QFont font)
 {
     font.setPixelSize(std::max(1, QFontInfo(font).pixelSize()));
     return font;
-}
-
-double linearChannel(double value)
-{
-    return value <= 0.03928 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
-}
-
-// Relative luminance and contrast as the accessibility guidelines for the web define them.
-double luminance(QColor const& color)
-{
-    return 0.2126 * linearChannel(color.redF()) + 0.7152 * linearChannel(color.greenF())
-        + 0.0722 * linearChannel(color.blueF());
-}
-
-double contrast(QColor const& a, QColor const& b)
-{
-    double const la = luminance(a);
-    double const lb = luminance(b);
-    return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
-}
-
-QColor mixed(QColor const& a, QColor const& b, double share)
-{
-    return QColor::fromRgbF(a.redF() + (b.redF() - a.redF()) * share,
-                            a.greenF() + (b.greenF() - a.greenF()) * share,
-                            a.blueF() + (b.blueF() - a.blueF()) * share);
 }
 
 QColor withAlpha(QColor color, int alpha)
@@ -158,8 +132,8 @@ DisBuffTheme themeFromPalette(QPalette const& palette)
 QColor readableColor(QColor const& color, DisBuffTheme const& theme, double minContrast)
 {
     for (int step = 0; step < mixSteps; ++step) {
-        QColor candidate = mixed(color, theme.name, static_cast<double>(step) / mixSteps);
-        if (contrast(candidate, theme.ground) >= minContrast) {
+        QColor candidate = NakColor::mix(color, theme.name, static_cast<double>(step) / mixSteps);
+        if (NakColor::contrast(candidate, theme.ground) >= minContrast) {
             return candidate;
         }
     }
