@@ -25,8 +25,7 @@ Term idOrNil(quint64 value)
 Term timestamp(qint64 ms)
 {
     QDateTime const when = QDateTime::fromMSecsSinceEpoch(ms, Qt::UTC);
-    return text(when.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss.zzz"))
-                + QStringLiteral("000+00:00"));
+    return text(when.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss.zzz'000+00:00'")));
 }
 
 Term idList(std::vector<quint64> const& ids)
@@ -75,17 +74,16 @@ Term overwritesTerm(World const& world, Channel const& channel)
     if (!channel.hidden)
         return out;
     Guild const& guild = world.guilds[size_t(channel.guild)];
-    out.add(map()
-                .set("id", id(guild.id))
-                .set("type", text(QStringLiteral("role")))
-                .set("allow", integer(0))
-                .set("deny", integer(0x400)));
-    if (guild.roles.size() > 1)
+    auto const overwrite = [&out](quint64 role, int allow, int deny) {
         out.add(map()
-                    .set("id", id(guild.roles[1].id))
+                    .set("id", id(role))
                     .set("type", text(QStringLiteral("role")))
-                    .set("allow", integer(0x400))
-                    .set("deny", integer(0)));
+                    .set("allow", integer(allow))
+                    .set("deny", integer(deny)));
+    };
+    overwrite(guild.id, 0, 0x400);
+    if (guild.roles.size() > 1)
+        overwrite(guild.roles[1].id, 0x400, 0);
     return out;
 }
 
