@@ -24,14 +24,18 @@ stage::StageOptions smallStage()
     return options;
 }
 
-class Manager : public ManagerTest {
+// There before the sessions and after them: their threads write to it.
+struct EventLogScope {
+    EventLogScope() { NakEvLog::init(); }
+    ~EventLogScope() { NakEvLog::deinit(); }
+};
+
+class Manager : EventLogScope, public ManagerTest {
 protected:
     Manager()
         : ManagerTest(smallStage())
     {
-        NakEvLog::init();
     }
-    ~Manager() override { NakEvLog::deinit(); }
     DisStoredAccount* create(QString const& token = marker)
     {
         return manager->createAccountWithToken(token);
