@@ -8,6 +8,7 @@
 #include "bench_row.h"
 #include "bench_store.h"
 #include "dis_events.h"
+#include "stage_history.h"
 #include "stage_payloads.h"
 
 #include <sqlite3.h>

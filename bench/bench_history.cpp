@@ -14,6 +14,7 @@
 #include "dis_store.h"
 #include "nak_sql.h"
 #include "scroll_scene.h"
+#include "stage_history.h"
 #include "stage_payloads.h"
 
 #include <QApplication>
